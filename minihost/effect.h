@@ -78,7 +78,7 @@ class Effect {
   };
   using Module = std::unique_ptr<void, CloseModule>;
 
-  Effect(Module module, EntryPoint entry, const Faults& faults);
+  Effect(Module module, EntryPoint mainEntry, const Faults& faults);
 
   Module module_;  // first, so that it closes last
   EntryPoint entry_;

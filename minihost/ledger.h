@@ -42,6 +42,9 @@ class Ledger {
   /// Closes the youngest loan with this key and returns true, or records a fault and returns false.
   bool Return(Kind kind, const void* key, const char* name, std::int64_t number);
 
+  /// Closes every loan of this kind: those that last until the end of a command.
+  void ReturnAll(Kind kind) noexcept;
+
   /// Whether a loan with this key is open.
   bool IsOpen(Kind kind, const void* key) const noexcept;
 
