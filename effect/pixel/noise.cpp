@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t kKeyScramble = 0x0AB1CEA9;
 constexpr std::int32_t kBlendSeed = 137789;
 
-// Truncating remainder made non-negative, in 32 bits.
+// Truncating remainder, raised once by the modulus where it is negative, in 32 bits.
 std::int32_t WrapKey(std::int32_t key, std::int32_t modulus) {
   // A modulus of -1 would overflow for the least key; every remainder by it is 0.  The period and step may
   // multiply to 0, which wraps nothing.

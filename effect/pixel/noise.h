@@ -30,8 +30,8 @@ struct NoiseValues<float> {
   /// `period` other than 0 the keys repeat after `period` steps.  Returns the error of Allocate, or 0.
   PF_Err NoiseTableLin(std::int32_t seed, std::int32_t step, float phase, std::uint32_t period);
 
-  /// Noise at `x`, in [-1, 1], with continuous first and second derivatives.  Only on a filled table.  An `x`
-  /// beyond 32 bits or not a number reads a fixed place of the table.
+  /// Noise at `x`, in [-1, 1] up to rounding, with continuous first and second derivatives.  Only on a filled
+  /// table.  An `x` beyond 32 bits or not a number reads a fixed place of the table.
   float noisebspline(float x) const;
 
   float* table = nullptr;       // kEntries values, owned; null before the first allocation

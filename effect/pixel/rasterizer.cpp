@@ -68,6 +68,9 @@ void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, Fl
   //   along = (dx (p1.x - X) + dy (p1.y - Y)) / (length size), how far P lies behind p1.
   const float length = static_cast<float>(in_data->utils->ansi.sqrt(static_cast<double>(dx * dx + dy * dy)));
   const float gain = 1.0f / (length * size);
+  if (!(gain > 0.0f)) {
+    return;  // a path too long for its length to be a number
+  }
   const float normalX = -dy * gain;
   const float normalY = dx * gain;
   const float pathLength = length / size;
@@ -83,7 +86,7 @@ void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, Fl
     for (std::int32_t column = columns.first; column <= columns.last; ++column) {
       const float x = static_cast<float>(column) * scale->xScaleInvF;
       const float across = normalX * x + acrossRow;
-      // The comparisons are written so that a NaN, from coordinates too large to square, draws nothing.
+      // The comparisons are written so that a NaN, from terms too large to add, draws nothing.
       float distanceSquared = across * across;
       if (!(distanceSquared < 1.0f)) {
         continue;
