@@ -75,33 +75,34 @@ struct WholeBlend {
   }
 };
 
-// Float.  a + (b - a) * t keeps an even picture exactly even.
+// Float.  Plain channels go by a + (b - a) * t, which keeps an even picture exactly even.  Sums for weighted
+// colours add products of one sign instead, so that faint alphas keep their digits.
 struct FloatBlend {
   using P = PF_PixelFloat;
   float x, y;
 
-  float Between(float topLeft, float topRight, float bottomLeft, float bottomRight) const noexcept {
-    const float top = topLeft + (topRight - topLeft) * x;
-    const float bottom = bottomLeft + (bottomRight - bottomLeft) * x;
+  float Plain(float P::*channel, const Square<P>& square) const noexcept {
+    const float top = square.topLeft.*channel + (square.topRight.*channel - square.topLeft.*channel) * x;
+    const float bottom =
+        square.bottomLeft.*channel + (square.bottomRight.*channel - square.bottomLeft.*channel) * x;
     return top + (bottom - top) * y;
   }
 
-  float Plain(float P::*channel, const Square<P>& square) const noexcept {
-    return Between(square.topLeft.*channel, square.topRight.*channel, square.bottomLeft.*channel,
-                   square.bottomRight.*channel);
+  float Sum(float topLeft, float topRight, float bottomLeft, float bottomRight) const noexcept {
+    return (topLeft * (1 - x) + topRight * x) * (1 - y) + (bottomLeft * (1 - x) + bottomRight * x) * y;
   }
 
   static float WeightOf(const P& pixel) noexcept { return std::max(pixel.alpha, 0.0f); }
 
   float ColorWeight(const Square<P>& square) const noexcept {
-    return Between(WeightOf(square.topLeft), WeightOf(square.topRight), WeightOf(square.bottomLeft),
-                   WeightOf(square.bottomRight));
+    return Sum(WeightOf(square.topLeft), WeightOf(square.topRight), WeightOf(square.bottomLeft),
+               WeightOf(square.bottomRight));
   }
 
   float Weighted(float P::*channel, const Square<P>& square, float weight) const noexcept {
     const auto product = [channel](const P& pixel) { return WeightOf(pixel) * (pixel.*channel); };
-    return Between(product(square.topLeft), product(square.topRight), product(square.bottomLeft),
-                   product(square.bottomRight)) /
+    return Sum(product(square.topLeft), product(square.topRight), product(square.bottomLeft),
+               product(square.bottomRight)) /
            weight;
   }
 };
