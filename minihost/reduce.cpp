@@ -88,11 +88,16 @@ struct Sums {
   double blue;
 };
 
-// Adds up whole pixels.  Integer depths add whole numbers: 16 bits fill 30 bits a product, which leaves room
-// for far more than one row.
+// What the sums over a run of whole pixels are kept in.  A run is at most Image::kMaxSide pixels long, so 8
+// bits (16 a product) fit into 32 and 16 bits (30 a product) into 64, exactly.
+template <class P>
+using RunSum =
+    std::conditional_t<kDepthOf<P> == Depth::kFloat, double,
+                       std::conditional_t<kDepthOf<P> == Depth::kBits8, std::uint32_t, std::uint64_t>>;
+
 template <class P>
 struct RunOfPixels {
-  using Number = std::conditional_t<kDepthOf<P> == Depth::kFloat, double, std::uint64_t>;
+  using Number = RunSum<P>;
   Number alpha = 0;
   Number colorWeight = 0;
   Number red = 0;

@@ -117,5 +117,17 @@ TYPED_TEST(SamplingTest, WholePositionsAndBordersAreExact) {
   expectPixel(SampleNearest<P>(*world.World(), kLow, kLow), 0, 0);
 }
 
+TEST(SamplingReachTest, PixelsBeyondTheLastAreNotRead) {
+  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+  GuardedWorld<PF_PixelFloat> world(4, 4);
+  world.Fill({kNan, kNan, kNan, kNan});
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 3; ++column) world.At(column, row) = {1, 0.5f, 0.5f, 0.5f};
+  world.World()->width = world.World()->height = 3;
+  for (const auto& [x, y] : {std::pair{kOne / 2, 2 * kOne}, {2 * kOne, kOne / 2}, {9 * kOne, kOne / 3}}) {
+    EXPECT_EQ(SampleBilinear<PF_PixelFloat>(*world.World(), x, y).red, 0.5f) << x << ", " << y;
+  }
+}
+
 }  // namespace
 }  // namespace minihost
