@@ -1,0 +1,38 @@
+// File names of a sequence: a pattern with a place for the frame number.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace cli {
+
+/// An output path, with or without a place for the frame number in its file name (folders are literal).
+///
+/// A run of `#` stands for as many digits, a lone `#` for four; `%d`, `%4d` and `%04d` mean what they mean in
+/// printf.  A number with more digits than the place keeps them all.  With `#`, a minus sign comes before
+/// the digits and is not counted among them.
+class OutputName {
+ public:
+  /// Throws ToolError(kUsage) when the file name is empty or has more than one place for the number.
+  explicit OutputName(const std::filesystem::path& path);
+
+  /// Whether different frames get different names.
+  bool IsPattern() const { return style_ != Style::kFixed; }
+
+  std::filesystem::path ForFrame(std::int32_t frame) const;
+
+  /// This name with a place for the number before its extension: out.png becomes out.####.png.
+  std::filesystem::path SuggestedPattern() const;
+
+ private:
+  enum class Style { kFixed, kHashes, kPrintfZeros, kPrintfSpaces };
+
+  std::filesystem::path folder_;
+  std::string before_;
+  std::string after_;
+  Style style_ = Style::kFixed;
+  int digits_ = 0;
+};
+
+}  // namespace cli

@@ -1,0 +1,28 @@
+// Pictures to files: PNG, TIFF and EXR, encoded in memory.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "cli/picture.h"
+
+namespace cli {
+
+enum class FileFormat { kPng, kTiff, kExr };
+
+/// The format that the extension stands for, upper or lower case.  Throws ToolError(kUsage) for others.
+FileFormat FormatOf(const std::filesystem::path& path);
+
+/// The bytes of a file of this picture; the same picture makes the same bytes (no date is written).
+///
+/// Samples by depth 8, 16 and float:  PNG 8, 16, 16 bits;  TIFF 8, 16 bits, float;  EXR half, float, float.
+/// PNG and TIFF hold straight colour.  EXR holds colour times alpha; where alpha is 0 the colour is written
+/// as it is when `traits.clearColor` says that it is light, else as 0.  Without `traits.hasAlpha` alpha is
+/// left out.  The colour profile goes into PNG and TIFF, unless the writer finds it faulty.
+///
+/// Throws ToolError(kOutput) when the picture cannot be encoded.
+std::vector<std::uint8_t> EncodePicture(const minihost::Image& image, const PictureTraits& traits,
+                                        FileFormat format);
+
+}  // namespace cli

@@ -1,0 +1,29 @@
+// The one exception of the tool: a message for the user and the code that the process ends with.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace cli {
+
+/// What the process returns.  Scripts rely on the numbers; they do not change.
+enum class ExitCode : int {
+  kDone = 0,
+  kFrameFailed = 1,  // a frame could not be rendered
+  kUsage = 2,        // the command line is wrong
+  kInput = 3,        // a file could not be read
+  kOutput = 4,       // a file could not be written
+};
+
+/// The message is one sentence for the user without a final period: what is wrong, the value, the limit,
+/// and what to try.
+class ToolError : public std::runtime_error {
+ public:
+  ToolError(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  ExitCode Code() const { return code_; }
+
+ private:
+  ExitCode code_;
+};
+
+}  // namespace cli

@@ -1,0 +1,106 @@
+// The small grammars of the command line: frames, names of sequences, frame rates.
+#include <gmock/gmock.h>
+
+#include "cli/frame_range.h"
+#include "cli/frame_rate.h"
+#include "cli/output_name.h"
+#include "tests/cli/expect_error.h"
+
+namespace {
+
+using cli::ExitCode;
+using testing::ElementsAre;
+
+TEST(Frames, AreListedInOrderEachOnce) {
+  EXPECT_THAT(cli::ParseFrames("7"), ElementsAre(7));
+  EXPECT_THAT(cli::ParseFrames("-5--3"), ElementsAre(-5, -4, -3));
+  EXPECT_THAT(cli::ParseFrames("-1-1"), ElementsAre(-1, 0, 1));
+  EXPECT_THAT(cli::ParseFrames("0008-0010,2,9,2147483647"), ElementsAre(8, 9, 10, 2, 2147483647));
+  EXPECT_EQ(cli::ParseFrames("1-1000000").size(), cli::kMaxFrames);
+}
+
+TEST(Frames, RefuseWhatIsNotAList) {
+  for (const char* text : {"", ",", "1,", "1-", "-", "--1", "a", "1-2-3", "1..3", "1 - 2", "+1", "1.5"}) {
+    ExpectError(ExitCode::kUsage, "is not a frame", [&] { cli::ParseFrames(text); });
+  }
+  ExpectError(ExitCode::kUsage, "did you mean 0-47?", [] { cli::ParseFrames("5,47-0"); });
+  ExpectError(ExitCode::kUsage, "2147483648", [] { cli::ParseFrames("2147483648"); });
+  ExpectError(ExitCode::kUsage, "more than 1000000", [] { cli::ParseFrames("0-2147483647"); });
+}
+
+TEST(OutputName, PutsTheNumberInItsPlace) {
+  const struct {
+    const char* pattern;
+    std::int32_t frame;
+    const char* name;
+  } cases[] = {
+      {"out.####.png", 7, "out.0007.png"},
+      {"out.#.png", 12, "out.0012.png"},
+      {"##.exr", 123, "123.exr"},
+      {"o.####.png", -7, "o.-0007.png"},
+      {"out.%04d.png", 7, "out.0007.png"},
+      {"out.%04d.png", -7, "out.-007.png"},
+      {"out%d.tif", 42, "out42.tif"},
+      {"out%3d.tif", 42, "out 42.tif"},
+      {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
+      {"/r/100%.png", 5, "/r/100%.png"},
+      {"####", -2147483647 - 1, "-2147483648"},
+      {"{}#.png", 1, "{}0001.png"},
+  };
+  for (const auto& [pattern, frame, name] : cases) {
+    EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
+    EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
+  }
+  EXPECT_EQ(cli::OutputName("a/out.v2.png").SuggestedPattern(), "a/out.v2.####.png");
+}
+
+TEST(OutputName, RefusesTwoPlacesAndNoName) {
+  for (const char* two : {"a#b#.png", "#%d.png", "%d.%04d.png"}) {
+    ExpectError(ExitCode::kUsage, "more than one place", [&] { cli::OutputName name(two); });
+  }
+  for (const char* none : {"", "folder/"}) {
+    ExpectError(ExitCode::kUsage, "no file name", [&] { cli::OutputName name(none); });
+  }
+}
+
+TEST(FrameRate, IsExact) {
+  const struct {
+    const char* text;
+    std::int32_t scale;
+    std::int32_t step;
+  } cases[] = {
+      {"24", 24, 1},
+      {"25.0", 25, 1},
+      {"12.5", 25, 2},
+      {"23.976", 24000, 1001},
+      {"23.98", 24000, 1001},
+      {"29.97", 30000, 1001},
+      {"29.970", 30000, 1001},
+      {"59.94", 60000, 1001},
+      {"47.952", 48000, 1001},
+      {"119.88", 120000, 1001},
+      {"24000/1001", 24000, 1001},
+      {"48/2", 24, 1},
+      {"29.98", 1499, 50},
+      {"24.0", 24, 1},
+      {"23.976024", 24000, 1001},
+      {"0.01", 1, 100},
+      {"1000", 1000, 1},
+      {"30.0", 30, 1},
+      {"999.999999", 999999999, 1000000},
+  };
+  for (const auto& [text, scale, step] : cases) {
+    const cli::FrameRate rate = cli::ParseFrameRate(text);
+    EXPECT_EQ(rate.timeScale, scale) << text;
+    EXPECT_EQ(rate.timeStep, step) << text;
+  }
+}
+
+TEST(FrameRate, RefusesTheRest) {
+  for (const char* text : {"", "0", "-24", "x", "24/0", "0/5", "24/", "/5", "1/101", "1001", "24.", ".5",
+                           "1.1234567", "24 ", "1e3", "nan", "99999999999", "4294967295/4294967"}) {
+    ExpectError(ExitCode::kUsage, "--fps", [&] { cli::ParseFrameRate(text); });
+  }
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+// From the command line to the files: in this process, and for exit codes as the built tool.
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "cli/atomic_file.h"
+#include "cli/options.h"
+#include "cli/picture_reader.h"
+#include "cli/picture_writer.h"
+#include "hostapi/commands.h"
+#include "tests/cli/expect_error.h"
+#include "tests/cli/temporary_folder.h"
+
+namespace {
+
+using cli::ExitCode;
+using minihost::Depth;
+using minihost::Image;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Tool : public testing::Test {
+ protected:
+  /// Parses and renders; returns the line that sums up.  Files are in the folder.
+  std::string Render(const std::string& photo, const std::string& output, const std::string& options = "") {
+    cli::RenderOptions parsed;
+    cli::MakeParser(parsed)->parse("render '" + (folder_ / photo).string() + "' -o '" +
+                                   (folder_ / output).string() + "' " + options);
+    return cli::RunRender(parsed, effect_);
+  }
+
+  struct Outcome {
+    int code;
+    std::string out;
+    std::string err;
+  };
+
+  /// Runs the built tool in the folder, with these arguments as a shell reads them.
+  Outcome Run(const std::string& arguments) {
+    const std::string out = streams_ / "out";
+    const std::string err = streams_ / "err";
+    const std::string command = "cd '" + (folder_ / "").string() + "' && >'" + out + "' 2>'" + err + "' '" +
+                                VINTREL_TOOL "' " + arguments;
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(out), ReadAll(err)};
+  }
+
+  /// A plate with slow gradients, not quite opaque when it has alpha.
+  void WritePlate(const std::string& name, Depth depth, bool hasAlpha) {
+    Image image(96, 64, Depth::kFloat);
+    for (int row = 0; row < image.height(); ++row) {
+      auto pixels = image.Row<PF_PixelFloat>(row);
+      for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const float light = static_cast<float>(i) / 400;
+        pixels[i] = {hasAlpha ? 0.75f : 1.0f, light, 0.1f, static_cast<float>(row) / 300};
+      }
+    }
+    // Through a float file, so that it is the reader that makes the depth.
+    const auto raw = streams_ / "raw.tif";
+    cli::WriteWhole(raw, cli::EncodePicture(image, {.hasAlpha = hasAlpha}, cli::FileFormat::kTiff));
+    const cli::Picture plate = cli::ReadPicture(raw, depth);
+    cli::WriteWhole(folder_ / name, cli::EncodePicture(plate.image, plate.traits, cli::FormatOf(name)));
+  }
+
+  /// Stands for a file's bytes.
+  std::size_t Digest(const std::string& name) { return std::hash<std::string>()(ReadAll(folder_ / name)); }
+
+  TemporaryFolder folder_;
+  TemporaryFolder streams_;
+  std::shared_ptr<const minihost::Effect> effect_ = minihost::Effect::Linked(&MainEntry);
+};
+
+/// Stands for all the pixels.
+std::size_t PixelDigest(const Image& image) {
+  std::string pixels;
+  for (int row = 0; row < image.height(); ++row) {
+    const std::byte* first = image.data() + static_cast<std::size_t>(row) * image.rowBytes();
+    pixels.append(reinterpret_cast<const char*>(first),
+                  static_cast<std::size_t>(image.width()) * minihost::BytesPerPixel(image.depth()));
+  }
+  return std::hash<std::string>()(pixels);
+}
+
+TEST_F(Tool, SnowsInEveryFormatAndDepth) {
+  for (const char* name : {"a.png", "a.tif", "a.exr"}) {
+    for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
+      for (const bool hasAlpha : {false, true}) {
+        SCOPED_TRACE(testing::Message() << name << " depth " << int(depth) << " alpha " << hasAlpha);
+        WritePlate(name, depth, hasAlpha);
+        const std::string snowName = std::string("snow") + name;
+        const std::string bareName = std::string("bare") + name;
+        Render(name, bareName, "--set flakes=0");
+        EXPECT_THAT(Render(name, snowName), HasSubstr("1 frame, 96 x 64, "));
+        const cli::Picture input = cli::ReadPicture(folder_ / name);
+        const cli::Picture bare = cli::ReadPicture(folder_ / bareName);
+        const cli::Picture snow = cli::ReadPicture(folder_ / snowName);
+        EXPECT_EQ(bare.image.depth(), input.image.depth());
+        EXPECT_EQ(snow.traits.hasAlpha, hasAlpha);
+        // Colour times alpha and back costs a rounding each way.
+        const bool exact = name[2] != 'e' || !hasAlpha;
+        EXPECT_TRUE(!exact || PixelDigest(bare.image) == PixelDigest(input.image)) << "no flakes, no change";
+        EXPECT_NE(PixelDigest(snow.image), PixelDigest(bare.image));
+      }
+    }
+  }
+}
+
+TEST_F(Tool, FramesOfASequenceAreThoseRenderedAlone) {
+  WritePlate("a.png", Depth::kBits8, false);
+  EXPECT_THAT(Render("a.png", "s.###.png", "--frames -1-2,9 --fps 23.976"), HasSubstr("5 frames, "));
+  EXPECT_THAT(folder_.Names(),
+              ElementsAre("a.png", "s.-001.png", "s.000.png", "s.001.png", "s.002.png", "s.009.png"));
+  Render("a.png", "alone.png", "--frames 9 --fps 24000/1001");
+  EXPECT_EQ(Digest("alone.png"), Digest("s.009.png"));
+  EXPECT_NE(Digest("s.001.png"), Digest("s.002.png"));
+  Render("a.png", "alone.png");
+  EXPECT_NE(Digest("alone.png"), Digest("s.009.png")) << "replaced";
+}
+
+TEST_F(Tool, OptionsReachTheEffect) {
+  WritePlate("a.png", Depth::kBits8, false);
+  const auto render = [&](const std::string& options) {
+    Render("a.png", "out.png", options);
+    return Digest("out.png");
+  };
+  const std::size_t standard = render("");
+  for (const char* options :
+       {"--seed 5", "--shutter 720", "--only-snow", "--frames 1", "--set color=#f00",
+        "--set 'Offset=10%,10%'", "--depth float", "--frames 20 --set wiggle/amount=500"}) {
+    EXPECT_NE(render(options), standard) << options;
+  }
+  EXPECT_EQ(render("--seed 5"), render("--seed 4 --set 'RANDOM SEED=5'"));
+  EXPECT_EQ(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30000/1001"));
+  EXPECT_NE(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30"));
+  EXPECT_EQ(render("--set 'Composite With Original=off'"), render("--only-snow"));
+  const cli::Picture snow = cli::ReadPicture(folder_ / "out.png");
+  ASSERT_TRUE(snow.traits.hasAlpha);
+  EXPECT_NE(snow.image.Row<PF_Pixel>(0)[0].alpha, 255);
+}
+
+TEST_F(Tool, RefusesBeforeAnyWork) {
+  WritePlate("a.png", Depth::kBits8, false);
+  const struct {
+    ExitCode code;
+    const char* photo;
+    const char* output;
+    const char* options;
+    const char* part;
+  } cases[] = {
+      {ExitCode::kUsage, "a.png", "b.png", "--frames 0-1", "b.####.png"},
+      {ExitCode::kUsage, "a.png", "b.png", "--frames 5-", "--frames: '5-'"},
+      {ExitCode::kUsage, "a.png", "b.png", "--frames 2147483647 --fps 23.976", "beyond frame 2145337"},
+      {ExitCode::kUsage, "a.png", "b.png", "--set flaks=1", "did you mean 'flakes'?"},
+      {ExitCode::kUsage, "a.png", "b.png", "--set Size=16", "Size: '16' is not possible; it takes 0 to 15"},
+      {ExitCode::kUsage, "a.png", "b.png", "--seed -1", "Random Seed: '-1'"},
+      {ExitCode::kUsage, "a.png", "b.png", "--shutter 0", "not between 1 and 720"},
+      {ExitCode::kUsage, "a.png", "b.png", "--shutter nan", "not between 1 and 720"},
+      {ExitCode::kUsage, "a.png", "b.png", "--depth 10", "8, 16 or float"},
+      {ExitCode::kUsage, "a.png", "b.jpg", "", "must end in"},
+      {ExitCode::kUsage, "a.png", "a.png", "", "the photo itself"},
+      {ExitCode::kInput, "none.png", "b.png", "", "No such file"},
+      {ExitCode::kOutput, "a.png", "none/b.png", "", "mkdir -p"},
+  };
+  for (const auto& [code, photo, output, options, part] : cases) {
+    SCOPED_TRACE(std::string(output) + ' ' + options);
+    ExpectError(code, part, [&] { Render(photo, output, options); });
+  }
+  EXPECT_THAT(folder_.Names(), ElementsAre("a.png"));
+}
+
+TEST_F(Tool, EndsWithTheCodeForWhatWentWrong) {
+  WritePlate("a.png", Depth::kBits8, false);
+  const struct {
+    const char* arguments;
+    int code;
+    const char* part;
+  } cases[] = {{"", 2, "subcommand"},
+               {"render a.png -o b.png --snow", 2, "--snow"},
+               {"render a.png -o b.png --frames 0-1", 2, "vintrel: 2 frames need"},
+               {"render none.png -o b.png", 3, "vintrel: cannot read 'none.png'"},
+               {"params >/dev/full", 4, "vintrel: cannot write"},
+               {"render a.png -o b.png", 0, "1 frame, "}};
+  for (const auto& [arguments, code, part] : cases) {
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr(part)) << arguments;
+  }
+  const Outcome quiet = Run("render a.png -o b.png -q");
+  EXPECT_EQ(quiet.err + quiet.out, "");
+}
+
+TEST_F(Tool, Explains) {
+  for (const char* arguments : {"--help", "render --help"}) {
+    const Outcome help = Run(arguments);
+    EXPECT_EQ(help.code, 0);
+    EXPECT_LE(std::ranges::count(help.out, '\n'), 24) << arguments;
+  }
+  EXPECT_THAT(Run("--version").out, testing::MatchesRegex("vintrel [0-9.]+\n"));
+  EXPECT_THAT(Run("about").out, HasSubstr("snow"));
+  const std::string table = Run("params").out;
+  for (const char* line :
+       {"\n1 +Flakes +flakes +number +0 to 2000000 +10000 +yes\n",
+        "\n3 +Variation % .Size. +variation-size +number +0 to 100 +25.0 +no\n",
+        "\n15 +Stochastic Wiggle +stochastic-wiggle +checkbox +on or off +on +no +Wiggle\n",
+        "\n25 +Transfer Mode +transfer-mode +popup +Composite or Lighten +Lighten +yes\n",
+        "\n28 +Offset +offset +point +x%,y% +50%,50% +yes +Extras\n",
+        "\n31 +Random Seed +random-seed +integer +0 to 10000, whole +0 +yes +Extras\n"}) {
+    EXPECT_THAT(table, testing::ContainsRegex(line));
+  }
+}
+
+}  // namespace
