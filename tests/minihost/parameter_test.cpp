@@ -108,9 +108,9 @@ TEST(ParameterTest, RefusalsNameParameterValueAndLimit) {
       {kParameterCount, Track(1.0), {"10", "0..9"}},
       {-1, Track(1.0), {"-1", "0..9"}},
   };
-  for (const auto& [index, track, parts] : cases) {
-    const std::string text = ErrorOf([&] { set.Set(index, track); });
-    for (const char* part : parts) EXPECT_THAT(text, HasSubstr(part));
+  for (const auto& c : cases) {
+    const std::string text = ErrorOf([&] { set.Set(c.index, c.track); });
+    for (const char* part : c.parts) EXPECT_THAT(text, HasSubstr(part));
   }
   EXPECT_EQ(set.At(kAmount, 1), Value(2.5)) << "a refused track changes nothing";
   EXPECT_THAT(ErrorOf([&] { set.Set("Nothing", Track(1.0)); }), HasSubstr("\"Nothing\""));
