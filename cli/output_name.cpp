@@ -2,43 +2,45 @@
 
 #include <fmt/format.h>
 
-#include <regex>
+#include <algorithm>
 
 #include "cli/tool_error.h"
 
 namespace cli {
-namespace {
-
-// The width is two digits at most: a file name has room for no more.
-const std::regex& Place() {
-  static const std::regex place("#+|%(0?)([0-9]{0,2})d");
-  return place;
+OutputName::Place OutputName::FindPlace(std::string_view name) {
+  const auto isDigit = [&](std::size_t at) { return at < name.size() && name[at] >= '0' && name[at] <= '9'; };
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (name[begin] == '#') {
+      const std::size_t end = std::min(name.find_first_not_of('#', begin), name.size());
+      const int run = static_cast<int>(end - begin);
+      return {begin, end, Style::kHashes, run == 1 ? 4 : run};
+    }
+    if (name[begin] != '%') continue;
+    std::size_t end = begin + 1;
+    const bool zeros = isDigit(end) && name[end] == '0';
+    if (zeros) ++end;
+    int digits = 0;
+    // Two digits of width at most: a file name has room for no more.
+    for (int i = 0; i < 2 && isDigit(end); ++i) digits = digits * 10 + (name[end++] - '0');
+    if (end == name.size() || name[end] != 'd') continue;  // a percent sign that is just that
+    return {begin, end + 1, zeros ? Style::kPrintfZeros : Style::kPrintfSpaces, digits};
+  }
+  return {name.size(), name.size(), Style::kFixed, 0};
 }
-
-}  // namespace
 
 OutputName::OutputName(const std::filesystem::path& path) : folder_(path.parent_path()) {
   const std::string name = path.filename().string();
   if (name.empty()) {
     throw ToolError(ExitCode::kUsage, fmt::format("output '{}' has no file name", path.string()));
   }
-  std::smatch place;
-  if (!std::regex_search(name, place, Place())) {
-    before_ = name;
-    return;
-  }
-  before_ = place.prefix();
-  after_ = place.suffix();
-  if (std::regex_search(after_, Place())) {
+  const Place place = FindPlace(name);
+  before_ = name.substr(0, place.begin);
+  after_ = name.substr(place.end);
+  style_ = place.style;
+  digits_ = place.digits;
+  if (FindPlace(after_).style != Style::kFixed) {
     throw ToolError(ExitCode::kUsage,
                     fmt::format("output name '{}' has more than one place for the frame number", name));
-  }
-  if (place.str().front() == '#') {
-    style_ = Style::kHashes;
-    digits_ = place.length() == 1 ? 4 : static_cast<int>(place.length());
-  } else {
-    style_ = place[1].length() > 0 ? Style::kPrintfZeros : Style::kPrintfSpaces;
-    digits_ = place[2].length() > 0 ? std::stoi(place[2]) : 0;
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace cli {
 
@@ -27,6 +28,15 @@ class OutputName {
 
  private:
   enum class Style { kFixed, kHashes, kPrintfZeros, kPrintfSpaces };
+
+  /// Where the number stands in a file name; kFixed and the end of the name when nowhere.
+  struct Place {
+    std::size_t begin;
+    std::size_t end;
+    Style style;
+    int digits;
+  };
+  static Place FindPlace(std::string_view name);
 
   std::filesystem::path folder_;
   std::string before_;
