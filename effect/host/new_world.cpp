@@ -16,6 +16,8 @@ PF_Err FX_NewWorld::New(int width, int height, PF_PixelFormat pixelFormat, bool 
   if (error == PF_Err_NONE) {
     allocated = true;
     format = pixelFormat;
+  } else {
+    world = {};
   }
   return error;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "effect/host/pre_render_geometry.h"
 #include "effect/render/render_pass.h"
@@ -48,14 +49,14 @@ PF_Err PreRender(PF_InData* in_data, PF_OutData* /*out_data*/, PF_PreRenderExtra
 
   const AEGP_SuiteHandler suites(in_data->pica_basicP);
   const PF_HandleSuite1& handles = *suites.HandleSuite1();
-  if (const PF_Handle handle = handles.host_new_handle(sizeof(PreRenderGeometry)); handle != nullptr) {
-    if (void* const memory = handles.host_lock_handle(handle); memory != nullptr) {
-      const PreRenderGeometry geometry = GeometryOf(inResult);
-      std::memcpy(memory, &geometry, sizeof geometry);
-      extra->output->pre_render_data = handle;
-    } else {
-      handles.host_dispose_handle(handle);
-    }
+  const auto dispose = [&handles](PF_Handle handle) { handles.host_dispose_handle(handle); };
+  std::unique_ptr<void*, decltype(dispose)> handle(handles.host_new_handle(sizeof(PreRenderGeometry)),
+                                                   dispose);
+  void* const memory = handle != nullptr ? handles.host_lock_handle(handle.get()) : nullptr;
+  if (memory != nullptr) {
+    const PreRenderGeometry geometry = GeometryOf(inResult);
+    std::memcpy(memory, &geometry, sizeof geometry);
+    extra->output->pre_render_data = handle.release();
   }
 
   UnionLRect(&inResult.result_rect, &extra->output->result_rect);
