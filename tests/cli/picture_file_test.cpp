@@ -3,7 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <optional>
 #include <random>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
 
 #include "cli/atomic_file.h"
 #include "cli/picture_reader.h"
@@ -328,6 +333,11 @@ TEST(PictureFile, RefusesWhatIsNoPicture) {
     if (name[4] != 'j')
       Write(folder / name, RandomImage(64, 64, Depth::kBits16, Alpha::kAny), {.hasAlpha = true});
     std::filesystem::resize_file(folder / name, std::filesystem::file_size(folder / name) / 2);
+#ifdef __SANITIZE_ADDRESS__
+    // When a PNG ends early its library jumps over a string of the reader's, which is not ours to free.
+    std::optional<__lsan::ScopedDisabler> theirLeak;
+    if (name[4] == 'p') theirLeak.emplace();
+#endif
     refused(name, "cannot read");
   }
   WriteForeign(folder / "long.png", OIIO::ImageSpec(32768, 1, 1, OIIO::TypeDesc::UINT8),
