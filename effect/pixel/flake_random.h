@@ -10,13 +10,24 @@ inline constexpr std::int32_t kRandomMax = 0x7FFF;
 /// has full period modulo 2^32.  Its low bits are poor, so a result takes the 15 bits above the lower half.
 class FlakeRandom {
  public:
+  static constexpr std::uint32_t kMultiplier = 1103515245u;
+  static constexpr std::uint32_t kIncrement = 12345u;
+
+  /// One step of the recurrence, and the result that its new state gives.
+  static constexpr std::uint32_t Step(std::uint32_t state) noexcept {
+    return state * kMultiplier + kIncrement;
+  }
+  static constexpr std::int32_t Result(std::uint32_t state) noexcept {
+    return static_cast<std::int32_t>((state >> 16) & 0x7FFFu);
+  }
+
   constexpr explicit FlakeRandom(std::uint32_t seed) noexcept : state_(seed) {}
   constexpr explicit FlakeRandom(std::int32_t seed) noexcept : state_(static_cast<std::uint32_t>(seed)) {}
 
   /// Advances the state, then reads it: 0..32767.
   constexpr std::int32_t Next() noexcept {
-    state_ = state_ * 1103515245u + 12345u;
-    return static_cast<std::int32_t>((state_ >> 16) & 0x7FFFu);
+    state_ = Step(state_);
+    return Result(state_);
   }
 
  private:

@@ -6,6 +6,11 @@
 
 template <class T>
 PF_Err DrawFlakes(const FrameSetup<T>& frame) {
+  return FastRoadServes(frame) ? DrawFlakesFast(frame, BestCpuPath()) : DrawFlakesPlainly(frame);
+}
+
+template <class T>
+PF_Err DrawFlakesPlainly(const FrameSetup<T>& frame) {
   constexpr std::int32_t kProgressInterval = 128;
   FlakeStreams streams(frame);
   PF_Err status = PF_Err_NONE;
@@ -30,3 +35,6 @@ PF_Err DrawFlakes(const FrameSetup<T>& frame) {
 template PF_Err DrawFlakes(const FrameSetup<PF_Pixel>&);
 template PF_Err DrawFlakes(const FrameSetup<PF_Pixel16>&);
 template PF_Err DrawFlakes(const FrameSetup<PF_PixelFloat>&);
+template PF_Err DrawFlakesPlainly(const FrameSetup<PF_Pixel>&);
+template PF_Err DrawFlakesPlainly(const FrameSetup<PF_Pixel16>&);
+template PF_Err DrawFlakesPlainly(const FrameSetup<PF_PixelFloat>&);

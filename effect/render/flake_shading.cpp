@@ -1,10 +1,9 @@
 #include "effect/render/flake_shading.h"
 
 #include <cmath>
-#include <type_traits>
 
 #include "effect/pixel/integer.h"
-#include "effect/pixel/pixel_type.h"
+#include "effect/render/lit_channel.h"
 
 namespace {
 
@@ -43,17 +42,6 @@ SamplePoint DrawSamplePoint(const FrameField& frame, const FlakeSegment& segment
   return {SamplePosition(u, frame.illumWorld->width), SamplePosition(v, frame.illumWorld->height)};
 }
 
-// One channel moved towards the sampled light by `weight`; whole steps in the integer depths.
-template <class Channel>
-Channel LitChannel(Channel sampled, Channel own, float weight) {
-  if constexpr (std::is_floating_point_v<Channel>) {
-    return own + weight * (sampled - own);
-  } else {
-    const float lit = static_cast<float>(sampled - own) * weight + static_cast<float>(own);
-    return static_cast<Channel>(TruncateToInt32(static_cast<double>(lit)));
-  }
-}
-
 }  // namespace
 
 template <class T>
@@ -66,10 +54,7 @@ ShadedFlake<T> ShadeFlake(const FrameSetup<T>& frame, const FlakeSegment& segmen
     const PF_SampPB samplePoint = {.src = frame.illumWorld};
     T light = {};
     status = frame.sampleFn(frame.inData->effect_ref, point.x, point.y, &samplePoint, &light);
-    const float weight = static_cast<float>(light.alpha) * frame.influenceScale;
-    flake.colour.red = LitChannel(light.red, flake.colour.red, weight);
-    flake.colour.green = LitChannel(light.green, flake.colour.green, weight);
-    flake.colour.blue = LitChannel(light.blue, flake.colour.blue, weight);
+    flake.colour = LitPixel(flake.colour, light, frame.influenceScale);
   }
   return flake;
 }

@@ -24,7 +24,7 @@ Includes ReadIncludes(std::set<std::string>* system = nullptr) {
   for (const std::string& tree : kTrees) {
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::path(SOURCE_DIR) / tree)) {
       const std::string extension = entry.path().extension().string();
-      if (extension != ".h" && extension != ".cpp") {
+      if (extension != ".h" && extension != ".cpp" && extension != ".inc") {
         continue;
       }
       const std::string name = fs::relative(entry.path(), SOURCE_DIR).generic_string();
@@ -115,7 +115,7 @@ TEST(Includes, FormNoCircle) {
 }
 
 // The effect and its host library take system headers from the C++ standard library alone, which have no
-// suffix, but for the POSIX loader of modules.
+// suffix, but for the POSIX loader of modules and the compiler's names for instructions.
 TEST(Includes, TakeNothingFromOutside) {
   std::set<std::string> system;
   ReadIncludes(&system);

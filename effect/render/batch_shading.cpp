@@ -1,0 +1,118 @@
+#include "effect/render/batch_shading.h"
+
+#include <cmath>
+
+#include "effect/pixel/flake_random.h"
+#include "effect/pixel/random_lanes.h"
+#include "effect/render/lit_channel.h"
+
+namespace {
+
+struct SampleLanes {
+  Lanes<PF_Fixed> x;
+  Lanes<PF_Fixed> y;
+};
+
+VINTREL_INLINE void SetSizes(const FrameField& frame, FlakeBatch& batch) {
+  const double sizeVariation = frame.sizeVariation;
+  const double flakeSize = frame.flakeSize;
+  const float flatness = frame.flatness;
+  const bool wiggleOn = frame.wiggleOn;
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const double factor = 1.0 + sizeVariation * SignedFraction(batch.sizeDraw[i]);
+    const float size = static_cast<float>(factor * batch.scale[i] * flakeSize);
+    const float flat = ((std::fabs(batch.wiggle[i]) - 1.0f) * flatness + 1.0f) * size;
+    const float shown = wiggleOn ? flat : size;
+    batch.stroke.size[i] = batch.drawn[i] != 0 ? shown : -1.0f;
+  }
+}
+
+// SamplePosition of the plain form; positions beyond 32 bits, on a copy wider than any host's, are its first
+// pixel.
+VINTREL_INLINE PF_Fixed SamplePositionLane(float position, float last) {
+  const float below = position < last ? position : last;
+  const float clamped = (position < 0.0f ? 0.0f : below) * 65536.0f;
+  const float inRange = clamped < 2147483648.0f ? clamped : 0.0f;
+  return static_cast<PF_Fixed>(inRange);
+}
+
+VINTREL_INLINE void DrawSamplePoints(const FrameField& frame, const FlakeBatch& batch, BatchStreams& streams,
+                                     SampleLanes& samples) {
+  constexpr std::uint32_t kDraws = 2;
+  constexpr RandomJump kNextBatch = JumpBy(kDraws * kLanes);
+  constexpr float kCopyScale = 0.1f;
+  const float spreadWidth = frame.spreadWidth;
+  const float spreadHeight = frame.spreadHeight;
+  const float sx = frame.scale.xScaleF;
+  const float sy = frame.scale.yScaleF;
+  const float lastX = static_cast<float>(frame.illumWorld->width - 1);
+  const float lastY = static_cast<float>(frame.illumWorld->height - 1);
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const std::uint32_t state = streams.illumination[i];
+    const std::uint32_t stateX = FlakeRandom::Step(state);
+    const std::uint32_t stateY = FlakeRandom::Step(stateX);
+    streams.illumination[i] = kNextBatch(state);
+    const float perspective = static_cast<float>(batch.scale[i]);
+    const float jitterX = (perspective * spreadWidth) * SignedFractionF(FlakeRandom::Result(stateX));
+    const float jitterY = (spreadHeight * perspective) * SignedFractionF(FlakeRandom::Result(stateY));
+    const float middleX = (batch.stroke.startX[i] + batch.stroke.endX[i]) * 0.5f;
+    const float middleY = (batch.stroke.startY[i] + batch.stroke.endY[i]) * 0.5f;
+    samples.x[i] = SamplePositionLane(((middleX + jitterX) * sx) * kCopyScale, lastX);
+    samples.y[i] = SamplePositionLane(kCopyScale * ((middleY + jitterY) * sy), lastY);
+  }
+}
+
+VINTREL_INLINE void ShadeLanes(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                               SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  SetSizes(frame, batch);
+  const double embedDistance = frame.embedDistance;
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    inFront[i] = batch.depth[i] <= embedDistance ? 1 : 0;
+  }
+  if (frame.influence > 0.0f) {
+    DrawSamplePoints(frame, batch, streams, samples);
+  }
+}
+
+void ShadeBaseline(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch, SampleLanes& samples,
+                   Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+VINTREL_AVX2 void ShadeAvx2(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                            SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+VINTREL_AVX512 void ShadeAvx512(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                                SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+
+}  // namespace
+
+template <class T>
+void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& batch, ShadedBatch<T>& shaded,
+                PF_Err& status, CpuPath path) {
+  SampleLanes samples;
+  SelectPath(path, ShadeBaseline, ShadeAvx2, ShadeAvx512)(frame, streams, batch, samples, shaded.inFront);
+  shaded.peakAlpha.fill(static_cast<float>(frame.flakeColor.alpha));
+  if (!(frame.influence > 0.0f)) {
+    shaded.colours.fill(frame.flakeColor);
+    return;
+  }
+  const PF_SampPB samplePoint = {.src = frame.illumWorld};
+  for (std::size_t i = batch.first; i < batch.last; ++i) {
+    if (batch.drawn[i] == 0) {
+      continue;
+    }
+    T light = {};
+    status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint, &light);
+    shaded.colours[i] = LitPixel(frame.flakeColor, light, frame.influenceScale);
+  }
+}
+
+template void ShadeBatch(const FrameSetup<PF_Pixel>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel>&,
+                         PF_Err&, CpuPath);
+template void ShadeBatch(const FrameSetup<PF_Pixel16>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel16>&,
+                         PF_Err&, CpuPath);
+template void ShadeBatch(const FrameSetup<PF_PixelFloat>&, BatchStreams&, FlakeBatch&,
+                         ShadedBatch<PF_PixelFloat>&, PF_Err&, CpuPath);
