@@ -122,7 +122,9 @@ TEST(Includes, TakeNothingFromOutside) {
   for (const std::string& line : system) {
     const std::string header = line.substr(line.find(": ") + 2);
     const bool standard = header.find('/') == std::string::npos && header.find(".h") == std::string::npos;
-    EXPECT_TRUE(standard || line == "minihost/effect.cpp: dlfcn.h") << line;
+    EXPECT_TRUE(standard || line == "minihost/effect.cpp: dlfcn.h" ||
+                line == "effect/pixel/coverage_list.cpp: immintrin.h")
+        << line;
   }
 }
 
