@@ -27,17 +27,17 @@ template <class T, class Change>
 void ExpectFastEqualsPlain(std::uint32_t seed, Change change) {
   RandomFrame<T> plain(seed);
   change(plain);
-  const PF_Err status = DrawFlakesPlainly(plain.Record());
+  const PF_Err status = DrawFlakesPlainly(plain.record);
   for (const CpuPath path : kCpuPaths) {
     if (!SupportsCpuPath(path)) {
       continue;
     }
     RandomFrame<T> fast(seed);
     change(fast);
-    ASSERT_TRUE(FastRoadServes(fast.Record())) << "seed " << seed;
-    ASSERT_EQ(DrawFlakesFast(fast.Record(), path), status) << "seed " << seed;
-    ASSERT_EQ(fast.Host().calls, plain.Host().calls) << "seed " << seed;
-    ASSERT_TRUE(SamePixels(plain.Output(), fast.Output()))
+    ASSERT_TRUE(FastRoadServes(fast.record)) << "seed " << seed;
+    ASSERT_EQ(DrawFlakesFast(fast.record, path), status) << "seed " << seed;
+    ASSERT_EQ(fast.host.calls, plain.host.calls) << "seed " << seed;
+    ASSERT_TRUE(SamePixels(plain.output, fast.output))
         << "seed " << seed << ", path " << static_cast<int>(path) << ", " << sizeof(T) << " bytes a pixel";
   }
 }
@@ -57,7 +57,7 @@ TYPED_TEST(FastLoop, EqualsPlainAtTheEdgesOfBatches) {
   for (const std::int32_t flakes : {1, 2, 3, 127, 128, 129, 130, 131, 255, 256, 257, 258, 259, 1000}) {
     for (std::uint32_t seed = 1; seed <= 12; ++seed) {
       ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(
-          seed, [flakes](RandomFrame<TypeParam>& frame) { frame.Record().flakeCount = flakes; }))
+          seed, [flakes](RandomFrame<TypeParam>& frame) { frame.record.flakeCount = flakes; }))
           << flakes << " flakes";
     }
   }
@@ -67,7 +67,7 @@ TYPED_TEST(FastLoop, EqualsPlainAtTheEdgesOfBatches) {
 TYPED_TEST(FastLoop, KeepsTheOrderOfFlakesOnOnePixel) {
   for (std::uint32_t seed = 1; seed <= 300; ++seed) {
     ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [](RandomFrame<TypeParam>& frame) {
-      FrameSetup<TypeParam>& record = frame.Record();
+      FrameSetup<TypeParam>& record = frame.record;
       const PF_LayerDef& output = *record.output;
       record.flakeCount = 300;
       record.flakeSize = 9.0;
@@ -84,8 +84,8 @@ TYPED_TEST(FastLoop, StopsWherePlainStops) {
   for (std::uint32_t seed = 1; seed <= 60; ++seed) {
     for (const std::int32_t stop : {1, 129, 257, 385}) {
       ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [stop](RandomFrame<TypeParam>& frame) {
-        frame.Record().flakeCount = 500;
-        frame.Host().answer = [stop](const HostCall& call) {
+        frame.record.flakeCount = 500;
+        frame.host.answer = [stop](const HostCall& call) {
           return call.kind == HostCall::kProgress && call.x >= stop ? 77 : PF_Err_NONE;
         };
       }));
@@ -95,14 +95,14 @@ TYPED_TEST(FastLoop, StopsWherePlainStops) {
 
 TYPED_TEST(FastLoop, LeavesUnknownOperatorsAndHugeWorldsToThePlainLoop) {
   RandomFrame<TypeParam> frame(1);
-  frame.Record().transferOp = [](const TypeParam*, const TypeParam*, TypeParam&) {};
-  EXPECT_FALSE(FastRoadServes(frame.Record()));
+  frame.record.transferOp = [](const TypeParam*, const TypeParam*, TypeParam&) {};
+  EXPECT_FALSE(FastRoadServes(frame.record));
   RandomFrame<TypeParam> other(1);
-  PF_LayerDef huge = *other.Record().output;
+  PF_LayerDef huge = *other.record.output;
   huge.rowbytes = 1 << 20;
   huge.height = 1 << 12;
-  other.Record().output = &huge;
-  EXPECT_FALSE(FastRoadServes(other.Record()));
+  other.record.output = &huge;
+  EXPECT_FALSE(FastRoadServes(other.record));
 }
 
 }  // namespace
