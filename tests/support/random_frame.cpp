@@ -61,8 +61,8 @@ SnowLook RollLook(std::uint32_t seed) {
     look.color.*channel = static_cast<std::uint8_t>(dice.Ends(0, 255));
 
   look.close = look.open;
+  if (dice.OneIn(3)) look.open[kAmount] = look.close[kAmount] = look.open[kFlakeFlatness] = 0;
   if (dice.OneIn(2)) look.close[kAmount] = dice.Ends(0, 1000);
-  if (dice.OneIn(4)) look.open[kAmount] = look.close[kAmount] = look.open[kFlakeFlatness] = 0;
   const double frames = dice.OneIn(4) ? 1e5 : dice.Whole(1, 500);
   for (const auto index : {kSpeed, kWind, kFrequency}) look.sum[index] = frames * look.open[index];
   look.sum[kFrequency] *= dice.Between(0.5, 1.5);
