@@ -53,7 +53,7 @@ SnowLook RollLook(std::uint32_t seed) {
   for (const auto& [low, high, usual, of] : kSnowRanges)
     for (const ParameterIndex index : of)
       look.open[index] = dice.OneIn(2) ? dice.Between(low, usual) : dice.Ends(low, high);
-  for (const auto whole : {kStochasticWiggle, kTransferMode, kCompositeWithOriginal, kRandomSeed})
+  for (const auto whole : {kStochasticWiggle, kTransferMode, kCompositeWithOriginal, kInfluence, kRandomSeed})
     look.open[whole] = std::round(look.open[whole]);
   if (dice.OneIn(3)) look.open[kFlakes] = dice.Pick({1.0, 2.0, 129.0, 130.0, 257.9, 258.0});
   if (dice.OneIn(3)) look.open[kWind] = 0;
