@@ -6,6 +6,10 @@
 
 namespace {
 
+// The steps are NextFlake's, in its order, each value computed for every lane and then chosen.  What a loop
+// reads of the record it reads into locals first: a store to a lane might change the record, as far as the
+// compiler knows.
+
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kNoisePhaseSpan = 100.0;
 
