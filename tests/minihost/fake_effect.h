@@ -1,21 +1,21 @@
 // An effect whose every command a test can script.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cstring>
 #include <functional>
 #include <map>
-#include <memory>
-#include <vector>
 
 #include "hostapi/hostapi.h"
 #include "minihost/instance.h"
 
 namespace minihost {
 
+using testing::HasSubstr;
+
 /// What the effect got with one command.
 struct Call {
-  PF_Cmd number;
   PF_InData& in;
   PF_OutData& out;
   PF_ParamDef** params;
@@ -24,60 +24,73 @@ struct Call {
 
   PF_PreRenderExtra& pre() const { return *static_cast<PF_PreRenderExtra*>(extra); }
   PF_SmartRenderExtra& smart() const { return *static_cast<PF_SmartRenderExtra*>(extra); }
-
-  /// A suite that the test releases itself; null when the host has none.
-  template <class Suite>
-  const Suite* Acquire(const char* name, std::int32_t version) const {
-    const void* suite = nullptr;
-    return in.pica_basicP->AcquireSuite(name, version, &suite) == 0 ? static_cast<const Suite*>(suite)
-                                                                    : nullptr;
-  }
 };
 
 // The parameters that it declares, by index.
-enum : int {
-  kAmount = 1,
-  kGroup,
-  kSwitch,
-  kCount,
-  kGroupEnd,
-  kTint,
-  kCentre,
-  kMode,
-  kFixed,
-  kParameterCount
-};
+enum : int { kAmount = 1, kGroup, kSwitch, kCount, kGroupEnd, kTint, kCentre, kMode, kParameterCount };
 
-PF_ParamDef FakeDefinition(int index);
+/// Their declarations, the input layer first.
+inline std::vector<PF_ParamDef> FakeDefinitions() {
+  std::vector<PF_ParamDef> all(kParameterCount);
+  const auto declare = [&](std::size_t index, PF_ParamType type, const char* name) -> PF_ParamDef& {
+    all[index].param_type = type;
+    std::strcpy(all[index].name, name);
+    return all[index];
+  };
+  declare(kAmount, PF_Param_FLOAT_SLIDER, "Amount").u.fs_d = {2.5, 0.1f, 200, 1, 50, 2.5f, 0.05f, 2, 0, 0};
+  declare(kGroup, PF_Param_GROUP_START, "Group");
+  declare(kSwitch, PF_Param_CHECKBOX, "").u.bd.u.nameptr = "Switch";
+  declare(kCount, PF_Param_SLIDER, "Count").u.sd.valid_max = 10000;
+  declare(kGroupEnd, PF_Param_GROUP_END, "");
+  declare(kTint, PF_Param_COLOR, "Tint").u.cd.dephault = {255, 10, 20, 30};
+  declare(kCentre, PF_Param_POINT, "Centre").u.td.x_dephault = 50 << 16;
+  declare(kMode, PF_Param_POPUP, "Mode").u.pd = {2, 2, 2, {"Plain|Light"}};
+  all[kMode].flags = PF_ParamFlag_CANNOT_TIME_VARY;
+  return all;
+}
+
+using Handler = std::function<PF_Err(Call&)>;
 
 class FakeEffectTest : public testing::Test {
  protected:
-  using Handler = std::function<PF_Err(Call&)>;
+  /// Commands without a handler succeed, except that the set-up declares the parameters above.
+  FakeEffectTest() {
+    handlers_.clear();
+    On(PF_Cmd_PARAMS_SETUP, [](Call& call) {
+      PF_Err err = PF_Err_NONE;
+      for (PF_ParamDef& definition : FakeDefinitions())
+        if (call.out.num_params++ > 0) err |= call.in.inter.add_param(call.in.effect_ref, -1, &definition);
+      return err;
+    });
+  }
 
-  FakeEffectTest();
-  ~FakeEffectTest() override;
+  static void On(PF_Cmd number, Handler handler) { handlers_[number] = std::move(handler); }
 
-  /// Commands without a handler succeed, except that the set-up declares the parameters above and the first
-  /// smart step asks for the layer over the request.
-  static void On(PF_Cmd number, Handler handler);
-
-  static PF_Err Entry(PF_Cmd, PF_InData*, PF_OutData*, PF_ParamDef*[], PF_LayerDef*, void*);
+  static PF_Err Entry(PF_Cmd number, PF_InData* in, PF_OutData* out, PF_ParamDef* params[],
+                      PF_LayerDef* output, void* extra) {
+    const auto handler = handlers_.find(number);
+    Call call{*in, *out, params, output, extra};
+    return handler == handlers_.end() ? PF_Err_NONE : handler->second(call);
+  }
   static std::shared_ptr<const Effect> Make() { return Effect::Linked(Entry); }
 
+  static void ExpectClean(const Instance& instance) {
+    EXPECT_THAT(instance.ledger().Missing(), testing::IsEmpty());
+    EXPECT_THAT(instance.ledger().faults(), testing::IsEmpty());
+  }
+
  private:
-  static std::map<PF_Cmd, Handler> handlers_;
+  inline static std::map<PF_Cmd, Handler> handlers_;
 };
 
-/// The message of the exception that `action` throws, which must be an `Error`.
-template <class Error = std::invalid_argument, class Action>
-std::string ErrorOf(Action&& action) {
+/// What the exception says that `action` throws.
+inline std::string ErrorOf(const std::function<void()>& action) {
   try {
     action();
-  } catch (const Error& error) {
+  } catch (const std::exception& error) {
     return error.what();
   }
-  ADD_FAILURE() << "nothing was thrown";
-  return {};
+  return "nothing was thrown";
 }
 
 }  // namespace minihost
