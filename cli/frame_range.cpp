@@ -11,9 +11,20 @@
 namespace cli {
 namespace {
 
+constexpr char kNotFrames[] = "is not a frame or a range of frames";
+
 [[noreturn]] void Refuse(std::string_view item, std::string_view reason) {
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("--frames: '{}' {}; write frames as 7, 0-47 or 0-10,20,30-40", item, reason));
+  throw ToolError(
+      ExitCode::kUsage,
+      fmt::format("--frames: '{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item, reason));
+}
+
+[[noreturn]] void RefusePart(std::string_view text) {
+  throw ToolError(
+      ExitCode::kUsage,
+      fmt::format("--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at "
+                  "most {} shares",
+                  text, kMaxFrames));
 }
 
 /// Takes a number off the front of `rest`.
@@ -21,7 +32,7 @@ std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
   if (error == std::errc::result_out_of_range) Refuse(item, "is beyond the frames that can be counted");
-  if (error != std::errc{}) Refuse(item, "is not a frame or a range of frames");
+  if (error != std::errc{}) Refuse(item, kNotFrames);
   rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
   return number;
 }
@@ -29,18 +40,24 @@ std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
 struct Range {
   std::int32_t first;
   std::int32_t last;
+  std::int32_t step = 1;
 };
 
 Range ParseItem(std::string_view item) {
   std::string_view rest = item;
   const std::int32_t first = TakeNumber(rest, item);
   if (rest.empty()) return {first, first};
-  if (rest.front() != '-') Refuse(item, "is not a frame or a range of frames");
+  if (rest.front() != '-') Refuse(item, kNotFrames);
   rest.remove_prefix(1);
   const std::int32_t last = TakeNumber(rest, item);
-  if (!rest.empty()) Refuse(item, "is not a frame or a range of frames");
   if (last < first) Refuse(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
-  return {first, last};
+  if (rest.empty()) return {first, last};
+  if (rest.front() != 'x') Refuse(item, kNotFrames);
+  rest.remove_prefix(1);
+  const std::int32_t step = TakeNumber(rest, item);
+  if (!rest.empty()) Refuse(item, kNotFrames);
+  if (step < 1) Refuse(item, fmt::format("steps by {}, and the least step is 1", step));
+  return {first, last, step};
 }
 
 }  // namespace
@@ -52,7 +69,7 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
     const std::size_t comma = std::min(text.find(','), text.size());
     const std::string_view item = text.substr(0, comma);
     const Range range = ParseItem(item);
-    for (std::int64_t frame = range.first; frame <= range.last; ++frame) {
+    for (std::int64_t frame = range.first; frame <= range.last; frame += range.step) {
       const auto number = static_cast<std::int32_t>(frame);
       if (!seen.insert(number).second) continue;
       if (frames.size() == kMaxFrames) Refuse(item, fmt::format("makes more than {} frames", kMaxFrames));
@@ -61,6 +78,25 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
     if (comma == text.size()) return frames;
     text.remove_prefix(comma + 1);
   }
+}
+
+Part ParsePart(std::string_view text) {
+  Part part;
+  const char* const end = text.data() + text.size();
+  const auto number = std::from_chars(text.data(), end, part.number);
+  if (number.ec != std::errc{} || number.ptr == end || *number.ptr != '/') RefusePart(text);
+  const auto count = std::from_chars(number.ptr + 1, end, part.count);
+  if (count.ec != std::errc{} || count.ptr != end) RefusePart(text);
+  if (part.number < 1 || part.number > part.count || part.count > kMaxFrames) RefusePart(text);
+  return part;
+}
+
+std::vector<std::int32_t> TakePart(const std::vector<std::int32_t>& frames, const Part& part) {
+  // At most kMaxFrames squared, far from the end of the type.
+  const auto begin = [&](std::size_t share) {
+    return frames.begin() + static_cast<std::ptrdiff_t>(frames.size() * share / part.count);
+  };
+  return {begin(part.number - 1), begin(part.number)};
 }
 
 }  // namespace cli
