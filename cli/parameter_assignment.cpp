@@ -11,24 +11,25 @@
 
 namespace cli {
 
+void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
+  const std::size_t equals = assignment.find('=');
+  if (equals == assignment.npos) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment));
+  }
+  const minihost::ParameterInfo& parameter =
+      ParameterNames(parameters.list()).Find(assignment.substr(0, equals));
+  try {
+    parameters.Set(parameter.index, ParseValue(parameter, assignment.substr(equals + 1)));
+  } catch (const std::invalid_argument& error) {
+    throw ToolError(ExitCode::kUsage, error.what());
+  }
+}
+
 minihost::ParameterSet AssignParameters(minihost::SharedParameterList list,
                                         const std::vector<std::string>& assignments) {
-  const ParameterNames names(*list);
-  minihost::ParameterSet parameters(list);
-  for (const std::string& assignment : assignments) {
-    const std::size_t equals = assignment.find('=');
-    if (equals == assignment.npos) {
-      throw ToolError(
-          ExitCode::kUsage,
-          fmt::format("'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment));
-    }
-    const minihost::ParameterInfo& parameter = names.Find(std::string_view(assignment).substr(0, equals));
-    try {
-      parameters.Set(parameter.index, ParseValue(parameter, std::string_view(assignment).substr(equals + 1)));
-    } catch (const std::invalid_argument& error) {
-      throw ToolError(ExitCode::kUsage, error.what());
-    }
-  }
+  minihost::ParameterSet parameters(std::move(list));
+  for (const std::string& assignment : assignments) Assign(parameters, assignment);
   return parameters;
 }
 

@@ -1,7 +1,8 @@
-// The parameter values of a run: the effect's defaults and what the command line changes of them.
+// Parameter values as the command line changes them.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "minihost/parameter_set.h"
@@ -12,8 +13,11 @@ namespace cli {
 inline constexpr char kCompositeWithOriginal[] = "composite-with-original";
 inline constexpr char kRandomSeed[] = "random-seed";
 
-/// Each assignment is NAME=VALUE (ParameterNames::Find, ParseValue); later ones win.
-/// Throws ToolError(kUsage).
+/// Sets one parameter for all time: NAME=VALUE (ParameterNames::Find, ParseValue).  Keys that it had are
+/// gone. Throws ToolError(kUsage); then nothing changes.
+void Assign(minihost::ParameterSet& parameters, std::string_view assignment);
+
+/// The effect's defaults with these assignments; later ones win.  Throws ToolError(kUsage).
 minihost::ParameterSet AssignParameters(minihost::SharedParameterList list,
                                         const std::vector<std::string>& assignments);
 
