@@ -1,0 +1,25 @@
+#include "cli/scene_layers.h"
+
+#include <utility>
+
+#include "cli/key_text.h"
+#include "cli/parameter_assignment.h"
+#include "cli/scene_reader.h"
+
+namespace cli {
+
+Scene MakeScene(minihost::SharedParameterList list, const Presets& presets, const SceneLayers& layers) {
+  Scene scene(std::move(list));
+  if (!layers.preset.empty()) ApplySceneFile(presets.Find(layers.preset).file, scene);
+  if (!layers.sceneFile.empty()) ApplySceneFile(layers.sceneFile, scene);
+  for (const ParameterChange& change : layers.changes) {
+    if (change.kind == ParameterChange::Kind::kKeys) {
+      AssignKeys(scene.parameters, change.text);
+    } else {
+      Assign(scene.parameters, change.text);
+    }
+  }
+  return scene;
+}
+
+}  // namespace cli
