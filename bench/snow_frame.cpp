@@ -112,7 +112,9 @@ template <class T>
 void SnowFrame<T>::Fill(const Snow& snow) {
   constexpr double kPercent = 0.01;
   const Numbers numbers = NumbersOf(snow);
-  const auto fraction = [&](ParameterIndex index) { return numbers[index] * kPercent; };
+  const auto fraction = [&](ParameterIndex index) {
+    return numbers[static_cast<std::size_t>(index)] * kPercent;
+  };
   record_.flakeCount = static_cast<std::int32_t>(numbers[kFlakes]);
   record_.sceneDepth = numbers[kSceneDepth];
   record_.flakeSize = numbers[kSize];

@@ -1,7 +1,8 @@
 #!/bin/sh
 # Times the whole tool: its start, one frame, and a sequence of 24 frames with the effect's share of it.
 #   bench/tool.sh path/to/vintrel [PICTURE] [ROUNDS]
-# PICTURE is the example street of 1920 x 1080 unless given.  Figures are medians of the rounds.
+# PICTURE is the example street of 1920 x 1080 unless given.  Figures are medians of the rounds; the share is
+# of processor time (by GNU time), which other work on the machine disturbs less.
 set -eu
 here="$(cd "$(dirname "$0")" && pwd)"
 tool="${1:?usage: tool.sh path/to/vintrel [PICTURE] [ROUNDS]}"
@@ -9,48 +10,58 @@ picture="${2:-$here/../examples/street.png}"
 rounds="${3:-3}"
 frames=24
 
+if ! command time -f '' true 2>/dev/null; then
+  echo "tool.sh: skipped, GNU time is not there"
+  exit 0
+fi
 out="$(mktemp -d)"
 trap 'rm -rf "$out"' EXIT
 
-# micros COMMAND...: runs it and prints its microseconds.
-micros() {
+# timed NAME COMMAND...: adds the run's milliseconds to the files NAME.wall and NAME.cpu.
+timed() {
+  name="$1"
+  shift
   begin="$(date +%s%N)"
-  "$@" >/dev/null
+  command time -o "$out/seconds" -f '%U %S' "$@" >/dev/null
   end="$(date +%s%N)"
-  echo $(((end - begin) / 1000))
+  echo $(((end - begin) / 1000)) | awk '{ print $1 / 1000 }' >>"$out/$name.wall"
+  awk '{ print ($1 + $2) * 1000 }' "$out/seconds" >>"$out/$name.cpu"
 }
 
-median() { sort -n | sed -n "$(((rounds + 1) / 2))p"; }
+# rendered NAME OUTPUT FRAMES FLAKES
+rendered() { timed "$1" "$tool" render "$picture" -q -o "$out/$2" --frames "$3" --set flakes="$4"; }
 
-# The forms take turns, a file of figures for each.
-snow() { "$tool" render "$picture" -q -o "$out/$1" --frames "$2" --set flakes="$3"; }
+median() { sort -n "$out/$1" | sed -n "$(((rounds + 1) / 2))p"; }
+
+# The forms take turns.
 round=0
 while [ "$round" -lt "$rounds" ]; do
-  micros "$tool" --version >>"$out/start"
-  micros snow one.png 24 10000 >>"$out/one"
+  timed start "$tool" --version
+  rendered one one.png 24 10000
   for format in png exr; do
-    micros snow "s.####.$format" 24-47 10000 >>"$out/$format.snow"
-    micros snow "s.####.$format" 24-47 0 >>"$out/$format.none"
+    rendered "$format.snow" "s.####.$format" 24-47 10000
+    rendered "$format.none" "n.####.$format" 24-47 0
   done
   round=$((round + 1))
 done
 
-cmp -s "$picture" "$out/one.png" && {
-  echo "tool.sh: the frame is the picture itself, without snow" >&2
-  exit 1
-}
-[ "$(find "$out" -name 's.*.exr' | wc -l)" -eq "$frames" ] || {
-  echo "tool.sh: the sequence has not $frames frames" >&2
-  exit 1
-}
-
-milliseconds() { awk -v micros="$(median <"$1")" 'BEGIN { printf "%.1f ms", micros / 1000 }'; }
-echo "start (--version)  $(milliseconds "$out/start")"
-echo "one frame          $(milliseconds "$out/one")"
 for format in png exr; do
-  awk -v frames="$frames" -v format="$format" -v snow="$(median <"$out/$format.snow")" \
-    -v none="$(median <"$out/$format.none")" 'BEGIN {
-      printf "%d frames, %s     %.1f frames/s; the snow takes %.1f ms of each, %.0f %%\n",
-        frames, format, frames * 1e6 / snow, (snow - none) / 1000 / frames, (snow - none) * 100 / snow
+  [ "$(find "$out" -name "s.*.$format" | wc -l)" -eq "$frames" ] || {
+    echo "tool.sh: the $format sequence has not $frames frames" >&2
+    exit 1
+  }
+  ! cmp -s "$out/s.0024.$format" "$out/n.0024.$format" || {
+    echo "tool.sh: the $format frames are the same with snow and without" >&2
+    exit 1
+  }
+done
+
+printf 'start (--version)  %8.1f ms\n' "$(median start.wall)"
+printf 'one frame          %8.1f ms\n' "$(median one.wall)"
+for format in png exr; do
+  awk -v frames="$frames" -v format="$format" -v wall="$(median "$format.snow.wall")" \
+    -v snow="$(median "$format.snow.cpu")" -v none="$(median "$format.none.cpu")" 'BEGIN {
+      printf "%d frames, %s     %8.1f frames/s; of %.1f ms of processor time each, snow takes %.1f ms (%.0f %%)\n",
+        frames, format, frames * 1000 / wall, snow / frames, (snow - none) / frames, (snow - none) * 100 / snow
     }'
 done
