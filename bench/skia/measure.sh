@@ -12,7 +12,7 @@ if ! command -v node >/dev/null; then
   exit 0
 fi
 if [ ! -d "$here/node_modules" ]; then
-  echo "Skia: skipped, its package is not there; install it with: (cd bench/skia && npm ci)"
+  echo "Skia: skipped, its package is not there; install it with: (cd bench/skia && npm install --no-package-lock)"
   exit 0
 fi
 capsules="$(mktemp)"

@@ -10,7 +10,7 @@ let createCanvas;
 try {
   ({ createCanvas } = await import('@napi-rs/canvas'));
 } catch (error) {
-  console.log(`Skia: skipped, its package is not there (${error.code}); install it with: npm ci`);
+  console.log(`Skia: skipped, its package is not there (${error.code}); install it with: npm install --no-package-lock`);
   process.exit(0);
 }
 
