@@ -1,0 +1,25 @@
+// Frames into numbered pictures.
+#pragma once
+
+#include "cli/frame_io.h"
+#include "cli/output_name.h"
+#include "cli/picture_writer.h"
+
+namespace cli {
+
+/// One file a frame; each appears whole as soon as it is written.
+class StillSink : public FrameSink {
+ public:
+  StillSink(OutputName name, FileFormat format) : name_(std::move(name)), format_(format) {}
+
+  std::unique_ptr<EncodedFrame> Encode(std::int32_t frame, const minihost::Image& image,
+                                       const PictureTraits& traits) const override;
+  void Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encoded) override;
+  void Finish() override {}
+
+ private:
+  OutputName name_;
+  FileFormat format_;
+};
+
+}  // namespace cli

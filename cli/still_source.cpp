@@ -1,0 +1,111 @@
+#include "cli/still_source.h"
+
+#include <fmt/format.h>
+
+#include <cctype>
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "cli/output_name.h"
+#include "cli/picture_reader.h"
+#include "cli/tool_error.h"
+
+namespace cli {
+namespace {
+
+SourceTraits TraitsOf(const Picture& picture) {
+  SourceTraits traits;
+  traits.width = picture.image.width();
+  traits.height = picture.image.height();
+  traits.depth = picture.image.depth();
+  traits.pixelAspect = picture.traits.pixelAspect;
+  traits.hasAlpha = picture.traits.hasAlpha;
+  return traits;
+}
+
+/// The name with a run of `@` as the printf place that means the same.
+std::filesystem::path WithoutAtSigns(const std::filesystem::path& path) {
+  std::string name = path.filename().string();
+  const std::size_t begin = name.find('@');
+  if (begin == std::string::npos || OutputName(path).IsPattern()) return path;
+  const std::size_t end = std::min(name.find_first_not_of('@', begin), name.size());
+  name.replace(begin, end - begin, fmt::format("%0{}d", end - begin));
+  return path.parent_path() / name;
+}
+
+bool IsDigit(char letter) {
+  return std::isdigit(static_cast<unsigned char>(letter)) != 0;
+}
+
+/// The number with which the pattern makes this very name.
+std::optional<std::int32_t> NumberIn(const std::string& name, const OutputName& pattern) {
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (!IsDigit(name[begin]) || (begin > 0 && IsDigit(name[begin - 1]))) continue;
+    std::int32_t number = 0;
+    const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
+    if (parsed.ec != std::errc()) continue;
+    for (const std::int32_t candidate : {number, -number}) {
+      if (pattern.ForFrame(candidate).filename() == name) return candidate;
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+StillSource::StillSource(Picture picture) : picture_(std::move(picture)), traits_(TraitsOf(picture_)) {}
+
+std::optional<Picture> StillSource::Read(std::int32_t) {
+  return Picture{picture_.image.Clone(), picture_.traits};
+}
+
+bool IsSequenceName(const std::filesystem::path& path) {
+  return path.has_filename() && OutputName(WithoutAtSigns(path)).IsPattern();
+}
+
+SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<minihost::Depth> depth) {
+  const OutputName pattern(WithoutAtSigns(path));
+  const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (const auto number = NumberIn(name, pattern)) files_[*number] = folder / name;
+  }
+  if (files_.empty()) {
+    throw ToolError(ExitCode::kInput,
+                    fmt::format("cannot read '{}': {}", path.string(),
+                                error ? error.message()
+                                      : fmt::format("there is no file such as '{}'",
+                                                    pattern.ForFrame(1).filename().string())));
+  }
+  traits_ = TraitsOf(ReadPicture(files_.begin()->second, depth));
+  traits_.firstFrame = files_.begin()->first;
+  traits_.lastFrame = files_.rbegin()->first;
+}
+
+std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
+  const auto file = files_.find(frame);
+  if (file == files_.end()) return {};
+  Picture picture = ReadPicture(file->second, traits_.depth);
+  if (picture.image.width() == traits_.width && picture.image.height() == traits_.height) return picture;
+  throw ToolError(ExitCode::kInput,
+                  fmt::format("'{}' is {} x {} pixels, but '{}' is {} x {}; "
+                              "all frames need one size",
+                              file->second.string(), picture.image.width(), picture.image.height(),
+                              files_.begin()->second.filename().string(), traits_.width, traits_.height));
+}
+
+std::vector<std::int32_t> SequenceSource::Missing() const {
+  std::vector<std::int32_t> missing;
+  std::int64_t expected = files_.begin()->first;
+  for (const auto& [number, path] : files_) {
+    for (; expected < number; ++expected) missing.push_back(static_cast<std::int32_t>(expected));
+    ++expected;
+  }
+  return missing;
+}
+
+}  // namespace cli
