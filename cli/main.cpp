@@ -6,9 +6,12 @@
 #include <new>
 #include <string>
 
+#include "cli/info_command.h"
 #include "cli/options.h"
 #include "cli/params_command.h"
+#include "cli/presets.h"
 #include "cli/render_command.h"
+#include "cli/sheet_command.h"
 #include "cli/tool_error.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
@@ -29,32 +32,35 @@ void PrintToStdout(const std::string& text) {
   if (std::fflush(stdout) != 0 || !written) throw ToolError(ExitCode::kOutput, "cannot write the output");
 }
 
-void Run(const CLI::App& app, const cli::RenderOptions& render) {
+ExitCode Run(const CLI::App& app, const cli::Options& options) {
   const auto effect = minihost::Effect::Linked(&MainEntry);
-  if (app.got_subcommand("params")) {
+  if (app.got_subcommand("render")) return cli::RunRender(options.render, effect);
+  if (app.got_subcommand("sheet")) return cli::RunSheet(options.render, options.sheetFrames, effect);
+  if (app.got_subcommand("info")) {
+    PrintToStdout(cli::DescribeInput(options.infoFile));
+  } else if (app.got_subcommand("presets")) {
+    PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
+  } else if (app.got_subcommand("params")) {
     PrintToStdout(cli::ParameterTable(effect->parameters()));
-  } else if (app.got_subcommand("about")) {
-    PrintToStdout(effect->About() + '\n');
   } else {
-    const std::string summary = cli::RunRender(render, effect);
-    if (!render.quiet) fmt::print(stderr, "{}\n", summary);
+    PrintToStdout(effect->About() + '\n');
   }
+  return ExitCode::kDone;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    cli::RenderOptions render;
-    const auto app = cli::MakeParser(render);
+    cli::Options options;
+    const auto app = cli::MakeParser(options);
     try {
       app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
       // Help and version come this way too, as successes.
       return app->exit(error) == 0 ? 0 : static_cast<int>(ExitCode::kUsage);
     }
-    Run(*app, render);
-    return static_cast<int>(ExitCode::kDone);
+    return static_cast<int>(Run(*app, options));
   } catch (const ToolError& error) {
     return Fail(error.Code(), error.what());
   } catch (const std::bad_alloc&) {

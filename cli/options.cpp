@@ -3,47 +3,95 @@
 namespace cli {
 namespace {
 
-void AddRender(CLI::App& app, RenderOptions& options) {
-  CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, as one frame or a sequence");
-  render->add_option("PHOTO", options.photo, "Picture to snow on: PNG, JPEG, TIFF or EXR")->required();
-  render->add_option("-o,--output", options.output, "Result: .png, .tif or .exr; #### is the frame's number")
-      ->required()
+// What a shot is made of: for render and sheet alike.
+void AddShot(CLI::App& command, RenderOptions& options) {
+  command.add_option("INPUT", options.input,
+                     "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
+  command.add_option("--blank", options.blank, "Snow on nothing, of this size")->type_name("WxH");
+  command
+      .add_option("-o,--output", options.output, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv")
       ->type_name("FILE");
-  render->add_option("--frames", options.frames, "Frames to render: 7, 0-47 or 0-10,20 (default 0)")
-      ->type_name("LIST");
-  render->add_option("--set", options.assignments, "Set a parameter; may be repeated (see: vintrel params)")
+  command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
+  command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
+      ->type_name("NAME");
+  command.add_option("--set", options.assignments, "Set a parameter; may be repeated (see: vintrel params)")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
-  render->add_option("--seed", options.seed, "Another fall of snow: short for --set random-seed=N")
+  command.add_option("--key", options.keys, "Keys of a parameter: Speed@0=100,48=400:smooth")
+      ->type_name("NAME@FRAME=VALUE")
+      ->allow_extra_args(false);
+  command.add_option("--seed", options.seed, "Another fall of snow: short for --set random-seed=N")
       ->type_name("N");
-  render->add_flag("--only-snow", options.onlySnow, "Snow alone, on a transparent ground");
-  render->add_option("--fps", options.fps, "Frames a second: 24 (default), 23.976, 30000/1001")
+  command.add_flag("--only-snow", options.onlySnow, "Snow alone, on a transparent ground");
+  command.add_option("--frames", options.frames, "7, 0-47, 1-100x5, 1,5,9-20 (default: the input's, or 0)")
+      ->type_name("LIST");
+  command
+      .add_option("--fps", options.fps,
+                  "Frames a second: 24, 23.976, 30000/1001 (default: the input's, or 24)")
       ->type_name("RATE");
-  render->add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
+  command.add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
       ->type_name("DEGREES");
-  render->add_option("--depth", options.depth, "8, 16 or float (default: the picture's)")->type_name("DEPTH");
-  render->add_flag("-q,--quiet", options.quiet, "No summary at the end");
+  command.add_option("--depth", options.depth, "8, 16 or float (default: the input's)")->type_name("DEPTH");
+  command.add_option("--alpha", options.alpha, "Alpha of video: straight (default) or premultiplied")
+      ->type_name("KIND");
+  command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
+  command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
+      ->type_name("RATIO");
+  command.add_option("--jobs", options.jobs, "Frames at the same time (default: one for each processor)")
+      ->type_name("N");
+  command.add_option("--missing", options.missing, "For gaps in a sequence: error (default), skip or black")
+      ->type_name("WHAT");
+  command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
+}
+
+void AddRender(CLI::App& app, RenderOptions& options) {
+  CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
+  AddShot(*render, options);
+  render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
+      ->type_name("K/N");
+  render->add_flag("--resume", options.resume, "Leave out frames that are whole and of the same scene");
+  render->add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
+  render->add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
+  render->add_option("--save-scene", options.saveScene, "Write down what was asked for, complete")
+      ->type_name("FILE");
+  render->add_flag("--dry-run", options.dryRun, "Print the scene and the plan, and render nothing");
   render->footer(
       "Examples:\n"
-      "  vintrel render street.png -o snow.png\n"
-      "  vintrel render street.png -o snow.png --set Flakes=20000 --set \"Size=4\"\n"
+      "  vintrel render street.png -o snow.png --set Flakes=20000 --set Size=4\n"
       "  vintrel render street.jpg -o frames/snow.####.png --frames 0-47 --fps 25\n"
-      "  vintrel render plate.exr -o snow.exr --only-snow --set wiggle/amount=40");
+      "  vintrel render shot.mov -o snow.mp4 --preset heavy-snow --key \"Wind@0=0,48=60:smooth\"\n"
+      "  vintrel render --blank 1920x1080 -o snow.mov --frames 0-239 --only-snow\n"
+      "  vintrel render --scene shot.toml --part 3/10 --resume");
+}
+
+void AddSheet(CLI::App& app, Options& options) {
+  CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
+  AddShot(*sheet, options.render);
+  sheet->add_option("--count", options.sheetFrames, "Pictures on the sheet, 1 to 64 (default 12)")
+      ->type_name("N");
+  sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
 }
 
 }  // namespace
 
-std::unique_ptr<CLI::App> MakeParser(RenderOptions& render) {
+std::unique_ptr<CLI::App> MakeParser(Options& options) {
   auto app = std::make_unique<CLI::App>("Falling snow with depth, light and motion blur", "vintrel");
   app->set_version_flag("--version", "vintrel " VINTREL_VERSION);
   app->require_subcommand(1);
-  AddRender(*app, render);
+  AddRender(*app, options.render);
+  AddSheet(*app, options);
+  app->add_subcommand("info", "Say what the tool sees in a file")
+      ->footer("Example:\n  vintrel info shot.mov")
+      ->add_option("FILE", options.infoFile, "Picture, numbered pictures or video")
+      ->required();
+  app->add_subcommand("presets", "List the looks that --preset takes")
+      ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");
   app->add_subcommand("params", "List the parameters that --set takes")
       ->footer("Example:\n  vintrel params | grep -i wiggle");
   app->add_subcommand("about", "Say what the effect says about itself");
   app->footer(
       "'vintrel COMMAND --help' tells more.\n"
-      "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output.");
+      "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
   return app;
 }
 

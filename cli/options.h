@@ -3,13 +3,20 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
 
-#include "cli/render_command.h"
+#include "cli/render_options.h"
 
 namespace cli {
 
-/// A parser for every command, filling `render`, which must outlive it.  After parsing, `got_subcommand`
-/// tells the command: "render", "params" or "about"; there is exactly one.
-std::unique_ptr<CLI::App> MakeParser(RenderOptions& render);
+struct Options {
+  RenderOptions render;  // of render and sheet
+  int sheetFrames = 12;
+  std::string infoFile;
+};
+
+/// A parser for every command, filling `options`, which must outlive it.  After parsing, `got_subcommand`
+/// tells the command: "render", "sheet", "info", "params", "presets" or "about"; there is exactly one.
+std::unique_ptr<CLI::App> MakeParser(Options& options);
 
 }  // namespace cli

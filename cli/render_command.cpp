@@ -2,164 +2,168 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <numeric>
+#include <cstdio>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "cli/atomic_file.h"
 #include "cli/frame_range.h"
-#include "cli/frame_rate.h"
-#include "cli/output_name.h"
-#include "cli/parameter_assignment.h"
-#include "cli/parameter_names.h"
-#include "cli/picture_reader.h"
-#include "cli/picture_writer.h"
-#include "cli/tool_error.h"
-#include "minihost/instance.h"
+#include "cli/interrupt.h"
+#include "cli/manifest.h"
+#include "cli/open_sink.h"
+#include "cli/progress.h"
+#include "cli/render_plan.h"
+#include "cli/scene_options.h"
+#include "cli/scene_writer.h"
 
 namespace cli {
 namespace {
 
-using minihost::Depth;
-
-constexpr double kMinShutter = 1;
-constexpr double kMaxShutter = 720;
-
-[[noreturn]] void RefuseUsage(const std::string& message) {
-  throw ToolError(ExitCode::kUsage, message);
+void Say(const RenderOptions& options, const std::string& line) {
+  if (!options.quiet) fmt::print(stderr, "{}\n", line);
 }
 
-std::optional<Depth> ParseDepth(const std::string& text) {
-  if (text.empty()) return {};
-  if (text == "8") return Depth::kBits8;
-  if (text == "16") return Depth::kBits16;
-  if (text == "float") return Depth::kFloat;
-  RefuseUsage(fmt::format("--depth: '{}' is not 8, 16 or float", text));
-}
-
-std::string NameOf(Depth depth) {
-  return depth == Depth::kBits8 ? "8 bits" : depth == Depth::kBits16 ? "16 bits" : "float";
-}
-
-/// The command line, understood.
-struct Plan {
-  std::vector<std::int32_t> frames;
-  OutputName output;
-  FileFormat format;
-  std::optional<Depth> depth;
-  minihost::FrameTiming timing;
-  minihost::ParameterSet parameters;
-  bool onlySnow;  // whether the result lies on nothing, whichever option said so
-};
-
-minihost::FrameTiming TimingOf(const RenderOptions& options) {
-  const double shutter = options.shutterDegrees;
-  if (!(shutter >= kMinShutter && shutter <= kMaxShutter)) {
-    RefuseUsage(
-        fmt::format("--shutter: {} is not between {} and {} degrees (no shutter at all would count as "
-                    "one open for the whole frame; the least blur is {})",
-                    shutter, kMinShutter, kMaxShutter, kMinShutter));
+ProgressStyle StyleOf(const RenderOptions& options) {
+  if (!options.progress.empty() && options.progress != "json" && options.progress != "text") {
+    throw ToolError(ExitCode::kUsage, fmt::format("--progress: '{}' is not text or json", options.progress));
   }
-  const FrameRate rate = ParseFrameRate(options.fps);
-  return {static_cast<std::uint32_t>(rate.timeScale), rate.timeStep, rate.timeStep, shutter};
+  if (options.progress == "json") return StyleFor(ProgressWish::kJson);
+  return StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText);
 }
 
-/// --seed and --only-snow are short for two parameters; an explicit --set comes after them and wins.
-minihost::ParameterSet ParametersOf(const RenderOptions& options, const minihost::Effect& effect) {
-  std::vector<std::string> assignments;
-  if (options.seed) assignments.push_back(fmt::format("{}={}", kRandomSeed, *options.seed));
-  if (options.onlySnow) assignments.push_back(fmt::format("{}=off", kCompositeWithOriginal));
-  assignments.insert(assignments.end(), options.assignments.begin(), options.assignments.end());
-  return AssignParameters(effect.sharedParameters(), assignments);
-}
-
-bool IsOff(const minihost::ParameterSet& parameters, const char* name) {
-  return std::get<double>(parameters.At(ParameterNames(parameters.list()).Find(name).index, 0)) == 0;
-}
-
-void CheckFrames(const Plan& plan) {
-  if (plan.frames.size() > 1 && !plan.output.IsPattern()) {
-    RefuseUsage(fmt::format("{} frames need a place for their number in the output name; try -o '{}'",
-                            plan.frames.size(), plan.output.SuggestedPattern().string()));
+void CheckJobs(int jobs) {
+  constexpr int kMost = 1024;
+  if (jobs < 0 || jobs > kMost) {
+    throw ToolError(
+        ExitCode::kUsage,
+        fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
   }
-  for (const std::int32_t frame : plan.frames) {
-    const std::int64_t most = INT32_MAX / plan.timing.timeStep - 1;
-    if (std::abs(std::int64_t{frame}) > most) {
-      RefuseUsage(
-          fmt::format("--frames: {} is beyond frame {}, the last that can be counted at {}/{} frames "
-                      "a second",
-                      frame, most, plan.timing.timeScale, plan.timing.timeStep));
+}
+
+// All that decides how a frame looks: the scene without which frames there are and where they go.
+std::string RecipeOf(Scene scene) {
+  scene.frames.clear();
+  scene.output.clear();
+  return WriteScene(scene);
+}
+
+// The list of what is done, for outputs of one file a frame.
+class Resumption {
+ public:
+  Resumption(const RenderOptions& options, const Scene& scene, const OpenedSink& sink) {
+    const OutputName name(scene.output);
+    if (options.resume && (sink.isVideo || !name.IsPattern())) {
+      throw ToolError(
+          ExitCode::kUsage,
+          "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
+          "pictures such as -o snow.####.png to be able to resume");
+    }
+    if (!sink.isVideo && name.IsPattern()) {
+      name_ = name;
+      manifest_.emplace(ManifestName(scene.output), RecipeOf(scene), VINTREL_VERSION);
     }
   }
-}
 
-Plan MakePlan(const RenderOptions& options, const minihost::Effect& effect) {
-  Plan plan{ParseFrames(options.frames),
-            OutputName(options.output),
-            FormatOf(options.output),
-            ParseDepth(options.depth),
-            TimingOf(options),
-            ParametersOf(options, effect),
-            false};
-  plan.onlySnow = IsOff(plan.parameters, kCompositeWithOriginal);
-  CheckFrames(plan);
-  return plan;
-}
-
-void CheckOutput(const std::filesystem::path& photo, const std::filesystem::path& output) {
-  CheckWritable(output);
-  std::error_code error;
-  if (std::filesystem::equivalent(photo, output, error)) {
-    RefuseUsage(fmt::format("output '{}' is the photo itself; choose another name", output.string()));
+  // Takes out the frames that are done, and returns how many those are.
+  std::size_t TakeOut(std::vector<std::int32_t>& frames) const {
+    return std::erase_if(
+        frames, [this](std::int32_t frame) { return manifest_->IsDone(frame, name_->ForFrame(frame)); });
   }
+
+  void Note(std::int32_t frame) {
+    if (manifest_) manifest_->Note(frame, name_->ForFrame(frame));
+  }
+
+ private:
+  std::optional<OutputName> name_;
+  std::optional<Manifest> manifest_;
+};
+
+std::string SizeText(const SourceTraits& traits) {
+  return fmt::format("{} x {}, {}", traits.width, traits.height, NameOfDepth(traits.depth));
 }
 
-PF_RationalScale RationalOf(double aspect) {
-  constexpr std::int32_t kDenominator = 1'000'000;
-  const auto numerator = static_cast<std::int32_t>(std::lround(aspect * kDenominator));
-  const std::int32_t divisor = std::gcd(numerator, kDenominator);
-  return {numerator / divisor, static_cast<std::uint32_t>(kDenominator / divisor)};
+std::string Frames(std::size_t count) {
+  return fmt::format("{} frame{}", count, count == 1 ? "" : "s");
 }
 
-void RenderFrame(minihost::Instance& instance, const minihost::Frame& frame, std::int32_t number) {
-  const minihost::RenderResult result = instance.Render(frame);
-  if (result.err == PF_Err_NONE) return;
-  throw ToolError(ExitCode::kFrameFailed, fmt::format("frame {} failed with code {}{}{}", number, result.err,
-                                                      result.message.empty() ? "" : ": ", result.message));
+void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
+  fmt::print("{}\n", WriteScene(scene));
+  fmt::print("# {} from {} to {}, {}, {}\n", Frames(plan.job.frames.size()),
+             scene.blank ? "blank ground" : scene.input, scene.output, SizeText(plan.traits),
+             isVideo ? "one video" : "one file a frame");
+}
+
+void PrintSummary(const RenderOptions& options, const RenderPlan& plan, const RunSummary& summary,
+                  std::size_t alreadyDone, double seconds) {
+  for (const FailedFrame& failed : summary.failed) {
+    fmt::print(stderr, "vintrel: frame {}: {}\n", failed.frame, failed.message);
+  }
+  std::string line =
+      fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
+                  seconds, static_cast<double>(summary.written) / seconds);
+  if (plan.traits.hasAlpha && plan.video != nullptr) {
+    line += fmt::format(", {} alpha", options.alpha.empty() ? "straight" : options.alpha);
+  }
+  if (alreadyDone > 0) line += fmt::format(", {} done before", alreadyDone);
+  if (!summary.skipped.empty()) line += fmt::format(", {} skipped", summary.skipped.size());
+  if (!summary.failed.empty()) line += fmt::format(", {} failed", summary.failed.size());
+  Say(options, line);
+}
+
+void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool isVideo) {
+  const std::size_t left = summary.total - summary.written;
+  Say(options, isVideo
+                   ? fmt::format("interrupted with {} left; the video was not kept", Frames(left))
+                   : fmt::format("interrupted with {} left; the same command with --resume goes on from here",
+                                 Frames(left)));
 }
 
 }  // namespace
 
-std::string RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect) {
+ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect) {
   const auto start = std::chrono::steady_clock::now();
-  const Plan plan = MakePlan(options, *effect);
-  CheckOutput(options.photo, plan.output.ForFrame(plan.frames.front()));
-  const Picture photo = ReadPicture(options.photo, plan.depth);
-  const minihost::Image& input = photo.image;
-  minihost::Image output(input.width(), input.height(), input.depth());
-  PictureTraits traits = photo.traits;
-  traits.hasAlpha = traits.hasAlpha || plan.onlySnow;
+  Scene scene = SceneOf(options, *effect);
+  CheckJobs(options.jobs);
+  const ProgressStyle style = StyleOf(options);
+  RenderPlan plan = MakePlan(scene, std::move(effect));
+  RenderJob& job = plan.job;
+  job.jobs = options.jobs;
+  job.missing = MissingPolicyOf(options.missing);
+  job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
+  if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
 
-  minihost::Instance instance(std::move(effect), plan.parameters);
-  minihost::Frame frame;
-  frame.timing = plan.timing;
-  frame.pixelAspectRatio = RationalOf(photo.traits.pixelAspect);
-  frame.input = &input;
-  frame.output = &output;
-  for (const std::int32_t number : plan.frames) {
-    frame.time = number * plan.timing.timeStep;
-    RenderFrame(instance, frame, number);
-    WriteWhole(plan.output.ForFrame(number), EncodePicture(output, traits, plan.format));
+  const OpenedSink sink = OpenSink(scene, plan);
+  Resumption resumption(options, scene, sink);
+  if (!options.saveScene.empty()) {
+    const std::string text = WriteScene(scene);
+    WriteWhole(options.saveScene, std::vector<std::uint8_t>(text.begin(), text.end()));
+  }
+  if (options.dryRun) {
+    PrintPlan(scene, plan, sink.isVideo);
+    return ExitCode::kDone;
+  }
+  for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
+  const std::size_t alreadyDone = options.resume ? resumption.TakeOut(job.frames) : 0;
+
+  const InterruptWatch watch;
+  RunSummary summary;
+  {
+    Progress progress(style, job.frames.size(), StandardErrorOutlet());
+    summary =
+        RunPipeline(job, *plan.source, *sink.frames,
+                    {.interrupted = Interrupted, .report = [&](std::int32_t frame, FrameOutcome outcome) {
+                       if (outcome == FrameOutcome::kWritten) resumption.Note(frame);
+                       progress.FrameDone(frame);
+                     }});
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  const auto count = static_cast<double>(plan.frames.size());
-  return fmt::format("{} frame{}, {} x {}, {}, {:.2f} s, {:.1f} frames/s", plan.frames.size(),
-                     plan.frames.size() == 1 ? "" : "s", input.width(), input.height(), NameOf(input.depth()),
-                     seconds.count(), count / seconds.count());
+  PrintSummary(options, plan, summary, alreadyDone, seconds.count());
+  if (summary.interrupted) SayHowToGoOn(options, summary, sink.isVideo);
+  return CodeOf(summary);
 }
 
 }  // namespace cli

@@ -1,33 +1,18 @@
-// `vintrel render`: snow on a picture, as one frame or a sequence.
+// `vintrel render`: snow on a picture, a sequence, a video or nothing.
 #pragma once
 
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
+#include "cli/render_options.h"
+#include "cli/tool_error.h"
 #include "minihost/effect.h"
 
 namespace cli {
 
-/// As the command line has them.
-struct RenderOptions {
-  std::string photo;
-  std::string output;
-  std::string frames = "0";
-  std::vector<std::string> assignments;  // NAME=VALUE
-  std::string fps = "24";
-  double shutterDegrees = 180;
-  std::string depth;  // 8, 16 or float; empty: the photo's
-  std::optional<int> seed;
-  bool onlySnow = false;
-  bool quiet = false;
-};
-
-/// Everything about the command line is checked before the photo is read, and the first output's place before
-/// the first frame.  Frames that are done stay when a later one fails.
+/// Runs the command line, with progress and a closing line on standard error.  Everything that can be checked
+/// is, before the first frame; frames that are done stay when a later one fails.
 ///
-/// Returns the line that sums up the run.  Throws ToolError.
-std::string RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect);
+/// Returns kDone, kFrameFailed or kInterrupted; throws ToolError for the rest.
+ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect);
 
 }  // namespace cli

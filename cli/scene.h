@@ -29,7 +29,7 @@ struct Scene {
   std::string input;                     // a path or a pattern; empty with `blank`
   std::optional<FrameSize> blank;        // transparent ground of this size in place of an input
   std::string output;                    // a path or a pattern
-  std::string frames = "0";              // as ParseFrames reads it
+  std::string frames;                    // as ParseFrames reads it; empty: the input's, or frame 0
   std::string fps;                       // as ParseFrameRate reads it; empty: the input's, or 24
   double shutterDegrees = 180;           // kMinShutterDegrees..kMaxShutterDegrees
   std::optional<minihost::Depth> depth;  // empty: the input's

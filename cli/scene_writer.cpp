@@ -98,7 +98,7 @@ std::string RenderText(const Scene& scene) {
   if (!scene.input.empty()) add("input", Quoted(scene.input));
   if (scene.blank) add("blank", Quoted(FormatFrameSize(*scene.blank)));
   if (!scene.output.empty()) add("output", Quoted(scene.output));
-  add("frames", Quoted(scene.frames));
+  if (!scene.frames.empty()) add("frames", Quoted(scene.frames));
   if (!scene.fps.empty()) add("fps", Quoted(scene.fps));
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
   if (scene.depth) add("depth", Quoted(FormatDepth(*scene.depth)));

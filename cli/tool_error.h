@@ -9,10 +9,11 @@ namespace cli {
 /// What the process returns.  Scripts rely on the numbers; they do not change.
 enum class ExitCode : int {
   kDone = 0,
-  kFrameFailed = 1,  // a frame could not be rendered
-  kUsage = 2,        // the command line is wrong
-  kInput = 3,        // a file could not be read
-  kOutput = 4,       // a file could not be written
+  kFrameFailed = 1,    // a frame could not be rendered
+  kUsage = 2,          // the command line is wrong
+  kInput = 3,          // a file could not be read
+  kOutput = 4,         // a file could not be written
+  kInterrupted = 130,  // ended by a signal, frames that were done are kept
 };
 
 /// The message is one sentence for the user without a final period: what is wrong, the value, the limit,

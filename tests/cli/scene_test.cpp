@@ -312,7 +312,7 @@ TEST(SceneWriter, WritesForPeople) {
   cli::AssignKeys(scene.parameters, "opacity@0=1:smooth,1=2:smooth");
   const std::string text = cli::WriteScene(scene);
   for (const char* part : {
-           "[render]\nblank = \"64x32\"\nframes = \"0\"\nshutter = 180  # degrees\n",
+           "[render]\nblank = \"64x32\"\nshutter = 180  # degrees\n",
            "\n[parameters]\nFlakes = 10000\nSize = 0.1\n\"Variation % (Size)\" = 25\n",
            "\nSpeed = { keys = [[0, 100], [48, 400]] }\n",
            "\nWind = { keys = [\n  [0, 0, \"hold\"],\n  [1, 2, \"smooth\"],\n  [2, 3],\n  [3, 4],\n  [4, 5]] "

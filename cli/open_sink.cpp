@@ -1,0 +1,65 @@
+#include "cli/open_sink.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "cli/atomic_file.h"
+#include "cli/picture_writer.h"
+#include "cli/still_sink.h"
+#include "cli/tool_error.h"
+#include "cli/video_writer.h"
+
+namespace cli {
+namespace {
+
+void CheckPlace(const Scene& scene, const std::filesystem::path& output) {
+  CheckWritable(output);
+  std::error_code error;
+  if (!scene.input.empty() && std::filesystem::equivalent(scene.input, output, error)) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("output '{}' is the input itself; choose another name", output.string()));
+  }
+}
+
+// The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
+// first to the last when none is left out between.
+std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
+  const std::vector<std::int32_t>& frames = plan.job.frames;
+  if (plan.video == nullptr || frames.empty()) return {};
+  const std::int64_t span = std::int64_t{frames.back()} - frames.front() + 1;
+  if (span != static_cast<std::int64_t>(frames.size())) return {};
+  return plan.video->Sound(frames.front(), frames.back());
+}
+
+}  // namespace
+
+OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
+  if (scene.output.empty()) {
+    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
+  }
+  if (VideoFormatOf(scene.output)) {
+    CheckPlace(scene, scene.output);
+    const VideoTraits traits = {.width = plan.traits.width,
+                                .height = plan.traits.height,
+                                .depth = plan.traits.depth,
+                                .hasAlpha = plan.traits.hasAlpha || plan.addsAlpha,
+                                .pixelAspect = scene.pixelAspect.value_or(plan.traits.pixelAspect),
+                                .rate = plan.rate,
+                                .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
+                                .sound = SoundOf(plan)};
+    return {std::make_unique<VideoWriter>(scene.output, traits), true};
+  }
+  const OutputName name(scene.output);
+  if (plan.job.frames.size() > 1 && !name.IsPattern()) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("{} frames need a place for their number in the output name; try -o '{}'",
+                                plan.job.frames.size(), name.SuggestedPattern().string()));
+  }
+  const FileFormat format = FormatOf(scene.output);
+  if (!plan.job.frames.empty()) CheckPlace(scene, name.ForFrame(plan.job.frames.front()));
+  return {std::make_unique<StillSink>(name, format), false};
+}
+
+}  // namespace cli

@@ -1,0 +1,23 @@
+// Where the frames of a render go: numbered pictures, one picture, or a video.
+#pragma once
+
+#include <memory>
+
+#include "cli/frame_io.h"
+#include "cli/output_name.h"
+#include "cli/render_plan.h"
+#include "cli/scene.h"
+
+namespace cli {
+
+struct OpenedSink {
+  std::unique_ptr<FrameSink> frames;
+  bool isVideo = false;
+};
+
+/// Decides by the extension of the scene's output.  Nothing exists under its final name yet.  Throws
+/// ToolError(kUsage) for an unknown extension, several frames in one picture, and an output that is the
+/// input; ToolError(kOutput) for a place that cannot be written.
+OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan);
+
+}  // namespace cli

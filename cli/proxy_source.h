@@ -1,0 +1,22 @@
+// A source at a fraction of its size, for quick looks.
+#pragma once
+
+#include <memory>
+
+#include "cli/frame_io.h"
+
+namespace cli {
+
+/// Every picture of `source` reduced to one over `divisor` of its width and height, at least one pixel.
+class ProxySource : public FrameSource {
+ public:
+  ProxySource(std::unique_ptr<FrameSource> source, int divisor);
+  const SourceTraits& Traits() const override { return traits_; }
+  std::optional<Picture> Read(std::int32_t frame) override;
+
+ private:
+  std::unique_ptr<FrameSource> source_;
+  SourceTraits traits_;
+};
+
+}  // namespace cli

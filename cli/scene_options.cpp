@@ -1,0 +1,85 @@
+#include "cli/scene_options.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "cli/parameter_assignment.h"
+#include "cli/presets.h"
+#include "cli/scene_layers.h"
+#include "cli/tool_error.h"
+
+namespace cli {
+namespace {
+
+// Runs `read` and puts the option's name before what it complains about.
+template <class Read>
+auto Option(const char* name, Read read) {
+  try {
+    return read();
+  } catch (const ToolError& error) {
+    throw ToolError(error.Code(), fmt::format("{}: {}", name, error.what()));
+  }
+}
+
+SceneLayers LayersOf(const RenderOptions& options) {
+  SceneLayers layers{options.preset, options.sceneFile, {}};
+  const auto value = [&](std::string text) {
+    layers.changes.push_back({ParameterChange::Kind::kValue, std::move(text)});
+  };
+  if (options.seed) value(fmt::format("{}={}", kRandomSeed, *options.seed));
+  if (options.onlySnow) value(fmt::format("{}=off", kCompositeWithOriginal));
+  for (const std::string& text : options.assignments) value(text);
+  for (const std::string& text : options.keys) {
+    layers.changes.push_back({ParameterChange::Kind::kKeys, text});
+  }
+  return layers;
+}
+
+void ApplyInput(const RenderOptions& options, Scene& scene) {
+  if (!options.input.empty() && !options.blank.empty()) {
+    throw ToolError(ExitCode::kUsage, "an input and --blank exclude each other; give one of them");
+  }
+  if (!options.input.empty()) {
+    scene.input = options.input;
+    scene.blank.reset();
+  } else if (!options.blank.empty()) {
+    scene.blank = Option("--blank", [&] { return ParseFrameSize(options.blank); });
+    scene.input.clear();
+  }
+  if (!options.output.empty()) scene.output = options.output;
+}
+
+void ApplyTiming(const RenderOptions& options, Scene& scene) {
+  if (!options.frames.empty()) scene.frames = options.frames;
+  if (!options.fps.empty()) scene.fps = options.fps;
+  if (options.shutterDegrees) {
+    Option("--shutter", [&] { CheckShutter(*options.shutterDegrees); });
+    scene.shutterDegrees = *options.shutterDegrees;
+  }
+}
+
+void ApplyPicture(const RenderOptions& options, Scene& scene) {
+  if (!options.depth.empty()) scene.depth = Option("--depth", [&] { return ParseDepth(options.depth); });
+  if (!options.alpha.empty()) scene.alpha = Option("--alpha", [&] { return ParseAlphaMode(options.alpha); });
+  if (options.proxy) {
+    Option("--proxy", [&] { CheckProxy(*options.proxy); });
+    scene.proxy = *options.proxy;
+  }
+  if (options.pixelAspect) {
+    Option("--pixel-aspect", [&] { CheckPixelAspect(*options.pixelAspect); });
+    scene.pixelAspect = options.pixelAspect;
+  }
+}
+
+}  // namespace
+
+Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect) {
+  Scene scene = MakeScene(effect.sharedParameters(), Presets::OfTool(), LayersOf(options));
+  ApplyInput(options, scene);
+  ApplyTiming(options, scene);
+  ApplyPicture(options, scene);
+  return scene;
+}
+
+}  // namespace cli

@@ -1,0 +1,56 @@
+#include "cli/sheet_command.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "cli/atomic_file.h"
+#include "cli/contact_sheet.h"
+#include "cli/interrupt.h"
+#include "cli/picture_writer.h"
+#include "cli/progress.h"
+#include "cli/render_plan.h"
+#include "cli/scene_options.h"
+
+namespace cli {
+namespace {
+
+std::size_t CheckedCount(int count) {
+  constexpr int kMost = static_cast<int>(ContactSheet::kMaxCells);
+  if (count < 1 || count > kMost) {
+    throw ToolError(ExitCode::kUsage, fmt::format("--count: {} is not between 1 and {}", count, kMost));
+  }
+  return static_cast<std::size_t>(count);
+}
+
+}  // namespace
+
+ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
+  Scene scene = SceneOf(options, *effect);
+  if (scene.output.empty())
+    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
+  const FileFormat format = FormatOf(scene.output);
+  CheckWritable(scene.output);
+  RenderPlan plan = MakePlan(scene, std::move(effect));
+  RenderJob& job = plan.job;
+  job.frames = SpreadFrames(job.frames, CheckedCount(count));
+  job.jobs = options.jobs;
+  job.missing = MissingPolicyOf(options.missing);
+
+  ContactSheet sheet(job.frames, plan.traits);
+  const InterruptWatch watch;
+  RunSummary summary;
+  {
+    Progress progress(StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText), job.frames.size(),
+                      StandardErrorOutlet());
+    summary = RunPipeline(job, *plan.source, sheet,
+                          {.interrupted = Interrupted,
+                           .report = [&](std::int32_t frame, FrameOutcome) { progress.FrameDone(frame); }});
+  }
+  if (!summary.interrupted) {
+    WriteWhole(scene.output, EncodePicture(sheet.Sheet().image, sheet.Sheet().traits, format));
+  }
+  return CodeOf(summary);
+}
+
+}  // namespace cli

@@ -1,0 +1,98 @@
+// A frame counts as done only when its file is what was noted, by this scene and version.
+#include "cli/manifest.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "tests/cli/expect_error.h"
+#include "tests/cli/temporary_folder.h"
+
+namespace {
+
+using cli::Manifest;
+
+class ManifestTest : public testing::Test {
+ protected:
+  void WriteFile(const std::string& name, const std::string& text,
+                 std::ios::openmode mode = std::ios::trunc) {
+    std::ofstream(folder_ / name, std::ios::binary | mode) << text;
+  }
+
+  Manifest Open(const std::string& scene = "scene", const std::string& version = "1.0") const {
+    return Manifest(name_, scene, version);
+  }
+
+  TemporaryFolder folder_;
+  std::filesystem::path name_ = cli::ManifestName(folder_ / "snow.##.png");
+};
+
+TEST_F(ManifestTest, KnowsWhatWasMadeByTheSameSceneAndVersionAndIsWhole) {
+  EXPECT_EQ(name_, folder_ / ".snow.##.png.vintrel");
+  WriteFile("1", "one");
+  WriteFile("2", "two");
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "1"));
+  EXPECT_FALSE(std::filesystem::exists(name_)) << "reading changes nothing";
+  {
+    Manifest manifest = Open();
+    manifest.Note(1, folder_ / "1");
+    EXPECT_TRUE(manifest.IsDone(1, folder_ / "1"));
+  }
+  Open().Note(-2, folder_ / "2");
+  EXPECT_TRUE(Open().IsDone(1, folder_ / "1"));
+  EXPECT_TRUE(Open().IsDone(-2, folder_ / "2"));
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "2"));
+  EXPECT_FALSE(Open().IsDone(2, folder_ / "2"));
+  EXPECT_FALSE(Open("other").IsDone(1, folder_ / "1"));
+  EXPECT_FALSE(Open("scene", "1.1").IsDone(1, folder_ / "1"));
+  EXPECT_FALSE(Open("0scene", "1.").IsDone(1, folder_ / "1"));
+
+  for (const char* damaged : {"", "on", "onE", "ones"}) {
+    WriteFile("1", damaged);
+    EXPECT_FALSE(Open().IsDone(1, folder_ / "1")) << damaged;
+  }
+  std::filesystem::remove(folder_ / "1");
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "1"));
+
+  // The last line of a frame counts.
+  Open("other").Note(-2, folder_ / "2");
+  EXPECT_FALSE(Open().IsDone(-2, folder_ / "2"));
+  EXPECT_TRUE(Open("other").IsDone(-2, folder_ / "2"));
+}
+
+TEST_F(ManifestTest, IsValidHoweverMuchOfItReachedTheDisk) {
+  WriteFile("a", "contents");
+  {
+    Manifest manifest = Open();
+    for (const int frame : {1, 20}) manifest.Note(frame, folder_ / "a");
+  }
+  const std::string whole = ReadAll(name_);
+  const std::size_t first = whole.find('\n', 1) + 1;
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    WriteFile(name_.filename().string(), whole.substr(0, size));
+    EXPECT_EQ(Open().IsDone(1, folder_ / "a"), size >= first) << size;
+    EXPECT_EQ(Open().IsDone(20, folder_ / "a"), size == whole.size()) << size;
+    EXPECT_FALSE(Open().IsDone(2, folder_ / "a")) << "of a number cut short";
+    Open().Note(3, folder_ / "a");
+    EXPECT_TRUE(Open().IsDone(3, folder_ / "a")) << "after a torn line of " << size;
+  }
+  // Any byte of the frame's line being wrong.
+  for (std::size_t at = 1; at + 1 < first; ++at) {
+    std::string wrong = whole;
+    wrong[at] = wrong[at] == '1' ? '2' : '1';
+    WriteFile(name_.filename().string(), wrong);
+    EXPECT_FALSE(Open().IsDone(1, folder_ / "a")) << at;
+    EXPECT_TRUE(Open().IsDone(20, folder_ / "a")) << at;
+  }
+}
+
+TEST_F(ManifestTest, SaysWhyItCannotNote) {
+  Manifest manifest = Open();
+  ExpectError(cli::ExitCode::kOutput, "back after it was written", [&] { manifest.Note(1, folder_ / "1"); });
+  WriteFile("1", "one");
+  std::filesystem::create_directory(name_);
+  ExpectError(cli::ExitCode::kOutput, name_.string() + "': Is a directory",
+              [&] { manifest.Note(1, folder_ / "1"); });
+}
+
+}  // namespace
