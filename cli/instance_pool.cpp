@@ -11,24 +11,17 @@ InstancePool::InstancePool(std::shared_ptr<const minihost::Effect> effect, minih
     : effect_(std::move(effect)), parameters_(std::move(parameters)) {}
 
 Instance InstancePool::Take(std::int32_t frame) {
-  // Before frame 0 there is no motion, but an instance would still add its speed to that of the frame before.
-  // Only one without a past gives these frames the picture that they have alone.
-  if (frame >= 0) {
-    const std::scoped_lock lock(mutex_);
-    auto chosen = std::ranges::find(free_, std::int64_t{frame} - 1, &Resting::last);
-    // The one that has rested longest is the least likely to be the next frame's.
-    if (chosen == free_.end()) chosen = std::ranges::min_element(free_, {}, &Resting::last);
-    if (chosen != free_.end()) {
-      Instance instance = std::move(chosen->instance);
-      free_.erase(chosen);
-      return instance;
-    }
-  }
-  return Instance(effect_, parameters_);
+  const std::scoped_lock lock(mutex_);
+  auto chosen = std::ranges::find(free_, std::int64_t{frame} - 1, &Resting::last);
+  // The one that has rested longest is the least likely to be the next frame's.
+  if (chosen == free_.end()) chosen = std::ranges::min_element(free_, {}, &Resting::last);
+  if (chosen == free_.end()) return Instance(effect_, parameters_);
+  Instance instance = std::move(chosen->instance);
+  free_.erase(chosen);
+  return instance;
 }
 
 void InstancePool::GiveBack(Instance instance, std::int32_t frame) {
-  if (frame < 0) return;
   const std::scoped_lock lock(mutex_);
   free_.push_back({std::move(instance), frame});
 }

@@ -18,7 +18,7 @@ class InstancePool {
  public:
   InstancePool(std::shared_ptr<const minihost::Effect> effect, minihost::ParameterSet parameters);
 
-  /// A free instance, or a new one, that gives this frame the picture that it has alone.
+  /// A free instance, or a new one.  Whichever it is, the frame gets the same picture.
   minihost::Instance Take(std::int32_t frame);
 
   /// After a frame that was rendered to its end.

@@ -24,7 +24,6 @@ using minihost::Image;
 /// A frame between the stages, which hand it on whole.  No stage lets an exception out: it travels with its
 /// frame, so that the frames before it still reach the sink.
 struct Work {
-  std::size_t index = 0;  // in the job's list
   std::int32_t frame = 0;
   std::optional<Picture> input{};           // until it is rendered
   std::unique_ptr<EncodedFrame> encoded{};  // null: failed, skipped or given up
@@ -69,19 +68,16 @@ class Run {
   }
 
  private:
-  bool IsInterrupted() const { return hooks_.interrupted && hooks_.interrupted(); }
-
-  /// Whether nobody waits for this frame any more.
-  bool IsGivenUp(const Work& work) const { return work.index > lastWanted_ || IsInterrupted(); }
+  /// Whether nobody waits for frames any more.
+  bool IsGivenUp() const { return ended_ || (hooks_.interrupted && hooks_.interrupted()); }
 
   /// Runs a stage's task; what it throws is kept with the frame.
   template <class Task>
-  void Attempt(Work& work, Task&& task) {
+  static void Attempt(Work& work, Task&& task) {
     try {
       task();
     } catch (...) {
       work.failure = std::current_exception();
-      if (job_.onFailure == OnFailure::kStop) WantNoneAfter(work.index);
     }
   }
 
@@ -96,16 +92,10 @@ class Run {
     }
   }
 
-  void WantNoneAfter(std::size_t index) {
-    std::size_t last = lastWanted_;
-    while (index < last && !lastWanted_.compare_exchange_weak(last, index)) {
-    }
-  }
-
   /// Null at the end.
   std::unique_ptr<Work> Read() {
-    if (next_ == job_.frames.size() || next_ > lastWanted_ || IsInterrupted()) return {};
-    auto work = std::make_unique<Work>(Work{next_, job_.frames[next_]});
+    if (next_ == job_.frames.size() || IsGivenUp()) return {};
+    auto work = std::make_unique<Work>(Work{job_.frames[next_]});
     ++next_;
     Attempt(*work, [&] {
       work->input = source_.Read(work->frame);
@@ -136,7 +126,7 @@ class Run {
   }
 
   void Process(Work& work) {
-    if (!work.input || IsGivenUp(work)) return;
+    if (!work.input || IsGivenUp()) return;
     Attempt(work, [&] {
       const Image& input = work.input->image;
       Image output(input.width(), input.height(), input.depth(), minihost::Clearing::kNone);
@@ -153,7 +143,7 @@ class Run {
   bool Render(const Work& work, Image& output) {
     bool givenUp = false;
     const auto goOn = [&] {
-      if (!givenUp) givenUp = IsGivenUp(work);
+      if (!givenUp) givenUp = IsGivenUp();
       return givenUp ? minihost::Verdict::kStop : minihost::Verdict::kContinue;
     };
     minihost::Frame frame;
@@ -184,7 +174,7 @@ class Run {
       Settle(work);
     } catch (...) {
       failure_ = std::current_exception();
-      WantNoneAfter(work.index);
+      ended_ = true;
     }
   }
 
@@ -212,9 +202,9 @@ class Run {
   FrameSink& sink_;
   const RunHooks& hooks_;
   InstancePool instances_;
-  std::size_t next_ = 0;                            // of the reading stage
-  std::atomic<std::size_t> lastWanted_ = SIZE_MAX;  // index; those after it come to nothing
-  RunSummary summary_;                              // of the writing stage, like the failure
+  std::size_t next_ = 0;             // of the reading stage
+  std::atomic<bool> ended_ = false;  // by a failure
+  RunSummary summary_;               // of the writing stage, like the failure
   std::exception_ptr failure_;
 };
 
