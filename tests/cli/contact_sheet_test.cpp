@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/digits.h"
 #include "minihost/copy.h"
 #include "tests/cli/expect_error.h"
 
@@ -56,30 +55,15 @@ TEST(ContactSheet, HoldsEveryFrameInItsCell) {
       EXPECT_EQ(at(left + kWidth - 1, top + kHeight - 1), color) << frame;
       EXPECT_EQ(at(left - 1, top), ground) << frame;
       EXPECT_EQ(at(left, top + kHeight), ground) << frame;
+      // The lowest row of dots tells 1 and 2 from each other and both from nothing.
+      const std::vector<int> ink = {255, 200, 200, 200};
+      EXPECT_EQ(at(left + 4, top + kHeight + 4 + 6 * 2), frame != 4 ? ink : ground) << frame;
+      EXPECT_EQ(at(left, top + kHeight + 4 + 6 * 2), frame == 2 ? ink : ground) << frame;
     }
   }
   ExpectError(cli::ExitCode::kUsage, "not 0", [&] { cli::ContactSheet({}, traits); });
   traits.height = 2'000'000;
   ExpectError(cli::ExitCode::kUsage, "but 32767", [&] { cli::ContactSheet({1}, traits); });
-}
-
-TEST(Digits, DrawNumbersToBeRead) {
-  Image image(16, 7, Depth::kBits8);
-  cli::DrawNumber(-14, -1, 0, 1, {255, 255, 255, 255}, image.World());
-  std::string drawn;
-  for (int row = 0; row < image.height(); ++row) {
-    for (const PF_Pixel& pixel : image.Row<PF_Pixel>(row)) drawn += pixel.alpha != 0 ? '#' : ' ';
-    drawn += '\n';
-  }
-  EXPECT_EQ(drawn,
-            "       #      # \n"
-            "      ##     ## \n"
-            "       #    # # \n"
-            "####   #   #  # \n"
-            "       #   #####\n"
-            "       #      # \n"
-            "      ###     # \n");
-  EXPECT_EQ(cli::NumberWidth(-14, 2), 34);
 }
 
 }  // namespace
