@@ -171,7 +171,7 @@ Image Arrange(const std::vector<Sample>& samples, const Source& source, Depth de
   minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
     if (channels.alpha < 0 && !window.IsCovered(spec)) {
       const std::array<Sample, 3> black{};
-      for (int row = 0; row < height; ++row) {
+      for (int row = 0; row < image.height(); ++row) {
         std::ranges::fill(image.Row<Pixel>(row), ConvertPixel<Pixel>(black.data(), {0, 1, 2, -1}));
       }
     }

@@ -100,7 +100,7 @@ void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
 void PrintSummary(const RenderOptions& options, const RenderPlan& plan, const RunSummary& summary,
                   std::size_t alreadyDone, double seconds) {
   for (const FailedFrame& failed : summary.failed) {
-    fmt::print(stderr, "vintrel: frame {}: {}\n", failed.frame, failed.message);
+    fmt::print(stderr, "vintrel: {}\n", failed.message);
   }
   std::string line =
       fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
