@@ -60,32 +60,6 @@ TEST_F(ManifestTest, KnowsWhatWasMadeByTheSameSceneAndVersionAndIsWhole) {
   EXPECT_TRUE(Open("other").IsDone(-2, folder_ / "2"));
 }
 
-TEST_F(ManifestTest, IsValidHoweverMuchOfItReachedTheDisk) {
-  WriteFile("a", "contents");
-  {
-    Manifest manifest = Open();
-    for (const int frame : {1, 20}) manifest.Note(frame, folder_ / "a");
-  }
-  const std::string whole = ReadAll(name_);
-  const std::size_t first = whole.find('\n', 1) + 1;
-  for (std::size_t size = 0; size <= whole.size(); ++size) {
-    WriteFile(name_.filename().string(), whole.substr(0, size));
-    EXPECT_EQ(Open().IsDone(1, folder_ / "a"), size >= first) << size;
-    EXPECT_EQ(Open().IsDone(20, folder_ / "a"), size == whole.size()) << size;
-    EXPECT_FALSE(Open().IsDone(2, folder_ / "a")) << "of a number cut short";
-    Open().Note(3, folder_ / "a");
-    EXPECT_TRUE(Open().IsDone(3, folder_ / "a")) << "after a torn line of " << size;
-  }
-  // Any byte of the frame's line being wrong.
-  for (std::size_t at = 1; at + 1 < first; ++at) {
-    std::string wrong = whole;
-    wrong[at] = wrong[at] == '1' ? '2' : '1';
-    WriteFile(name_.filename().string(), wrong);
-    EXPECT_FALSE(Open().IsDone(1, folder_ / "a")) << at;
-    EXPECT_TRUE(Open().IsDone(20, folder_ / "a")) << at;
-  }
-}
-
 TEST_F(ManifestTest, SaysWhyItCannotNote) {
   Manifest manifest = Open();
   ExpectError(cli::ExitCode::kOutput, "back after it was written", [&] { manifest.Note(1, folder_ / "1"); });

@@ -167,35 +167,4 @@ TEST(ParameterText, RefusesWithNameValueAndRange) {
   ExpectError(ExitCode::kUsage, "from 0 to 100", [&] { cli::ParseValue(held, "0,101"); });
 }
 
-TEST(ParameterText, WritesWhatItReads) {
-  const auto list = MakeList();
-  for (const ParameterInfo& parameter : *list) {
-    if (!parameter.HasValue()) continue;
-    const std::string text = cli::FormatValue(parameter, *parameter.defaultValue);
-    EXPECT_EQ(cli::ParseValue(parameter, text), *parameter.defaultValue) << text;
-  }
-  EXPECT_EQ(cli::FormatValue((*list)[1], 0.125), "0.125") << "more decimals than shown";
-  EXPECT_EQ(cli::FormatValue((*list)[1], 3.0), "3.0");
-}
-
-TEST(ParameterAssignment, LaterOnesWin) {
-  const auto list = MakeList();
-  const auto set = cli::AssignParameters(list, {"flakes=5", "Wiggle/Amount=7", "Flakes=6", "color=#000"});
-  EXPECT_EQ(set.At(1, 0), Value(6.0));
-  EXPECT_EQ(set.At(5, 0), Value(7.0));
-  EXPECT_EQ(set.At(8, 0), Value(1.0)) << "others keep their defaults";
-  EXPECT_EQ(set.At(11, 0), Value(Color{0, 0, 0}));
-  ExpectError(ExitCode::kUsage, "'flakes' sets nothing", [&] { cli::AssignParameters(list, {"flakes"}); });
-  ExpectError(ExitCode::kUsage, "no parameter ''", [&] { cli::AssignParameters(list, {"=5"}); });
-}
-
-TEST(ParameterTable, HasALineForEachValue) {
-  const std::string table = cli::ParameterTable(*MakeList());
-  EXPECT_EQ(std::ranges::count(table, '\n'), 1 + 11);
-  EXPECT_THAT(table,
-              testing::ContainsRegex("\n5 +Amount +wiggle/amount +number +0 to 1000 +20.0 +yes +Wiggle\n"));
-  EXPECT_THAT(table, testing::ContainsRegex(
-                         "\n6 +Stochastic Wiggle +stochastic-wiggle +checkbox +on or off +on +no\n"));
-}
-
 }  // namespace

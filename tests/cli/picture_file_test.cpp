@@ -118,21 +118,6 @@ TEST(PictureFile, StraightFormatsKeepEveryBit) {
   }
 }
 
-TEST(PictureFile, AllValuesOf16BitsComeBack) {
-  TemporaryFolder folder;
-  Image image(32767, 2, Depth::kBits16);
-  for (int row = 0; row < 2; ++row) {
-    auto pixels = image.Row<PF_Pixel16>(row);
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-      const auto value = static_cast<std::uint16_t>(i + static_cast<std::size_t>(row));
-      pixels[i] = {static_cast<std::uint16_t>(32768 - value), value, 32768, 0};
-    }
-  }
-  Write(folder / "a.png", image, {.hasAlpha = true});
-  EXPECT_EQ(Channels(cli::ReadPicture(folder / "a.png").image), Channels(image));
-  EXPECT_EQ(ReadStored(folder / "a.png").samples[1], 1.0f) << "32768 is white";
-}
-
 TEST(PictureFile, ExrHoldsColorTimesAlpha) {
   TemporaryFolder folder;
   for (const Depth depth : kDepths) {
@@ -208,19 +193,6 @@ TEST(PictureFile, DepthFollowsTheFileUnlessAsked) {
   EXPECT_EQ(kept[7], -1);
 }
 
-TEST(PictureFile, FloatGoesToPngIn16Bits) {
-  TemporaryFolder folder;
-  Image image(2, 1, Depth::kFloat);
-  image.Row<PF_PixelFloat>(0)[0] = {0.5f, 1.0f / 65535, 3.0f, std::nanf("")};
-  image.Row<PF_PixelFloat>(0)[1] = {1, -1, 0.25f, 1};
-  Write(folder / "a.png", image, {.hasAlpha = true});
-  const Stored stored = ReadStored(folder / "a.png");
-  EXPECT_EQ(stored.spec.format, OIIO::TypeDesc::UINT16);
-  EXPECT_THAT(stored.samples,
-              testing::Pointwise(testing::FloatNear(1e-6f),
-                                 {1.0f / 65535, 1.f, 0.f, 32768.f / 65535, 0.f, 16384.f / 65535, 1.f, 1.f}));
-}
-
 TEST(PictureFile, GreyBecomesThreeColors) {
   TemporaryFolder folder;
   for (const char* name : {"a.png", "a.tif", "a.exr"}) {
@@ -236,17 +208,6 @@ TEST(PictureFile, GreyBecomesThreeColors) {
   const cli::Picture greyAlpha = cli::ReadPicture(folder / "ga.png");
   EXPECT_TRUE(greyAlpha.traits.hasAlpha);
   EXPECT_THAT(Channels(greyAlpha.image), testing::ElementsAre(0, 10, 10, 10, 128, 200, 200, 200));
-}
-
-TEST(PictureFile, PremultipliedTiffIsDivided) {
-  TemporaryFolder folder;
-  OIIO::ImageSpec spec(2, 1, 4, OIIO::TypeDesc::UINT8);
-  spec.alpha_channel = 3;
-  WriteForeign<std::uint8_t>(folder / "a.tif", spec, {64, 32, 0, 128, 9, 9, 9, 0});
-  const cli::Picture picture = cli::ReadPicture(folder / "a.tif");
-  EXPECT_EQ(picture.image.depth(), Depth::kBits8);
-  EXPECT_EQ(picture.traits.clearColor, ClearColor::kLight);
-  EXPECT_THAT(Channels(picture.image), testing::ElementsAre(128, 128, 64, 0, 0, 9, 9, 9));
 }
 
 TEST(PictureFile, IsTurnedUpright) {
@@ -271,20 +232,6 @@ TEST(PictureFile, IsTurnedUpright) {
     WriteForeign<std::uint8_t>(folder / "a.jpg", spec, {0, 1, 2, 3, 4, 5});
     EXPECT_EQ(cli::ReadPicture(folder / "a.jpg").image.width(), number < 5 ? 2 : 3);
   }
-}
-
-TEST(PictureFile, ExrDisplayWindowIsThePicture) {
-  TemporaryFolder folder;
-  OIIO::ImageSpec spec(2, 2, 3, OIIO::TypeDesc::FLOAT);
-  spec.x = 9;  // the window begins at column 10: the left data column lies outside, the lower row too
-  spec.y = 20;
-  spec.full_x = 10;
-  spec.full_y = 20;
-  spec.full_width = 2;
-  spec.full_height = 1;
-  WriteForeign<float>(folder / "a.exr", spec, {9, 9, 9, 1, 2, 3, 9, 9, 9, 9, 9, 9});
-  EXPECT_THAT(Channels(cli::ReadPicture(folder / "a.exr").image),
-              testing::ElementsAre(1, 1, 2, 3, 1, 0, 0, 0));
 }
 
 TEST(PictureFile, CarriesAspectAndProfileAndNoDate) {

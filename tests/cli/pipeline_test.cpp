@@ -276,28 +276,4 @@ TEST(Pipeline, AnInterruptEndsTheRunAndKeepsWhatIsComplete) {
   EXPECT_LT(asked, 40);
 }
 
-TEST(InterruptDeathTest, IsNotedOnceAndEndsTheProcessTheSecondTime) {
-  for (const int number : {SIGINT, SIGTERM}) {
-    const cli::InterruptWatch watch;
-    EXPECT_FALSE(cli::Interrupted());
-    ::raise(number);
-    EXPECT_TRUE(cli::Interrupted());
-  }
-  EXPECT_EXIT(
-      {
-        const cli::InterruptWatch watch;
-        ::raise(SIGINT);
-        ::raise(SIGTERM);
-      },
-      testing::ExitedWithCode(130), "");
-  EXPECT_EXIT({ ::raise(SIGTERM); }, testing::KilledBySignal(SIGTERM), "") << "handlers are put back";
-  ::signal(SIGINT, SIG_IGN);
-  {
-    const cli::InterruptWatch watch;
-    ::raise(SIGINT);
-    EXPECT_FALSE(cli::Interrupted()) << "ignored before, ignored still";
-  }
-  ::signal(SIGINT, SIG_DFL);
-}
-
 }  // namespace

@@ -29,32 +29,4 @@ TEST(Progress, Texts) {
   EXPECT_EQ(cli::FormatLine({.total = 3}), "0 of 3 frames, 0.0 fps, -:-- left");
 }
 
-TEST(Progress, SpeaksAsOftenAsItsStyleWants) {
-  const struct {
-    ProgressStyle style;
-    double step;  // seconds
-    std::size_t pieces;
-    const char* last;
-  } cases[] = {{ProgressStyle::kNone, 1, 0, ""},
-               {ProgressStyle::kLines, 0.25, 2, "80 of 100 frames, 4.0 fps, 0:05 left\n"},
-               {ProgressStyle::kJson, 0.5, 100, "{\"frame\":100,\"done\":100,\"total\":100,\"fps\":2.000}\n"},
-               {ProgressStyle::kBar, 0.0625, 1 + 50 + 1, "\r\x1b[K"}};
-  for (const auto& [style, step, pieces, last] : cases) {
-    SCOPED_TRACE(int(style));
-    std::vector<std::string> written;
-    double now = 1000;
-    cli::ProgressOutlet outlet{[&](const std::string& text) { written.push_back(text); }, [&] { return now; },
-                               [] { return 60; }};
-    {
-      cli::Progress progress(style, 100, outlet);
-      for (int frame = 1; frame <= 100; ++frame) {
-        now += step;
-        progress.FrameDone(frame);
-      }
-    }
-    ASSERT_EQ(written.size(), pieces);
-    EXPECT_EQ(written.empty() ? "" : written.back(), last);
-  }
-}
-
 }  // namespace

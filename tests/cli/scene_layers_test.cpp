@@ -68,7 +68,7 @@ TEST(KeyText, RefusesTheRest) {
   Scene scene(EffectParameters());
   for (const auto& [text, message] : cases) {
     SCOPED_TRACE(text);
-    ExpectError(ExitCode::kUsage, message, [&] { cli::AssignKeys(scene.parameters, text); });
+    ExpectError(ExitCode::kUsage, message, [&, keys = text] { cli::AssignKeys(scene.parameters, keys); });
   }
   EXPECT_EQ(scene, Scene(EffectParameters()));
 }

@@ -160,13 +160,13 @@ TEST(SceneReader, RefusesWithPlaceAndReason) {
   };
   for (const auto& [text, message] : cases) {
     SCOPED_TRACE(text);
-    ExpectError(ExitCode::kUsage, message, [&] { Read(text); });
+    ExpectError(ExitCode::kUsage, message, [scene = text] { Read(scene); });
   }
 }
 
 TEST(SceneReader, IsBounded) {
   const auto refused = [](const std::string& text, const char* message) {
-    ExpectError(ExitCode::kUsage, message, [&] { Read(text); });
+    ExpectError(ExitCode::kUsage, message, [scene = text] { Read(scene); });
   };
   refused(Repeated("#", 1 << 20) + "\n", "snow.toml: is longer than 1048576 bytes");
   refused("[parameters]\nSpeed = " + Repeated("[", 1000), "nest");
@@ -201,39 +201,6 @@ TEST(SceneReader, IsBounded) {
   std::ofstream(folder / "a.toml") << "[parameters]\nSpeed = 0";
   ExpectError(ExitCode::kUsage, (folder / "a.toml").string() + ":2:9: Speed",
               [&] { cli::ApplySceneFile(folder / "a.toml", scene); });
-}
-
-TEST(Scene, DiffersByAnyOfItsParts) {
-  const struct {
-    const char* one;
-    const char* other;
-    bool same;
-  } cases[] = {
-      {"[render]\ninput = 'a'", "", false},
-      {"[render]\nblank = '1x1'", "[render]\nblank = '1x2'", false},
-      {"[render]\noutput = 'a'", "", false},
-      {"[render]\nframes = 1", "", false},
-      {"[render]\nfps = 24", "", false},
-      {"[render]\nshutter = 90", "", false},
-      {"[render]\ndepth = 8", "", false},
-      {"[render]\nalpha = 'premultiplied'", "", false},
-      {"[render]\nproxy = 2", "", false},
-      {"[render]\npixel-aspect = 1", "", false},
-      {"[parameters]\nSize = 2", "", false},
-      {"[parameters]\nSize = { keys = [[5, 2]] }", "[parameters]\nSize = 2", true},
-      {"[parameters]\nSize = { keys = [[0, 2], [1, 2]] }", "[parameters]\nSize = 2", false},
-      {"[parameters]\nSize = { keys = [[0, 2], [1, 2]] }",
-       "[parameters]\nSize = { keys = [[1, 2, 'hold'], [0, 2]] }", true},
-      {"[parameters]\nSize = { keys = [[0, 2], [1, 2]] }",
-       "[parameters]\nSize = { keys = [[0, 2, 'hold'], [1, 2]] }", false},
-  };
-  for (const auto& [one, other, same] : cases) EXPECT_EQ(Read(one) == Read(other), same) << one << other;
-
-  Scene scene = Read("[render]\ninput = 'a'");
-  cli::ApplySceneText("[render]\nblank = '1x1'", "x", scene);
-  EXPECT_EQ(scene, Read("[render]\nblank = '1x1'")) << "a blank takes the input's place";
-  cli::ApplySceneText("[render]\ninput = 'a'", "x", scene);
-  EXPECT_EQ(scene, Read("[render]\ninput = 'a'"));
 }
 
 /// Any scene that can be.
@@ -302,39 +269,6 @@ TEST(SceneWriter, IsReadBackAsTheSameScene) {
     EXPECT_EQ(back, scene) << "seed " << seed << '\n' << text;
     EXPECT_EQ(cli::WriteScene(back), text) << "seed " << seed;
   }
-}
-
-TEST(SceneWriter, WritesForPeople) {
-  Scene scene =
-      Read("[render]\nblank = '64x32'\n[parameters]\nOffset = [50, 40]\nColor = '#fed'\nSize = 0.1");
-  cli::AssignKeys(scene.parameters, "Speed@48=400,0=100");
-  cli::AssignKeys(scene.parameters, "Wind@0=0:hold,1=2:smooth,2=3,3=4,4=5");
-  cli::AssignKeys(scene.parameters, "opacity@0=1:smooth,1=2:smooth");
-  const std::string text = cli::WriteScene(scene);
-  for (const char* part : {
-           "[render]\nblank = \"64x32\"\nshutter = 180  # degrees\n",
-           "\n[parameters]\nFlakes = 10000\nSize = 0.1\n\"Variation % (Size)\" = 25\n",
-           "\nSpeed = { keys = [[0, 100], [48, 400]] }\n",
-           "\nWind = { keys = [\n  [0, 0, \"hold\"],\n  [1, 2, \"smooth\"],\n  [2, 3],\n  [3, 4],\n  [4, 5]] "
-           "}\n",
-           "\nOpacity = { keys = [[0, 1], [1, 2]], ease = \"smooth\" }\n",
-           "\n# Wiggle\nAmount = 20\n",
-           "\nColor = \"#ffeedd\"\n",
-           "\nOffset = [50, 40]  # percent of the layer\n",
-           "\n\"Transfer Mode\" = \"Lighten\"\n\"Composite With Original\" = true\n",
-       }) {
-    EXPECT_THAT(text, HasSubstr(part));
-  }
-  scene.input = "\xff.png";
-  ExpectError(ExitCode::kUsage, "cannot hold this render", [&] { cli::WriteScene(scene); });
-
-  // A name that two groups share is written with its group.
-  auto list = std::make_shared<minihost::ParameterList>(*EffectParameters());
-  for (ParameterInfo& parameter : *list) {
-    if (parameter.name == "Opacity") parameter.name = "Amount";
-  }
-  EXPECT_THAT(cli::WriteScene(Scene(list)),
-              testing::AllOf(HasSubstr("\n\"Wiggle/Amount\" = 20\n"), HasSubstr("\n\"/Amount\" = 50\n")));
 }
 
 }  // namespace

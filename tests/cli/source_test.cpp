@@ -39,22 +39,6 @@ int RedOf(cli::FrameSource& source, std::int32_t frame) {
   return picture ? picture->image.Row<PF_Pixel>(0)[0].red : -1;
 }
 
-TEST(BlankSource, IsTransparentEverywhere) {
-  const auto [width, height] = cli::ParseSize("5x3");
-  cli::BlankSource blank({width, height}, Depth::kFloat);
-  const auto picture = blank.Read(-7);
-  ASSERT_TRUE(picture);
-  EXPECT_EQ(picture->image.width(), 5);
-  EXPECT_EQ(picture->image.height(), 3);
-  EXPECT_TRUE(picture->traits.hasAlpha && blank.Traits().hasAlpha);
-  for (const auto& pixel : picture->image.Row<PF_PixelFloat>(2)) EXPECT_EQ(pixel.alpha, 0);
-  EXPECT_FALSE(blank.Traits().lastFrame);
-  for (const char* wrong : {"", "5", "5x", "x3", "5X3", "0x3", "5x-3", "5x3 ", "40000x3", "5x99999999999"}) {
-    ExpectError(ExitCode::kUsage, std::string("'") + wrong + "' is not a size",
-                [&] { cli::ParseSize(wrong); });
-  }
-}
-
 TEST(SequenceSource, ReadsAllWaysOfNumbering) {
   struct Case {
     const char* pattern;
@@ -141,19 +125,6 @@ TEST(OpenSource, DecidesByWhatTheFileIs) {
   auto still = cli::OpenSource(folder / "still.bmp");
   EXPECT_EQ(still.video, nullptr);
   EXPECT_TRUE(still.frames->Read(99));
-}
-
-TEST(StillSink, WritesNumberedPictures) {
-  TemporaryFolder folder;
-  cli::StillSink sink(cli::OutputName(folder / "o.##.png"), cli::FileFormat::kPng);
-  for (const std::int32_t frame : {4, 5}) {
-    sink.Write(frame, sink.Encode(frame, Plain(4, 2, static_cast<std::uint8_t>(frame)), {}));
-  }
-  sink.Finish();
-  EXPECT_THAT(folder.Names(), ElementsAre("o.04.png", "o.05.png"));
-  EXPECT_EQ(RedOf(*cli::OpenSource(folder / "o.05.png").frames, 0), 5);
-  std::filesystem::create_directory(folder / "o.06.png");
-  ExpectError(ExitCode::kOutput, "o.06.png", [&] { sink.Write(6, sink.Encode(6, Plain(1, 1, 0), {})); });
 }
 
 }  // namespace

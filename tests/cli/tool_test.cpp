@@ -163,9 +163,9 @@ TEST_F(Tool, RefusesBeforeAnyWork) {
       {ExitCode::kInput, "none.png", "b.png", "", "No such file"},
       {ExitCode::kOutput, "a.png", "none/b.png", "", "mkdir -p"},
   };
-  for (const auto& [code, photo, output, options, part] : cases) {
-    SCOPED_TRACE(std::string(output) + ' ' + options);
-    ExpectError(code, part, [&] { Render(photo, output, options); });
+  for (const auto& wrong : cases) {
+    SCOPED_TRACE(std::string(wrong.output) + ' ' + wrong.options);
+    ExpectError(wrong.code, wrong.part, [&] { Render(wrong.photo, wrong.output, wrong.options); });
   }
   EXPECT_THAT(folder_.Names(), ElementsAre("a.png"));
 }

@@ -143,51 +143,6 @@ TEST(VideoColor, YuvKeepsItsCodes) {
   }
 }
 
-TEST(VideoColor, CountsRgbLikeStills) {
-  const auto ramp = MakeFrame(AV_PIX_FMT_GBRAP16, 256, 256);
-  for (int i = 0; i < 65536; ++i) {
-    for (int plane = 0; plane < 4; ++plane) {
-      RowOf<std::uint16_t>(*ramp, plane, i / 256)[i % 256] = static_cast<std::uint16_t>(i);
-    }
-  }
-  const auto deep = DecodePixels(*ramp, {}, Depth::kBits16, cli::AlphaForm::kStraight);
-  const auto floats = DecodePixels(*ramp, {}, Depth::kFloat, cli::AlphaForm::kStraight);
-  const auto back = MakeFrame(AV_PIX_FMT_GBRAP16, 256, 256);
-  cli::EncodePixels(floats, AVCOL_SPC_RGB, *back);
-  for (int i = 0; i < 65536; ++i) {
-    const auto code = static_cast<std::uint16_t>(i);
-    const auto& pixel = deep.Row<PF_Pixel16>(i / 256)[static_cast<std::size_t>(i % 256)];
-    ASSERT_EQ(pixel.green, (cli::ConvertSample<cli::To32768, cli::To65535>(code))) << i;
-    ASSERT_EQ(pixel.alpha, pixel.green);
-    for (int plane = 0; plane < 4; ++plane)
-      ASSERT_EQ(RowOf<std::uint16_t>(*back, plane, i / 256)[i % 256], code);
-  }
-}
-
-// Premultiplied colour is divided, over-range luma is kept in float, and what has no alpha lies over black.
-TEST(VideoColor, HeedsAlphaAndRange) {
-  const auto frame = MakeFrame(AV_PIX_FMT_BGRA, 2, 1);
-  const std::array<std::uint8_t, 8> bytes = {10, 20, 100, 128, 7, 8, 9, 0};
-  std::ranges::copy(bytes, frame->data[0]);
-  const auto image = DecodePixels(*frame, {}, Depth::kBits8, cli::AlphaForm::kPremultiplied);
-  EXPECT_EQ(image.Row<PF_Pixel>(0)[0].red, 199);  // 100 * 255 / 128 = 199.2
-  EXPECT_EQ(image.Row<PF_Pixel>(0)[0].blue, 20);
-  EXPECT_EQ(image.Row<PF_Pixel>(0)[1].red, 9);
-
-  Image clear(2, 2, Depth::kFloat);
-  const float nan = std::numeric_limits<float>::quiet_NaN();
-  for (auto& pixel : clear.Row<PF_PixelFloat>(0)) pixel = {0, 1, 1, 1};
-  for (auto& pixel : clear.Row<PF_PixelFloat>(1)) pixel = {1, nan, 0, 0};
-  const auto black = MakeFrame(AV_PIX_FMT_YUV420P, 2, 2);
-  cli::EncodePixels(clear, AVCOL_SPC_BT709, *black);
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(RowOf<std::uint8_t>(*black, 0, i / 2)[i % 2], 16);
-  EXPECT_EQ(black->data[1][0], 128);
-
-  black->data[0][0] = 250;
-  const auto bright = DecodePixels(*black, {}, Depth::kFloat, cli::AlphaForm::kStraight);
-  EXPECT_NEAR(bright.Row<PF_PixelFloat>(0)[0].red, (250 - 16) / 219.0, 1e-5);
-}
-
 // The bars of the standards, made in luma and chroma, have known colours; the source has them as codes.
 TEST_F(Video, ShowsBarsInTheirColors) {
   const std::array<std::array<int, 3>, 7> colors = {
@@ -414,25 +369,6 @@ TEST_F(Video, FindsEveryFrameInAnyOrder) {
       EXPECT_EQ(numberShown(video, frame), frame) << "out of order";
     }
     for (const std::int32_t frame : {-1, 72}) EXPECT_EQ(numberShown(video, frame), -1);
-  }
-}
-
-// Of 20 pictures all but 5 to 9 and 12 are left; the frames at their times show the nearest ones.
-TEST_F(Video, MapsAVaryingRateToTheNearestPicture) {
-  const std::string source = "-f lavfi -i testsrc2=s=64x48:r=10:d=2 ";
-  MakeClip(folder_ / "all.mkv", source + "-c:v ffv1 -pix_fmt bgr0");
-  MakeClip(folder_ / "some.mkv",
-           source + "-vf \"select='not(between(n,5,9)+eq(n,12))'\" -fps_mode vfr -c:v ffv1 -pix_fmt bgr0");
-  VideoReader all(folder_ / "all.mkv");
-  VideoReader some(folder_ / "some.mkv");
-  EXPECT_THAT(some.Notes(), Contains(HasSubstr("the frame rate varies; 14 pictures")));
-  const double rate = static_cast<double>(some.Traits().rate->timeScale) / some.Traits().rate->timeStep;
-  EXPECT_EQ(some.Traits().lastFrame, std::lround(1.9 * rate));
-  const std::vector<std::int32_t> kept = {0, 1, 2, 3, 4, 10, 11, 13, 14, 15, 16, 17, 18, 19};
-  for (std::int32_t frame = 0; frame <= some.Traits().lastFrame; ++frame) {
-    const double time = frame / rate * 10;  // in pictures
-    const auto nearest = *std::ranges::min_element(kept, {}, [&](auto n) { return std::abs(n - time); });
-    EXPECT_EQ(MarkOf(some, frame), MarkOf(all, nearest)) << frame << " at " << time;
   }
 }
 
