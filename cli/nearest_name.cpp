@@ -14,7 +14,8 @@ bool SameLetter(unsigned char a, unsigned char b) {
   return std::tolower(a) == std::tolower(b);
 }
 
-/// How many letters to insert, remove or replace to make one word of the other.
+}  // namespace
+
 std::size_t EditDistance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -30,8 +31,6 @@ std::size_t EditDistance(std::string_view from, std::string_view to) {
   }
   return row.back();
 }
-
-}  // namespace
 
 std::string SuggestNearest(std::string_view typed, std::span<const std::string_view> names) {
   std::string_view nearest;

@@ -4,29 +4,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 #include <stdexcept>
 
+#include "cli/nearest_name.h"
 #include "cli/tool_error.h"
 
 namespace cli {
 namespace {
-
-/// How many letters to insert, remove or replace to make one word of the other.
-std::size_t EditDistance(std::string_view from, std::string_view to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < to.size(); ++j) {
-      const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
 
 /// The slug of a name, or of a group and a name with the slash kept.
 std::string QualifiedSlug(std::string_view text) {
