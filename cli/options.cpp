@@ -1,7 +1,33 @@
 #include "cli/options.h"
 
+#include <fmt/format.h>
+
 namespace cli {
 namespace {
+
+// The options that change parameters.  Each is noted as soon as it is parsed, so that the later one wins
+// whichever they are.
+void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
+  using Kind = ParameterChange::Kind;
+  const auto add = [&](const char* name, Kind kind, std::string before, const char* help) {
+    const auto note = [&changes, kind, before](const std::string& text) {
+      changes.push_back({kind, before + text});
+    };
+    return command.add_option_function<std::string>(name, note, help)->trigger_on_parse();
+  };
+  add("--set", Kind::kValue, "", "Set a parameter; may be repeated (see: vintrel params)")
+      ->type_name("NAME=VALUE");
+  add("--key", Kind::kKeys, "", "Keys of a parameter: Speed@0=100,48=400:smooth")
+      ->type_name("NAME@FRAME=VALUE");
+  add("--seed", Kind::kValue, fmt::format("{}=", kRandomSeed),
+      "Another fall of snow: short for --set random-seed=N")
+      ->type_name("N");
+  const auto hideGround = [&changes] {
+    changes.push_back({Kind::kValue, fmt::format("{}=off", kCompositeWithOriginal)});
+  };
+  command.add_flag_callback("--only-snow", hideGround, "Snow alone, on a transparent ground")
+      ->trigger_on_parse();
+}
 
 // What a shot is made of: for render and sheet alike.
 void AddShot(CLI::App& command, RenderOptions& options) {
@@ -14,15 +40,7 @@ void AddShot(CLI::App& command, RenderOptions& options) {
   command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
   command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
       ->type_name("NAME");
-  command.add_option("--set", options.assignments, "Set a parameter; may be repeated (see: vintrel params)")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false);
-  command.add_option("--key", options.keys, "Keys of a parameter: Speed@0=100,48=400:smooth")
-      ->type_name("NAME@FRAME=VALUE")
-      ->allow_extra_args(false);
-  command.add_option("--seed", options.seed, "Another fall of snow: short for --set random-seed=N")
-      ->type_name("N");
-  command.add_flag("--only-snow", options.onlySnow, "Snow alone, on a transparent ground");
+  AddChanges(command, options.changes);
   command.add_option("--frames", options.frames, "7, 0-47, 1-100x5, 1,5,9-20 (default: the input's, or 0)")
       ->type_name("LIST");
   command

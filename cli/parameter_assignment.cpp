@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <stdexcept>
-#include <utility>
 
+#include "cli/key_text.h"
 #include "cli/parameter_names.h"
 #include "cli/parameter_text.h"
 #include "cli/tool_error.h"
@@ -26,11 +26,12 @@ void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
   }
 }
 
-minihost::ParameterSet AssignParameters(minihost::SharedParameterList list,
-                                        const std::vector<std::string>& assignments) {
-  minihost::ParameterSet parameters(std::move(list));
-  for (const std::string& assignment : assignments) Assign(parameters, assignment);
-  return parameters;
+void Apply(minihost::ParameterSet& parameters, const ParameterChange& change) {
+  if (change.kind == ParameterChange::Kind::kKeys) {
+    AssignKeys(parameters, change.text);
+  } else {
+    Assign(parameters, change.text);
+  }
 }
 
 }  // namespace cli

@@ -1,9 +1,8 @@
-// Parameter values as the command line changes them.
+// Parameters as the command line changes them, one change after the other.
 #pragma once
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "minihost/parameter_set.h"
 
@@ -17,8 +16,15 @@ inline constexpr char kRandomSeed[] = "random-seed";
 /// gone. Throws ToolError(kUsage); then nothing changes.
 void Assign(minihost::ParameterSet& parameters, std::string_view assignment);
 
-/// The effect's defaults with these assignments; later ones win.  Throws ToolError(kUsage).
-minihost::ParameterSet AssignParameters(minihost::SharedParameterList list,
-                                        const std::vector<std::string>& assignments);
+/// What one option of the command line does to a parameter.
+struct ParameterChange {
+  enum class Kind { kValue, kKeys };
+  Kind kind = Kind::kValue;
+  std::string text;  // as Assign or AssignKeys (cli/key_text.h) reads it
+};
+
+/// Replaces all that was said of the parameter before, keys too.  Throws ToolError(kUsage); then nothing
+/// changes.
+void Apply(minihost::ParameterSet& parameters, const ParameterChange& change);
 
 }  // namespace cli

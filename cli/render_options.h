@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/parameter_assignment.h"
+
 namespace cli {
 
 /// Empty means not given.
@@ -14,10 +16,7 @@ struct RenderOptions {
   std::string output;
   std::string preset;
   std::string sceneFile;
-  std::vector<std::string> assignments;  // NAME=VALUE
-  std::vector<std::string> keys;         // NAME@FRAME=VALUE,...
-  std::optional<int> seed;
-  bool onlySnow = false;
+  std::vector<ParameterChange> changes;  // --set, --key, --seed and --only-snow, in their order
   std::string frames;
   std::string part;
   std::string fps;

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "cli/key_text.h"
-#include "cli/parameter_assignment.h"
 #include "cli/scene_reader.h"
 
 namespace cli {
@@ -12,13 +10,7 @@ Scene MakeScene(minihost::SharedParameterList list, const Presets& presets, cons
   Scene scene(std::move(list));
   if (!layers.preset.empty()) ApplySceneFile(presets.Find(layers.preset).file, scene);
   if (!layers.sceneFile.empty()) ApplySceneFile(layers.sceneFile, scene);
-  for (const ParameterChange& change : layers.changes) {
-    if (change.kind == ParameterChange::Kind::kKeys) {
-      AssignKeys(scene.parameters, change.text);
-    } else {
-      Assign(scene.parameters, change.text);
-    }
-  }
+  for (const ParameterChange& change : layers.changes) Apply(scene.parameters, change);
   return scene;
 }
 

@@ -4,17 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "cli/parameter_assignment.h"
 #include "cli/presets.h"
 #include "cli/scene.h"
 
 namespace cli {
-
-/// One --set or --key.
-struct ParameterChange {
-  enum class Kind { kValue, kKeys };
-  Kind kind = Kind::kValue;
-  std::string text;  // as Assign or AssignKeys reads it
-};
 
 struct SceneLayers {
   std::string preset;                    // its id or name; empty for none

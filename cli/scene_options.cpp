@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <utility>
-
-#include "cli/parameter_assignment.h"
 #include "cli/presets.h"
 #include "cli/scene_layers.h"
 #include "cli/tool_error.h"
@@ -20,20 +17,6 @@ auto Option(const char* name, Read read) {
   } catch (const ToolError& error) {
     throw ToolError(error.Code(), fmt::format("{}: {}", name, error.what()));
   }
-}
-
-SceneLayers LayersOf(const RenderOptions& options) {
-  SceneLayers layers{options.preset, options.sceneFile, {}};
-  const auto value = [&](std::string text) {
-    layers.changes.push_back({ParameterChange::Kind::kValue, std::move(text)});
-  };
-  if (options.seed) value(fmt::format("{}={}", kRandomSeed, *options.seed));
-  if (options.onlySnow) value(fmt::format("{}=off", kCompositeWithOriginal));
-  for (const std::string& text : options.assignments) value(text);
-  for (const std::string& text : options.keys) {
-    layers.changes.push_back({ParameterChange::Kind::kKeys, text});
-  }
-  return layers;
 }
 
 void ApplyInput(const RenderOptions& options, Scene& scene) {
@@ -75,7 +58,8 @@ void ApplyPicture(const RenderOptions& options, Scene& scene) {
 }  // namespace
 
 Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect) {
-  Scene scene = MakeScene(effect.sharedParameters(), Presets::OfTool(), LayersOf(options));
+  Scene scene = MakeScene(effect.sharedParameters(), Presets::OfTool(),
+                          {options.preset, options.sceneFile, options.changes});
   ApplyInput(options, scene);
   ApplyTiming(options, scene);
   ApplyPicture(options, scene);

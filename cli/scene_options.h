@@ -7,9 +7,8 @@
 
 namespace cli {
 
-/// The layers of the command line, in this order: the effect's defaults, --preset, --scene, --seed and
-/// --only-snow,
-/// --set, --key, and the options that are not parameters.  Throws ToolError.
+/// The layers of the command line: the effect's defaults, --preset, --scene, the changes of parameters in
+/// the order in which they were written, and the other options.  Throws ToolError.
 Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect);
 
 }  // namespace cli

@@ -131,7 +131,12 @@ TEST_F(Tool, OptionsReachTheEffect) {
         "--set 'Offset=10%,10%'", "--depth float", "--frames 20 --set wiggle/amount=500"}) {
     EXPECT_NE(render(options), standard) << options;
   }
+  // Whichever options change a parameter, the last one counts.
   EXPECT_EQ(render("--seed 5"), render("--seed 4 --set 'RANDOM SEED=5'"));
+  EXPECT_EQ(render("--seed 5"), render("--set random-seed=4 --key random-seed@0=3 --seed 5"));
+  EXPECT_EQ(render("--set size=9"), render("--key size@0=3,8=5 --set size=9"));
+  EXPECT_EQ(render("--set size=3"), render("--set size=9 --key size@0=3,8=5"));
+  EXPECT_EQ(render("--only-snow --set composite-with-original=on"), standard);
   EXPECT_EQ(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30000/1001"));
   EXPECT_NE(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30"));
   EXPECT_EQ(render("--set 'Composite With Original=off'"), render("--only-snow"));
