@@ -27,11 +27,9 @@ bool IsOff(const minihost::ParameterSet& parameters, const char* name) {
 void OpenInput(const Scene& scene, RenderPlan& plan) {
   if (scene.blank) {
     const minihost::Depth depth = scene.depth.value_or(minihost::Depth::kBits8);
-    plan.source = std::make_unique<BlankSource>(PictureSize{scene.blank->width, scene.blank->height}, depth);
+    plan.source = std::make_unique<BlankSource>(*scene.blank, depth);
   } else if (!scene.input.empty()) {
-    const AlphaForm alpha =
-        scene.alpha == AlphaMode::kPremultiplied ? AlphaForm::kPremultiplied : AlphaForm::kStraight;
-    OpenedSource opened = OpenSource(scene.input, {.depth = scene.depth, .videoAlpha = alpha});
+    OpenedSource opened = OpenSource(scene.input, {.depth = scene.depth, .videoAlpha = scene.alpha});
     plan.source = std::move(opened.frames);
     plan.video = opened.video;
     plan.notes = std::move(opened.notes);

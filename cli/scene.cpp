@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <tuple>
 
 #include "cli/tool_error.h"
@@ -20,8 +19,8 @@ constexpr double kMostAspect = 100;
 
 constexpr std::pair<Depth, std::string_view> kDepths[] = {
     {Depth::kBits8, "8"}, {Depth::kBits16, "16"}, {Depth::kFloat, "float"}};
-constexpr std::pair<AlphaMode, std::string_view> kAlphaModes[] = {
-    {AlphaMode::kStraight, "straight"}, {AlphaMode::kPremultiplied, "premultiplied"}};
+constexpr std::pair<AlphaForm, std::string_view> kAlphaForms[] = {
+    {AlphaForm::kStraight, "straight"}, {AlphaForm::kPremultiplied, "premultiplied"}};
 
 [[noreturn]] void Refuse(const std::string& message) {
   throw ToolError(ExitCode::kUsage, message);
@@ -40,14 +39,6 @@ Choice ParseChoice(const std::pair<Choice, std::string_view> (&choices)[count], 
     names += fmt::format("{}{}", i == 0 ? "" : i + 1 == count ? " or " : ", ", choices[i].second);
   }
   Refuse(fmt::format("'{}' is not {}", text, names));
-}
-
-/// All of `digits` as one side of a picture, 0 when it is none.
-int ParseSide(std::string_view digits) {
-  int side = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), side);
-  const bool whole = error == std::errc{} && end == digits.data() + digits.size();
-  return whole && side <= minihost::Image::kMaxSide ? std::max(side, 0) : 0;
 }
 
 bool SameCourse(const Track& one, const Track& other) {
@@ -81,21 +72,6 @@ bool operator==(const Scene& one, const Scene& other) {
   return RenderSettings(one) == RenderSettings(other) && SameParameters(one.parameters, other.parameters);
 }
 
-FrameSize ParseFrameSize(std::string_view text) {
-  const std::size_t cross = std::min(text.find('x'), text.size());
-  const FrameSize size{ParseSide(text.substr(0, cross)),
-                       ParseSide(text.substr(std::min(cross + 1, text.size())))};
-  if (size.width == 0 || size.height == 0) {
-    Refuse(fmt::format("'{}' is not a size in pixels up to {} a side; write it as 1920x1080", text,
-                       minihost::Image::kMaxSide));
-  }
-  return size;
-}
-
-std::string FormatFrameSize(const FrameSize& size) {
-  return fmt::format("{}x{}", size.width, size.height);
-}
-
 Depth ParseDepth(std::string_view text) {
   return ParseChoice(kDepths, text);
 }
@@ -104,12 +80,12 @@ std::string_view FormatDepth(Depth depth) {
   return NameOf(kDepths, depth);
 }
 
-AlphaMode ParseAlphaMode(std::string_view text) {
-  return ParseChoice(kAlphaModes, text);
+AlphaForm ParseAlphaForm(std::string_view text) {
+  return ParseChoice(kAlphaForms, text);
 }
 
-std::string_view FormatAlphaMode(AlphaMode mode) {
-  return NameOf(kAlphaModes, mode);
+std::string_view FormatAlphaForm(AlphaForm form) {
+  return NameOf(kAlphaForms, form);
 }
 
 void CheckShutter(double degrees) {

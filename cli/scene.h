@@ -5,20 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "cli/frame_size.h"
+#include "cli/video_colour.h"
 #include "minihost/image.h"
 #include "minihost/parameter_set.h"
 
 namespace cli {
-
-/// Pixels.
-struct FrameSize {
-  int width = 0;
-  int height = 0;
-  bool operator==(const FrameSize&) const = default;
-};
-
-/// How the input's colour channels relate to its alpha.
-enum class AlphaMode { kStraight, kPremultiplied };
 
 inline constexpr double kMinShutterDegrees = 1;
 inline constexpr double kMaxShutterDegrees = 720;
@@ -26,16 +18,16 @@ inline constexpr double kMaxShutterDegrees = 720;
 struct Scene {
   explicit Scene(minihost::SharedParameterList list) : parameters(std::move(list)) {}
 
-  std::string input;                     // a path or a pattern; empty with `blank`
-  std::optional<FrameSize> blank;        // transparent ground of this size in place of an input
-  std::string output;                    // a path or a pattern
-  std::string frames;                    // as ParseFrames reads it; empty: the input's, or frame 0
-  std::string fps;                       // as ParseFrameRate reads it; empty: the input's, or 24
-  double shutterDegrees = 180;           // kMinShutterDegrees..kMaxShutterDegrees
-  std::optional<minihost::Depth> depth;  // empty: the input's
-  AlphaMode alpha = AlphaMode::kStraight;
-  int proxy = 1;                      // 1, 2 or 4: rendered at one over this of the size
-  std::optional<double> pixelAspect;  // a pixel's width over its height; empty: the input's
+  std::string input;                       // a path or a pattern; empty with `blank`
+  std::optional<FrameSize> blank;          // transparent ground of this size in place of an input
+  std::string output;                      // a path or a pattern
+  std::string frames;                      // as ParseFrames reads it; empty: the input's, or frame 0
+  std::string fps;                         // as ParseFrameRate reads it; empty: the input's, or 24
+  double shutterDegrees = 180;             // kMinShutterDegrees..kMaxShutterDegrees
+  std::optional<minihost::Depth> depth;    // empty: the input's
+  AlphaForm alpha = AlphaForm::kStraight;  // of a video; pictures say it themselves
+  int proxy = 1;                           // 1, 2 or 4: rendered at one over this of the size
+  std::optional<double> pixelAspect;       // a pixel's width over its height; empty: the input's
   minihost::ParameterSet parameters;
 };
 
@@ -46,17 +38,13 @@ bool operator==(const Scene& one, const Scene& other);
 // The values as they are written, each with its inverse where files need one.  All of them throw
 // ToolError(kUsage) with the value and what is possible, without the name of the option or key.
 
-/// "1920x1080"; each side up to what an image may have.
-FrameSize ParseFrameSize(std::string_view text);
-std::string FormatFrameSize(const FrameSize& size);
-
 /// "8", "16" or "float".
 minihost::Depth ParseDepth(std::string_view text);
 std::string_view FormatDepth(minihost::Depth depth);
 
 /// "straight" or "premultiplied".
-AlphaMode ParseAlphaMode(std::string_view text);
-std::string_view FormatAlphaMode(AlphaMode mode);
+AlphaForm ParseAlphaForm(std::string_view text);
+std::string_view FormatAlphaForm(AlphaForm form);
 
 void CheckShutter(double degrees);
 void CheckProxy(double divisor);

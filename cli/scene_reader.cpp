@@ -71,7 +71,7 @@ constexpr RenderKey kRenderKeys[] = {
        CheckShutter(scene.shutterDegrees);
      }},
     {"depth", [](const toml::node& value, Scene& scene) { scene.depth = ParseDepth(TextOrNumber(value)); }},
-    {"alpha", [](const toml::node& value, Scene& scene) { scene.alpha = ParseAlphaMode(Text(value)); }},
+    {"alpha", [](const toml::node& value, Scene& scene) { scene.alpha = ParseAlphaForm(Text(value)); }},
     {"proxy",
      [](const toml::node& value, Scene& scene) {
        const double divisor = Number(value);

@@ -102,7 +102,7 @@ std::string RenderText(const Scene& scene) {
   if (!scene.fps.empty()) add("fps", Quoted(scene.fps));
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
   if (scene.depth) add("depth", Quoted(FormatDepth(*scene.depth)));
-  add("alpha", Quoted(FormatAlphaMode(scene.alpha)));
+  add("alpha", Quoted(FormatAlphaForm(scene.alpha)));
   add("proxy", fmt::format("{}", scene.proxy));
   if (scene.pixelAspect) add("pixel-aspect", fmt::format("{}", *scene.pixelAspect));
   return text;

@@ -68,7 +68,7 @@ Offset = [50, -40.5]
   EXPECT_EQ(scene.fps, "23.976");
   EXPECT_EQ(scene.shutterDegrees, 90.5);
   EXPECT_EQ(scene.depth, Depth::kBits16);
-  EXPECT_EQ(scene.alpha, cli::AlphaMode::kPremultiplied);
+  EXPECT_EQ(scene.alpha, cli::AlphaForm::kPremultiplied);
   EXPECT_EQ(scene.proxy, 2);
   EXPECT_EQ(scene.pixelAspect, 1.5);
   const struct {
@@ -217,7 +217,7 @@ class RandomScene {
     if (Chance()) scene.fps = "24000/1001";
     scene.shutterDegrees = Real(1, 720);
     if (Chance()) scene.depth = static_cast<Depth>(Whole(0, 2));
-    if (Chance()) scene.alpha = cli::AlphaMode::kPremultiplied;
+    if (Chance()) scene.alpha = cli::AlphaForm::kPremultiplied;
     scene.proxy = 1 << Whole(0, 2);
     if (Chance()) scene.pixelAspect = Real(0.01, 100);
     for (const ParameterInfo& parameter : *EffectParameters()) {
