@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "cli/atomic_file.h"
+#include "cli/pending_file.h"
 #include "cli/picture_writer.h"
 #include "cli/still_sink.h"
 #include "cli/tool_error.h"

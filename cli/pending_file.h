@@ -1,12 +1,21 @@
-// A file that others fill under a hidden name, and that gets its own name in the end.
+// Files that appear under their final name whole or not at all.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 
 namespace cli {
 
-/// An empty file beside `path` (`.name.tmp-PID.ext`), removed with this object unless it was committed.  A
-/// symbolic link stays and its target is replaced; a replaced file keeps its permissions.
+/// Throws ToolError(kOutput), naming the place and what to try, when `path` cannot become a file: its folder
+/// does not exist, or something that is not a file stands there.  Meant for the door, before any work.
+void CheckWritable(const std::filesystem::path& path);
+
+/// An empty file beside `path` (`.name.tmp-PID.ext`) that is filled under this hidden name and gets its own
+/// in the end; removed with this object unless it was committed.  A symbolic link stays and its target is
+/// replaced; a replaced file keeps its permissions.
+///
+/// Threads may write different paths at the same time.
 class PendingFile {
  public:
   /// Throws ToolError(kOutput), naming `path`, when it cannot become a file.
@@ -15,9 +24,14 @@ class PendingFile {
   PendingFile(const PendingFile&) = delete;
   PendingFile& operator=(const PendingFile&) = delete;
 
+  /// For those who write by themselves.
   const std::filesystem::path& HiddenPath() const { return hidden_; }
 
-  /// Brings what was written to the disk and renames.  Throws ToolError(kOutput); then `path` is as it was.
+  /// Throws ToolError(kOutput).
+  void Append(std::span<const std::uint8_t> bytes);
+
+  /// Brings what was written to the disk, renames, and brings the name to the disk.  Throws
+  /// ToolError(kOutput); then `path` is as it was.
   void Commit();
 
  private:
@@ -25,8 +39,10 @@ class PendingFile {
 
   std::filesystem::path target_;
   std::filesystem::path hidden_;
-  int descriptor_ = -1;
-  bool committed_ = false;
+  int descriptor_ = -1;  // until it was committed
 };
+
+/// A file of these bytes.  Throws ToolError(kOutput); then `path` is as it was.
+void WriteWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
 
 }  // namespace cli

@@ -9,11 +9,11 @@
 #include <string>
 #include <utility>
 
-#include "cli/atomic_file.h"
 #include "cli/frame_range.h"
 #include "cli/interrupt.h"
 #include "cli/manifest.h"
 #include "cli/open_sink.h"
+#include "cli/pending_file.h"
 #include "cli/progress.h"
 #include "cli/render_plan.h"
 #include "cli/scene_options.h"

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "cli/atomic_file.h"
 #include "cli/contact_sheet.h"
 #include "cli/interrupt.h"
+#include "cli/pending_file.h"
 #include "cli/picture_writer.h"
 #include "cli/progress.h"
 #include "cli/render_plan.h"

@@ -1,6 +1,6 @@
 #include "cli/still_sink.h"
 
-#include "cli/atomic_file.h"
+#include "cli/pending_file.h"
 
 namespace cli {
 namespace {

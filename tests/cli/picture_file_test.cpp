@@ -10,7 +10,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-#include "cli/atomic_file.h"
+#include "cli/pending_file.h"
 #include "cli/picture_reader.h"
 #include "cli/picture_writer.h"
 #include "tests/cli/expect_error.h"

@@ -3,9 +3,9 @@
 
 #include <fstream>
 
-#include "cli/atomic_file.h"
 #include "cli/blank_source.h"
 #include "cli/open_source.h"
+#include "cli/pending_file.h"
 #include "cli/still_sink.h"
 #include "cli/still_source.h"
 #include "tests/cli/clip.h"

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "cli/atomic_file.h"
 #include "cli/options.h"
+#include "cli/pending_file.h"
 #include "cli/picture_reader.h"
 #include "cli/picture_writer.h"
 #include "cli/render_command.h"

@@ -1,5 +1,5 @@
 // Files whole or not at all, on full disks too.
-#include "cli/atomic_file.h"
+#include "cli/pending_file.h"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
