@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,6 +39,9 @@ class FrameSource {
   /// The frame's picture, of the traits' size and depth, straight alpha.  Empty when the source has no such
   /// frame. Throws ToolError(kInput) when there is one that cannot be read.
   virtual std::optional<Picture> Read(std::int32_t frame) = 0;
+
+  /// The file that holds this frame alone; empty when there is none, or one for all frames.
+  virtual std::filesystem::path FileOf(std::int32_t /*frame*/) const { return {}; }
 };
 
 /// A frame on its way to the sink, in the sink's own form.

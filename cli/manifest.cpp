@@ -68,8 +68,8 @@ std::filesystem::path ManifestName(const std::filesystem::path& pattern) {
 }
 
 Manifest::Manifest(std::filesystem::path name, std::string_view scene, std::string_view version)
-    // A zero byte ends the version, so that no scene reads like the rest of another version.
-    : name_(std::move(name)), recipe_(Hash(fmt::format("{}{}{}", version, '\0', scene))) {
+    // A zero byte ends each part, so that none reads like the rest of another.
+    : name_(std::move(name)), recipe_(fmt::format("{}{}{}{}", version, '\0', scene, '\0')) {
   Read();
 }
 
@@ -101,18 +101,24 @@ void Manifest::TakeLine(std::string_view line) {
   }
 }
 
-bool Manifest::IsDone(std::int32_t frame, const std::filesystem::path& file) const {
-  const auto entry = entries_.find(frame);
-  return entry != entries_.end() && entry->second.recipe == recipe_ && MarkOf(file) == entry->second.mark;
+std::uint64_t Manifest::RecipeFor(std::string_view input) const {
+  return Hash(recipe_ + std::string(input));
 }
 
-void Manifest::Note(std::int32_t frame, const std::filesystem::path& file) {
+bool Manifest::IsDone(std::int32_t frame, const std::filesystem::path& file, std::string_view input) const {
+  const auto entry = entries_.find(frame);
+  return entry != entries_.end() && entry->second.recipe == RecipeFor(input) &&
+         MarkOf(file) == entry->second.mark;
+}
+
+void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input) {
   const auto mark = MarkOf(file);
   if (!mark) {
     throw ToolError(ExitCode::kOutput,
                     fmt::format("cannot read '{}' back after it was written", file.string()));
   }
-  const std::string fields = fmt::format("{} {} {:016x} {:016x}", frame, mark->size, mark->contents, recipe_);
+  const std::uint64_t recipe = RecipeFor(input);
+  const std::string fields = fmt::format("{} {} {:016x} {:016x}", frame, mark->size, mark->contents, recipe);
   // A line break comes first when this is the first line of ours: a line cut short may be the last one there.
   const std::string line = fmt::format("{}{} {:016x}\n", descriptor_ < 0 ? "\n" : "", fields, Hash(fields));
   if (descriptor_ < 0) {
@@ -122,7 +128,7 @@ void Manifest::Note(std::int32_t frame, const std::filesystem::path& file) {
     throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", name_.string(),
                                                    std::generic_category().message(errno)));
   }
-  entries_[frame] = {*mark, recipe_};
+  entries_[frame] = {*mark, recipe};
 }
 
 }  // namespace cli

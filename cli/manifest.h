@@ -1,7 +1,8 @@
 // The list beside a sequence of what made each of its files, so that a run can be taken up where it ended.
 //
 // A line of text for each file: `frame size contents recipe check`, the last three in 16 hexadecimal digits.
-// The recipe stands for the scene and the version of the tool; the check for the line before it.  Lines are
+// The recipe stands for the scene, the version of the tool and the frame's input; the check for the line
+// before it.  Lines are
 // appended with one write each and the last of a frame counts.  Whatever else the file holds, a line cut
 // short by a crash or written by another version, is passed over.
 //
@@ -35,19 +36,20 @@ std::filesystem::path ManifestName(const std::filesystem::path& pattern);
 /// time.
 class Manifest {
  public:
-  /// `scene` is all that decides how the frames look, `version` the tool's.  Reads the list if there is one,
-  /// and changes nothing.
+  /// `scene` is all that decides how the frames look but their input, `version` the tool's.  Reads the list
+  /// if there is one, and changes nothing.
   Manifest(std::filesystem::path name, std::string_view scene, std::string_view version);
   ~Manifest();
   Manifest(const Manifest&) = delete;
   Manifest& operator=(const Manifest&) = delete;
 
-  /// Whether `file` is whole and was made for this frame by the same scene and version.
-  bool IsDone(std::int32_t frame, const std::filesystem::path& file) const;
+  /// Whether `file` is whole and was made for this frame by the same scene and version from the same input,
+  /// for which `input` stands.
+  bool IsDone(std::int32_t frame, const std::filesystem::path& file, std::string_view input) const;
 
-  /// Notes that `file` is this frame, of this scene and version.  Throws ToolError(kOutput) when the file
-  /// cannot be read back or the list cannot be written.
-  void Note(std::int32_t frame, const std::filesystem::path& file);
+  /// Notes that `file` is this frame, of this scene, version and input.  Throws ToolError(kOutput) when the
+  /// file cannot be read back or the list cannot be written.
+  void Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input);
 
  private:
   struct Entry {
@@ -56,10 +58,11 @@ class Manifest {
   };
 
   void Read();
+  std::uint64_t RecipeFor(std::string_view input) const;
   void TakeLine(std::string_view line);
 
   std::filesystem::path name_;
-  std::uint64_t recipe_;
+  std::string recipe_;  // but for the input
   std::unordered_map<std::int32_t, Entry> entries_;
   int descriptor_ = -1;  // once something has been noted
 };

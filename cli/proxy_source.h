@@ -13,6 +13,7 @@ class ProxySource : public FrameSource {
   ProxySource(std::unique_ptr<FrameSource> source, int divisor);
   const SourceTraits& Traits() const override { return traits_; }
   std::optional<Picture> Read(std::int32_t frame) override;
+  std::filesystem::path FileOf(std::int32_t frame) const override { return source_->FileOf(frame); }
 
  private:
   std::unique_ptr<FrameSource> source_;

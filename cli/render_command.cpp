@@ -11,11 +11,11 @@
 
 #include "cli/frame_range.h"
 #include "cli/interrupt.h"
-#include "cli/manifest.h"
 #include "cli/open_sink.h"
 #include "cli/pending_file.h"
 #include "cli/progress.h"
 #include "cli/render_plan.h"
+#include "cli/resumption.h"
 #include "cli/scene_options.h"
 #include "cli/scene_writer.h"
 
@@ -43,44 +43,18 @@ void CheckJobs(int jobs) {
   }
 }
 
-// All that decides how a frame looks: the scene without which frames there are and where they go.
-std::string RecipeOf(Scene scene) {
-  scene.frames.clear();
-  scene.output.clear();
-  return WriteScene(scene);
+// A list of what is done, for outputs of one file a frame.
+std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene& scene,
+                                       const std::string& inputStamp, const RenderPlan& plan,
+                                       const OpenedSink& sink) {
+  if (!sink.isVideo && OutputName(scene.output).IsPattern()) {
+    return std::optional<Resumption>(std::in_place, scene, inputStamp, *plan.source, plan.job.frames);
+  }
+  if (!options.resume) return {};
+  throw ToolError(ExitCode::kUsage,
+                  "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
+                  "pictures such as -o snow.####.png to be able to resume");
 }
-
-// The list of what is done, for outputs of one file a frame.
-class Resumption {
- public:
-  Resumption(const RenderOptions& options, const Scene& scene, const OpenedSink& sink) {
-    const OutputName name(scene.output);
-    if (options.resume && (sink.isVideo || !name.IsPattern())) {
-      throw ToolError(
-          ExitCode::kUsage,
-          "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
-          "pictures such as -o snow.####.png to be able to resume");
-    }
-    if (!sink.isVideo && name.IsPattern()) {
-      name_ = name;
-      manifest_.emplace(ManifestName(scene.output), RecipeOf(scene), VINTREL_VERSION);
-    }
-  }
-
-  // Takes out the frames that are done, and returns how many those are.
-  std::size_t TakeOut(std::vector<std::int32_t>& frames) const {
-    return std::erase_if(
-        frames, [this](std::int32_t frame) { return manifest_->IsDone(frame, name_->ForFrame(frame)); });
-  }
-
-  void Note(std::int32_t frame) {
-    if (manifest_) manifest_->Note(frame, name_->ForFrame(frame));
-  }
-
- private:
-  std::optional<OutputName> name_;
-  std::optional<Manifest> manifest_;
-};
 
 std::string SizeText(const SourceTraits& traits) {
   return fmt::format("{} x {}, {}", traits.width, traits.height, NameOfDepth(traits.depth));
@@ -129,6 +103,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   Scene scene = SceneOf(options, *effect);
   CheckJobs(options.jobs);
   const ProgressStyle style = StyleOf(options);
+  const std::string inputStamp = FileStamp(scene.input);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   RenderJob& job = plan.job;
   job.jobs = options.jobs;
@@ -137,7 +112,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
 
   const OpenedSink sink = OpenSink(scene, plan);
-  Resumption resumption(options, scene, sink);
+  std::optional<Resumption> resumption = ResumptionOf(options, scene, inputStamp, plan, sink);
   if (!options.saveScene.empty()) {
     const std::string text = WriteScene(scene);
     WriteWhole(options.saveScene, std::vector<std::uint8_t>(text.begin(), text.end()));
@@ -147,7 +122,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
     return ExitCode::kDone;
   }
   for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
-  const std::size_t alreadyDone = options.resume ? resumption.TakeOut(job.frames) : 0;
+  const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
 
   const InterruptWatch watch;
   RunSummary summary;
@@ -156,7 +131,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
     summary =
         RunPipeline(job, *plan.source, *sink.frames,
                     {.interrupted = Interrupted, .report = [&](std::int32_t frame, FrameOutcome outcome) {
-                       if (outcome == FrameOutcome::kWritten) resumption.Note(frame);
+                       if (resumption && outcome == FrameOutcome::kWritten) resumption->Note(frame);
                        progress.FrameDone(frame);
                      }});
   }

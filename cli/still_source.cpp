@@ -98,6 +98,11 @@ std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
                               files_.begin()->second.filename().string(), traits_.width, traits_.height));
 }
 
+std::filesystem::path SequenceSource::FileOf(std::int32_t frame) const {
+  const auto file = files_.find(frame);
+  return file == files_.end() ? std::filesystem::path() : file->second;
+}
+
 std::vector<std::int32_t> SequenceSource::Missing() const {
   std::vector<std::int32_t> missing;
   std::int64_t expected = files_.begin()->first;

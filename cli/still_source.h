@@ -38,6 +38,8 @@ class SequenceSource : public FrameSource {
   /// first one's.
   std::optional<Picture> Read(std::int32_t frame) override;
 
+  std::filesystem::path FileOf(std::int32_t frame) const override;
+
   /// The frames between the first and the last that have no file, rising.
   std::vector<std::int32_t> Missing() const;
 

@@ -31,42 +31,45 @@ TEST_F(ManifestTest, KnowsWhatWasMadeByTheSameSceneAndVersionAndIsWhole) {
   EXPECT_EQ(name_, folder_ / ".snow.##.png.vintrel");
   WriteFile("1", "one");
   WriteFile("2", "two");
-  EXPECT_FALSE(Open().IsDone(1, folder_ / "1"));
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "1", "in"));
   EXPECT_FALSE(std::filesystem::exists(name_)) << "reading changes nothing";
   {
     Manifest manifest = Open();
-    manifest.Note(1, folder_ / "1");
-    EXPECT_TRUE(manifest.IsDone(1, folder_ / "1"));
+    manifest.Note(1, folder_ / "1", "in");
+    EXPECT_TRUE(manifest.IsDone(1, folder_ / "1", "in"));
   }
-  Open().Note(-2, folder_ / "2");
-  EXPECT_TRUE(Open().IsDone(1, folder_ / "1"));
-  EXPECT_TRUE(Open().IsDone(-2, folder_ / "2"));
-  EXPECT_FALSE(Open().IsDone(1, folder_ / "2"));
-  EXPECT_FALSE(Open().IsDone(2, folder_ / "2"));
-  EXPECT_FALSE(Open("other").IsDone(1, folder_ / "1"));
-  EXPECT_FALSE(Open("scene", "1.1").IsDone(1, folder_ / "1"));
-  EXPECT_FALSE(Open("0scene", "1.").IsDone(1, folder_ / "1"));
+  Open().Note(-2, folder_ / "2", "in");
+  EXPECT_TRUE(Open().IsDone(1, folder_ / "1", "in"));
+  EXPECT_TRUE(Open().IsDone(-2, folder_ / "2", "in"));
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "2", "in"));
+  EXPECT_FALSE(Open().IsDone(2, folder_ / "2", "in"));
+  EXPECT_FALSE(Open("other").IsDone(1, folder_ / "1", "in"));
+  EXPECT_FALSE(Open("scene", "1.1").IsDone(1, folder_ / "1", "in"));
+  EXPECT_FALSE(Open("0scene", "1.").IsDone(1, folder_ / "1", "in"));
+  EXPECT_FALSE(Open("scenein").IsDone(1, folder_ / "1", ""));
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "1", "changed"));
 
   for (const char* damaged : {"", "on", "onE", "ones"}) {
     WriteFile("1", damaged);
-    EXPECT_FALSE(Open().IsDone(1, folder_ / "1")) << damaged;
+    EXPECT_FALSE(Open().IsDone(1, folder_ / "1", "in")) << damaged;
   }
   std::filesystem::remove(folder_ / "1");
-  EXPECT_FALSE(Open().IsDone(1, folder_ / "1"));
+  EXPECT_FALSE(Open().IsDone(1, folder_ / "1", "in"));
 
   // The last line of a frame counts.
-  Open("other").Note(-2, folder_ / "2");
-  EXPECT_FALSE(Open().IsDone(-2, folder_ / "2"));
-  EXPECT_TRUE(Open("other").IsDone(-2, folder_ / "2"));
+  Open("other").Note(-2, folder_ / "2", "in");
+  EXPECT_FALSE(Open().IsDone(-2, folder_ / "2", "in"));
+  EXPECT_TRUE(Open("other").IsDone(-2, folder_ / "2", "in"));
 }
 
 TEST_F(ManifestTest, SaysWhyItCannotNote) {
   Manifest manifest = Open();
-  ExpectError(cli::ExitCode::kOutput, "back after it was written", [&] { manifest.Note(1, folder_ / "1"); });
+  ExpectError(cli::ExitCode::kOutput, "back after it was written",
+              [&] { manifest.Note(1, folder_ / "1", "in"); });
   WriteFile("1", "one");
   std::filesystem::create_directory(name_);
   ExpectError(cli::ExitCode::kOutput, name_.string() + "': Is a directory",
-              [&] { manifest.Note(1, folder_ / "1"); });
+              [&] { manifest.Note(1, folder_ / "1", "in"); });
 }
 
 }  // namespace

@@ -119,6 +119,31 @@ TEST_F(Tool, FramesOfASequenceAreThoseRenderedAlone) {
   EXPECT_NE(Digest("alone.png"), Digest("s.009.png")) << "replaced";
 }
 
+TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
+  for (const char* name : {"p.1.png", "p.2.png", "p.3.png"}) WritePlate(name, Depth::kBits8, false);
+  const auto render = [&](const std::string& options) {
+    return Run("render 'p.%d.png' -o 's.%d.png' --resume " + options).err;
+  };
+  EXPECT_THAT(render("--part 1/3"), HasSubstr("1 frame, "));
+  EXPECT_THAT(render(""), AllOf(HasSubstr("2 frames, "), HasSubstr("1 done before")));
+  const std::size_t digest = Digest("s.2.png");
+  EXPECT_THAT(render(""), HasSubstr("3 done before"));
+  EXPECT_THAT(render("--seed 1"), testing::Not(HasSubstr("done before")));
+  render("");
+  std::filesystem::resize_file(folder_ / "s.2.png", 100);
+  EXPECT_THAT(render(""), HasSubstr("2 done before"));
+  EXPECT_EQ(Digest("s.2.png"), digest);
+  WritePlate("p.2.png", Depth::kBits8, true);
+  EXPECT_THAT(render("--proxy 1"), HasSubstr("2 done before"));
+  EXPECT_THAT(folder_.Names(), ElementsAre(".s.%d.png.vintrel", "p.1.png", "p.2.png", "p.3.png", "s.1.png",
+                                           "s.2.png", "s.3.png"));
+  for (const char* output : {"s.mp4", "s.png"}) {
+    const Outcome refused = Run(std::string("render p.1.png --resume -o ") + output);
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_THAT(refused.err, HasSubstr("cannot be taken up in the middle")) << output;
+  }
+}
+
 TEST_F(Tool, OptionsReachTheEffect) {
   WritePlate("a.png", Depth::kBits8, false);
   const auto render = [&](const std::string& options) {
