@@ -41,6 +41,10 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
   }
   if (VideoFormatOf(scene.output)) {
     CheckPlace(scene, scene.output);
+    if (!scene.compression.empty()) {
+      throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is for pictures; a video has its own",
+                                                    scene.compression));
+    }
     const VideoTraits traits = {.width = plan.traits.width,
                                 .height = plan.traits.height,
                                 .depth = plan.traits.depth,
@@ -58,8 +62,9 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
                                 plan.job.frames.size(), name.SuggestedPattern().string()));
   }
   const FileFormat format = FormatOf(scene.output);
+  if (!scene.compression.empty()) CheckCompression(format, scene.compression);
   if (!plan.job.frames.empty()) CheckPlace(scene, name.ForFrame(plan.job.frames.front()));
-  return {std::make_unique<StillSink>(name, format), false};
+  return {std::make_unique<StillSink>(name, format, scene.compression), false};
 }
 
 }  // namespace cli

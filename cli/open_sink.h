@@ -16,8 +16,8 @@ struct OpenedSink {
 };
 
 /// Decides by the extension of the scene's output.  Nothing exists under its final name yet.  Throws
-/// ToolError(kUsage) for an unknown extension, several frames in one picture, and an output that is the
-/// input; ToolError(kOutput) for a place that cannot be written.
+/// ToolError(kUsage) for an unknown extension, a compression that the format does not take, several frames in
+/// one picture, and an output that is the input; ToolError(kOutput) for a place that cannot be written.
 OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan);
 
 }  // namespace cli

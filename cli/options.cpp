@@ -52,6 +52,10 @@ void AddShot(CLI::App& command, RenderOptions& options) {
   command.add_option("--depth", options.depth, "8, 16 or float (default: the input's)")->type_name("DEPTH");
   command.add_option("--alpha", options.alpha, "Alpha of video: straight (default) or premultiplied")
       ->type_name("KIND");
+  command
+      .add_option("--compression", options.compression,
+                  "Of pictures: none is the fastest; rle, zip (default), ...")
+      ->type_name("NAME");
   command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
   command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
       ->type_name("RATIO");

@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 #include <string>
 #include <type_traits>
 
+#include "cli/nearest_name.h"
 #include "cli/sample_convert.h"
 #include "cli/tool_error.h"
 
@@ -50,8 +52,27 @@ std::vector<float> PremultipliedSamples(const Image& image, const PictureTraits&
   return samples;
 }
 
+std::span<const std::string_view> CompressionsOf(FileFormat format) {
+  static constexpr std::string_view kOfPng[] = {"none", "rle", "zip"};
+  static constexpr std::string_view kOfTiff[] = {"none", "packbits", "lzw", "zip"};
+  static constexpr std::string_view kOfExr[] = {"none",  "rle", "zips", "zip",  "piz",
+                                                "pxr24", "b44", "b44a", "dwaa", "dwab"};
+  return format == FileFormat::kPng    ? std::span<const std::string_view>(kOfPng)
+         : format == FileFormat::kTiff ? std::span<const std::string_view>(kOfTiff)
+                                       : std::span<const std::string_view>(kOfExr);
+}
+
+void SetCompression(OIIO::ImageSpec& spec, FileFormat format, std::string_view compression) {
+  if (compression.empty() || compression == "zip") return;  // what the writers choose by themselves
+  if (format == FileFormat::kPng && compression == "none") {
+    spec["png:compressionLevel"] = 0;
+  } else {
+    spec["compression"] = std::string(compression);
+  }
+}
+
 OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFormat format,
-                        OIIO::TypeDesc type) {
+                        std::string_view compression, OIIO::TypeDesc type) {
   OIIO::ImageSpec spec(image.width(), image.height(), traits.hasAlpha ? 4 : 3, type);
   if (format != FileFormat::kExr) spec["oiio:UnassociatedAlpha"] = 1;
   if (traits.pixelAspect != 1) spec["PixelAspectRatio"] = static_cast<float>(traits.pixelAspect);
@@ -59,6 +80,7 @@ OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFor
     const int size = static_cast<int>(traits.iccProfile.size());
     spec.attribute("ICCProfile", OIIO::TypeDesc(OIIO::TypeDesc::UINT8, size), traits.iccProfile.data());
   }
+  SetCompression(spec, format, compression);
   spec["DateTime"] = "";  // or the writer puts in the present moment, and no two runs make the same file
   return spec;
 }
@@ -105,22 +127,30 @@ FileFormat FormatOf(const std::filesystem::path& path) {
                   fmt::format("output '{}' must end in .png, .tif or .exr", path.filename().string()));
 }
 
-std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format) {
+void CheckCompression(FileFormat format, std::string_view compression) {
+  const auto names = CompressionsOf(format);
+  if (std::ranges::find(names, compression) != names.end()) return;
+  constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
+  throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is none of those that {} takes{}: {}",
+                                                compression, kNames[static_cast<int>(format)],
+                                                SuggestNearest(compression, names), fmt::join(names, ", ")));
+}
+
+std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
+                                        std::string_view compression) {
   using OIIO::TypeDesc;
+  const auto specFor = [&](TypeDesc type) { return SpecFor(image, traits, format, compression, type); };
   if (format == FileFormat::kExr) {
     const TypeDesc type = image.depth() == Depth::kBits8 ? TypeDesc::HALF : TypeDesc::FLOAT;
-    return Encode(PremultipliedSamples(image, traits), SpecFor(image, traits, format, type), format);
+    return Encode(PremultipliedSamples(image, traits), specFor(type), format);
   }
   if (image.depth() == Depth::kBits8) {
-    return Encode(StraightSamples<To255>(image, traits), SpecFor(image, traits, format, TypeDesc::UINT8),
-                  format);
+    return Encode(StraightSamples<To255>(image, traits), specFor(TypeDesc::UINT8), format);
   }
   if (image.depth() == Depth::kBits16 || format == FileFormat::kPng) {
-    return Encode(StraightSamples<To65535>(image, traits), SpecFor(image, traits, format, TypeDesc::UINT16),
-                  format);
+    return Encode(StraightSamples<To65535>(image, traits), specFor(TypeDesc::UINT16), format);
   }
-  return Encode(StraightSamples<ToOne>(image, traits), SpecFor(image, traits, format, TypeDesc::FLOAT),
-                format);
+  return Encode(StraightSamples<ToOne>(image, traits), specFor(TypeDesc::FLOAT), format);
 }
 
 }  // namespace cli

@@ -23,6 +23,7 @@ struct RenderOptions {
   std::optional<double> shutterDegrees;
   std::string depth;
   std::string alpha;
+  std::string compression;
   std::optional<int> proxy;
   std::optional<double> pixelAspect;
   int jobs = 0;

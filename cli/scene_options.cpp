@@ -45,6 +45,7 @@ void ApplyTiming(const RenderOptions& options, Scene& scene) {
 void ApplyPicture(const RenderOptions& options, Scene& scene) {
   if (!options.depth.empty()) scene.depth = Option("--depth", [&] { return ParseDepth(options.depth); });
   if (!options.alpha.empty()) scene.alpha = Option("--alpha", [&] { return ParseAlphaForm(options.alpha); });
+  if (!options.compression.empty()) scene.compression = options.compression;
   if (options.proxy) {
     Option("--proxy", [&] { CheckProxy(*options.proxy); });
     scene.proxy = *options.proxy;

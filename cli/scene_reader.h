@@ -8,6 +8,7 @@
 //   shutter = 180                    degrees
 //   depth = "16"                     8, 16 or float
 //   alpha = "straight"               or premultiplied
+//   compression = "none"             of pictures: rle, zip and what else the format takes
 //   proxy = 2                        1, 2 or 4
 //   pixel-aspect = 1.5
 //

@@ -103,6 +103,7 @@ std::string RenderText(const Scene& scene) {
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
   if (scene.depth) add("depth", Quoted(FormatDepth(*scene.depth)));
   add("alpha", Quoted(FormatAlphaForm(scene.alpha)));
+  if (!scene.compression.empty()) add("compression", Quoted(scene.compression));
   add("proxy", fmt::format("{}", scene.proxy));
   if (scene.pixelAspect) add("pixel-aspect", fmt::format("{}", *scene.pixelAspect));
   return text;

@@ -30,6 +30,7 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   if (scene.output.empty())
     throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   const FileFormat format = FormatOf(scene.output);
+  if (!scene.compression.empty()) CheckCompression(format, scene.compression);
   CheckWritable(scene.output);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   RenderJob& job = plan.job;
@@ -48,7 +49,8 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
                            .report = [&](std::int32_t frame, FrameOutcome) { progress.FrameDone(frame); }});
   }
   if (!summary.interrupted) {
-    WriteWhole(scene.output, EncodePicture(sheet.Sheet().image, sheet.Sheet().traits, format));
+    WriteWhole(scene.output,
+               EncodePicture(sheet.Sheet().image, sheet.Sheet().traits, format, scene.compression));
   }
   return CodeOf(summary);
 }

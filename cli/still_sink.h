@@ -1,6 +1,8 @@
 // Frames into numbered pictures.
 #pragma once
 
+#include <string>
+
 #include "cli/frame_io.h"
 #include "cli/output_name.h"
 #include "cli/picture_writer.h"
@@ -10,7 +12,8 @@ namespace cli {
 /// One file a frame; each appears whole as soon as it is written.
 class StillSink : public FrameSink {
  public:
-  StillSink(OutputName name, FileFormat format) : name_(std::move(name)), format_(format) {}
+  StillSink(OutputName name, FileFormat format, std::string compression)
+      : name_(std::move(name)), format_(format), compression_(std::move(compression)) {}
 
   std::unique_ptr<EncodedFrame> Encode(std::int32_t frame, const minihost::Image& image,
                                        const PictureTraits& traits) const override;
@@ -20,6 +23,7 @@ class StillSink : public FrameSink {
  private:
   OutputName name_;
   FileFormat format_;
+  std::string compression_;  // as EncodePicture takes it
 };
 
 }  // namespace cli

@@ -234,6 +234,39 @@ TEST(PictureFile, IsTurnedUpright) {
   }
 }
 
+TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
+  TemporaryFolder folder;
+  Image image = RandomImage(61, 43, Depth::kFloat, Alpha::kOpaque);
+  for (int row = 20; row < image.height(); ++row) {
+    std::ranges::fill(image.Row<PF_PixelFloat>(row), PF_PixelFloat{1, 0.5f, 0.25f, 0});
+  }
+  const struct {
+    const char* name;
+    std::vector<const char*> compressions;
+  } cases[] = {{"a.png", {"zip", "rle", "none"}},
+               {"a.tif", {"zip", "lzw", "packbits", "none"}},
+               {"a.exr", {"zip", "zips", "piz", "rle", "none"}}};
+  for (const auto& [name, compressions] : cases) {
+    const cli::FileFormat format = cli::FormatOf(name);
+    const auto standard = cli::EncodePicture(image, {}, format);
+    cli::WriteWhole(folder / name, standard);
+    const auto channels = Channels(cli::ReadPicture(folder / name).image);
+    for (const char* compression : compressions) {
+      SCOPED_TRACE(testing::Message() << name << ' ' << compression);
+      cli::CheckCompression(format, compression);
+      const auto bytes = cli::EncodePicture(image, {}, format, compression);
+      EXPECT_EQ(bytes == standard, compression == std::string("zip"));
+      if (compression == std::string("none")) {
+        EXPECT_GT(bytes.size(), 61 * 43 * 3 * (name[2] == 'p' ? 2 : 4));
+      }
+      cli::WriteWhole(folder / name, bytes);
+      EXPECT_EQ(Channels(cli::ReadPicture(folder / name).image), channels);
+    }
+    ExpectError(ExitCode::kUsage, "'lzww' is none of those that",
+                [&] { cli::CheckCompression(format, "lzww"); });
+  }
+}
+
 TEST(PictureFile, CarriesAspectAndProfileAndNoDate) {
   TemporaryFolder folder;
   // The least that passes: a header, and one tag of noise that does not compress.

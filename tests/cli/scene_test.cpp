@@ -50,6 +50,7 @@ fps = 23.976
 shutter = 90.5
 depth = 16
 alpha = "premultiplied"
+compression = "piz"
 proxy = 2
 pixel-aspect = 1.5
 [parameters]
@@ -69,6 +70,7 @@ Offset = [50, -40.5]
   EXPECT_EQ(scene.shutterDegrees, 90.5);
   EXPECT_EQ(scene.depth, Depth::kBits16);
   EXPECT_EQ(scene.alpha, cli::AlphaForm::kPremultiplied);
+  EXPECT_EQ(scene.compression, "piz");
   EXPECT_EQ(scene.proxy, 2);
   EXPECT_EQ(scene.pixelAspect, 1.5);
   const struct {
@@ -218,6 +220,7 @@ class RandomScene {
     scene.shutterDegrees = Real(1, 720);
     if (Chance()) scene.depth = static_cast<Depth>(Whole(0, 2));
     if (Chance()) scene.alpha = cli::AlphaForm::kPremultiplied;
+    if (Chance()) scene.compression = "none";
     scene.proxy = 1 << Whole(0, 2);
     if (Chance()) scene.pixelAspect = Real(0.01, 100);
     for (const ParameterInfo& parameter : *EffectParameters()) {
