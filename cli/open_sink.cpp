@@ -53,7 +53,9 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
                                 .rate = plan.rate,
                                 .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
                                 .sound = SoundOf(plan)};
-    return {std::make_unique<VideoWriter>(scene.output, traits), true};
+    auto video = std::make_unique<VideoWriter>(scene.output, traits);
+    std::vector<std::string> notes = video->Notes();
+    return {std::move(video), true, std::move(notes)};
   }
   const OutputName name(scene.output);
   if (plan.job.frames.size() > 1 && !name.IsPattern()) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "cli/frame_io.h"
 #include "cli/output_name.h"
@@ -13,6 +15,7 @@ namespace cli {
 struct OpenedSink {
   std::unique_ptr<FrameSink> frames;
   bool isVideo = false;
+  std::vector<std::string> notes{};  // for the user
 };
 
 /// Decides by the extension of the scene's output.  Nothing exists under its final name yet.  Throws

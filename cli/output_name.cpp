@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 #include "cli/tool_error.h"
 
 namespace cli {
+
 OutputName::Place OutputName::FindPlace(std::string_view name) {
   const auto isDigit = [&](std::size_t at) { return at < name.size() && name[at] >= '0' && name[at] <= '9'; };
   for (std::size_t begin = 0; begin < name.size(); ++begin) {
@@ -57,6 +60,26 @@ std::filesystem::path OutputName::ForFrame(std::int32_t frame) const {
       return folder_ / fmt::format("{}{:{}}{}", before_, frame, digits_, after_);
   }
   return {};
+}
+
+std::optional<std::int32_t> OutputName::FrameOf(std::string_view name) const {
+  if (!IsPattern()) return {};
+  const auto isDigit = [&](std::size_t at) { return name[at] >= '0' && name[at] <= '9'; };
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (!isDigit(begin) || (begin > 0 && isDigit(begin - 1))) continue;
+    std::int64_t number = 0;
+    const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
+    if (parsed.ec != std::errc()) continue;
+    for (const std::int64_t signedNumber : {number, -number}) {
+      const auto frame = static_cast<std::int32_t>(signedNumber);
+      if (frame == signedNumber && ForFrame(frame).filename() == name) return frame;
+    }
+  }
+  return {};
+}
+
+bool OutputName::Makes(std::string_view name) const {
+  return IsPattern() ? FrameOf(name).has_value() : name == before_;
 }
 
 std::filesystem::path OutputName::SuggestedPattern() const {

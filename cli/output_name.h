@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,12 @@ class OutputName {
   bool IsPattern() const { return style_ != Style::kFixed; }
 
   std::filesystem::path ForFrame(std::int32_t frame) const;
+
+  /// The frame of a pattern whose file has this name (without folders); empty for any other name.
+  std::optional<std::int32_t> FrameOf(std::string_view name) const;
+
+  /// Whether a frame's file, or the only one, has this name (without folders).
+  bool Makes(std::string_view name) const;
 
   /// This name with a place for the number before its extension: out.png becomes out.####.png.
   std::filesystem::path SuggestedPattern() const;

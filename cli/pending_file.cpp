@@ -2,13 +2,16 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "cli/tool_error.h"
 
@@ -32,11 +35,32 @@ std::filesystem::path TargetOf(const std::filesystem::path& path) {
   return target;
 }
 
+constexpr std::size_t kLongestStem = 200;  // the whole hidden name fits the usual 255 bytes
+
 std::filesystem::path HiddenName(const std::filesystem::path& path) {
-  constexpr std::size_t kLongestStem = 200;  // the whole name fits the usual 255 bytes
   const std::string stem = path.stem().string().substr(0, kLongestStem);
   const std::string name = fmt::format(".{}.tmp-{}{}", stem, ::getpid(), path.extension().string());
   return path.parent_path() / name;
+}
+
+/// The name that another process's hidden file would have got; empty for other names, and for cut ones.
+std::string NameBehind(std::string_view hidden) {
+  constexpr std::string_view kMark = ".tmp-";
+  const std::size_t mark = hidden.rfind(kMark);
+  if (!hidden.starts_with('.') || mark == hidden.npos || mark > kLongestStem) return {};
+  const std::size_t number = mark + kMark.size();
+  const std::size_t end = std::min(hidden.find_first_not_of("0123456789", number), hidden.size());
+  const std::string_view process = hidden.substr(number, end - number);
+  // Where locks belong to processes, ours would not keep us from removing what we are writing.
+  if (process.empty() || process == std::to_string(::getpid())) return {};
+  return std::string(hidden.substr(1, mark - 1)) + std::string(hidden.substr(end));
+}
+
+void RemoveUnlessLocked(const std::filesystem::path& hidden) {
+  const int descriptor = ::open(hidden.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return;
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) ::unlink(hidden.c_str());
+  ::close(descriptor);
 }
 
 /// The file itself is there and whole, so a failure is not one of ours.
@@ -65,10 +89,16 @@ void CheckWritable(const std::filesystem::path& path) {
 PendingFile::PendingFile(const std::filesystem::path& path) : target_(TargetOf(path)) {
   CheckWritable(target_);
   hidden_ = HiddenName(target_);
-  // Whatever bears this name is left over from a dead process that had our number.
-  ::unlink(hidden_.c_str());
-  descriptor_ = ::open(hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (descriptor_ < 0) RefuseByErrno();
+  struct stat made {};
+  do {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    // Whatever bears this name is left over from a dead process that had our number.
+    ::unlink(hidden_.c_str());
+    descriptor_ = ::open(hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor_ < 0) RefuseByErrno();
+    ::flock(descriptor_, LOCK_EX);
+    // Before it was locked, another process may have taken it for abandoned.
+  } while (::fstat(descriptor_, &made) == 0 && made.st_nlink == 0);
 }
 
 PendingFile::~PendingFile() {
@@ -103,6 +133,18 @@ void PendingFile::Commit() {
   ::close(descriptor_);
   descriptor_ = -1;
   SyncFolder(FolderOf(target_));
+}
+
+void RemoveAbandoned(const std::filesystem::path& folder,
+                     const std::function<bool(std::string_view name)>& isOurs) {
+  std::error_code error;
+  std::vector<std::filesystem::path> hidden;
+  for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::string name = NameBehind(entry->path().filename().string());
+    if (!name.empty() && isOurs(name)) hidden.push_back(entry->path());
+  }
+  for (const std::filesystem::path& file : hidden) RemoveUnlessLocked(file);
 }
 
 void WriteWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {

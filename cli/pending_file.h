@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
+#include <string_view>
 
 namespace cli {
 
@@ -12,8 +14,8 @@ namespace cli {
 void CheckWritable(const std::filesystem::path& path);
 
 /// An empty file beside `path` (`.name.tmp-PID.ext`) that is filled under this hidden name and gets its own
-/// in the end; removed with this object unless it was committed.  A symbolic link stays and its target is
-/// replaced; a replaced file keeps its permissions.
+/// in the end; locked while this object lives, and removed with it unless it was committed.  A symbolic link
+/// stays and its target is replaced; a replaced file keeps its permissions.
 ///
 /// Threads may write different paths at the same time.
 class PendingFile {
@@ -41,6 +43,12 @@ class PendingFile {
   std::filesystem::path hidden_;
   int descriptor_ = -1;  // until it was committed
 };
+
+/// Removes hidden files in `folder` that processes left behind which were killed, when `isOurs` says yes to
+/// the name that they would have got.  Files of processes that live, here or elsewhere on the network, stay:
+/// they are locked.  What cannot be removed stays too.
+void RemoveAbandoned(const std::filesystem::path& folder,
+                     const std::function<bool(std::string_view name)>& isOurs);
 
 /// A file of these bytes.  Throws ToolError(kOutput); then `path` is as it was.
 void WriteWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);

@@ -71,8 +71,8 @@ void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
              isVideo ? "one video" : "one file a frame");
 }
 
-void PrintSummary(const RenderOptions& options, const RenderPlan& plan, const RunSummary& summary,
-                  std::size_t alreadyDone, double seconds) {
+void PrintSummary(const RenderOptions& options, const Scene& scene, const RenderPlan& plan,
+                  const RunSummary& summary, std::size_t alreadyDone, double seconds) {
   for (const FailedFrame& failed : summary.failed) {
     fmt::print(stderr, "vintrel: {}\n", failed.message);
   }
@@ -80,7 +80,7 @@ void PrintSummary(const RenderOptions& options, const RenderPlan& plan, const Ru
       fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
                   seconds, static_cast<double>(summary.written) / seconds);
   if (plan.traits.hasAlpha && plan.video != nullptr) {
-    line += fmt::format(", {} alpha", options.alpha.empty() ? "straight" : options.alpha);
+    line += fmt::format(", {} alpha", FormatAlphaForm(scene.alpha));
   }
   if (alreadyDone > 0) line += fmt::format(", {} done before", alreadyDone);
   if (!summary.skipped.empty()) line += fmt::format(", {} skipped", summary.skipped.size());
@@ -89,7 +89,7 @@ void PrintSummary(const RenderOptions& options, const RenderPlan& plan, const Ru
 }
 
 void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool isVideo) {
-  const std::size_t left = summary.total - summary.written;
+  const std::size_t left = summary.total - summary.written - summary.skipped.size() - summary.failed.size();
   Say(options, isVideo
                    ? fmt::format("interrupted with {} left; the video was not kept", Frames(left))
                    : fmt::format("interrupted with {} left; the same command with --resume goes on from here",
@@ -121,7 +121,12 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
     PrintPlan(scene, plan, sink.isVideo);
     return ExitCode::kDone;
   }
-  for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
+  for (const auto* notes : {&std::as_const(plan.notes), &sink.notes}) {
+    for (const std::string& note : *notes) Say(options, fmt::format("note: {}", note));
+  }
+  const OutputName name(scene.output);
+  RemoveAbandoned(std::filesystem::path(scene.output).parent_path(),
+                  [&](std::string_view file) { return name.Makes(file); });
   const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
 
   const InterruptWatch watch;
@@ -136,7 +141,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
                      }});
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  PrintSummary(options, plan, summary, alreadyDone, seconds.count());
+  PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
   if (summary.interrupted) SayHowToGoOn(options, summary, sink.isVideo);
   return CodeOf(summary);
 }

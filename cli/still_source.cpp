@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
-#include <charconv>
+#include <algorithm>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "cli/output_name.h"
@@ -35,24 +33,6 @@ std::filesystem::path WithoutAtSigns(const std::filesystem::path& path) {
   return path.parent_path() / name;
 }
 
-bool IsDigit(char letter) {
-  return std::isdigit(static_cast<unsigned char>(letter)) != 0;
-}
-
-/// The number with which the pattern makes this very name.
-std::optional<std::int32_t> NumberIn(const std::string& name, const OutputName& pattern) {
-  for (std::size_t begin = 0; begin < name.size(); ++begin) {
-    if (!IsDigit(name[begin]) || (begin > 0 && IsDigit(name[begin - 1]))) continue;
-    std::int32_t number = 0;
-    const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
-    if (parsed.ec != std::errc()) continue;
-    for (const std::int32_t candidate : {number, -number}) {
-      if (pattern.ForFrame(candidate).filename() == name) return candidate;
-    }
-  }
-  return {};
-}
-
 }  // namespace
 
 StillSource::StillSource(Picture picture) : picture_(std::move(picture)), traits_(TraitsOf(picture_)) {}
@@ -72,7 +52,7 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     const std::string name = entry->path().filename().string();
-    if (const auto number = NumberIn(name, pattern)) files_[*number] = folder / name;
+    if (const auto number = pattern.FrameOf(name)) files_[*number] = folder / name;
   }
   if (files_.empty()) {
     throw ToolError(ExitCode::kInput,

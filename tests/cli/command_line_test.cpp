@@ -83,6 +83,9 @@ TEST(OutputName, PutsTheNumberInItsPlace) {
   for (const auto& [pattern, frame, name] : cases) {
     EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
     EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
+    const std::string file = std::filesystem::path(name).filename();
+    EXPECT_TRUE(cli::OutputName(pattern).Makes(file)) << pattern;
+    EXPECT_FALSE(cli::OutputName(pattern).Makes('0' + file)) << pattern;
   }
   EXPECT_EQ(cli::OutputName("a/out.v2.png").SuggestedPattern(), "a/out.v2.####.png");
 }

@@ -1,9 +1,12 @@
 // Files whole or not at all, on full disks too.
 #include "cli/pending_file.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -14,7 +17,6 @@ namespace {
 
 using cli::ExitCode;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::uint8_t> Bytes(std::size_t size, std::uint8_t value) {
   return std::vector<std::uint8_t>(size, value);
@@ -60,6 +62,28 @@ TEST(WriteWhole, KeepsTheOldFileWhenTheDiskIsFull) {
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ(ReadAll(folder / "a.png"), std::string(10, 'o'));
   EXPECT_THAT(folder.Names(), ElementsAre("a.png"));
+}
+
+TEST(PendingFile, WhatAKilledProcessLeftIsRemovedAndNothingElse) {
+  TemporaryFolder folder;
+  std::vector<std::string> kept = {".s.2.tmp-12.tif", ".s.2.tmp-.png", ".s.2.tmp-1x.png",
+                                   "s.2.tmp-1.png",   ".s.2.png",      ".s.2.tmp-99998.png"};
+  for (const std::string& name : kept) cli::WriteWhole(folder / name, Bytes(1, 'x'));
+  for (const char* name : {".s.1.tmp-1.png", ".s.2.tmp-99999.png"}) {
+    cli::WriteWhole(folder / name, Bytes(1, 'x'));
+  }
+  const int ofTheLiving = ::open((folder / ".s.2.tmp-99998.png").c_str(), O_RDONLY);
+  ASSERT_EQ(::flock(ofTheLiving, LOCK_EX | LOCK_NB), 0);
+  cli::PendingFile ours(folder / "s.2.png");
+  kept.push_back(ours.HiddenPath().filename());
+  cli::RemoveAbandoned(folder / "",
+                       [](std::string_view name) { return name == "s.1.png" || name == "s.2.png"; });
+  EXPECT_THAT(folder.Names(), testing::UnorderedElementsAreArray(kept));
+  ::close(ofTheLiving);
+  EXPECT_NE(::flock(::open(ours.HiddenPath().c_str(), O_RDONLY), LOCK_EX | LOCK_NB), 0) << "is not locked";
+  ours.Append(Bytes(3, 'l'));
+  ours.Commit();
+  EXPECT_EQ(ReadAll(folder / "s.2.png"), "lll");
 }
 
 TEST(CheckWritable, NamesTheFolderThatIsMissing) {

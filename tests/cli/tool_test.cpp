@@ -125,6 +125,7 @@ TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
     return Run("render 'p.%d.png' -o 's.%d.png' --resume " + options).err;
   };
   EXPECT_THAT(render("--part 1/3"), HasSubstr("1 frame, "));
+  std::ofstream(folder_ / ".s.2.tmp-1.png") << "of a process that was killed";
   EXPECT_THAT(render(""), AllOf(HasSubstr("2 frames, "), HasSubstr("1 done before")));
   const std::size_t digest = Digest("s.2.png");
   EXPECT_THAT(render(""), HasSubstr("3 done before"));
