@@ -42,6 +42,16 @@ T* Allocated(T* thing) {
   return thing;
 }
 
+/// A frame with room for its pixels, which are undefined.
+inline AvFrame AllocateFrame(AVPixelFormat format, int width, int height) {
+  AvFrame frame(Allocated(av_frame_alloc()));
+  frame->format = format;
+  frame->width = width;
+  frame->height = height;
+  if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();
+  return frame;
+}
+
 inline std::string LibavMessage(int error) {
   char text[AV_ERROR_MAX_STRING_SIZE] = {};
   av_strerror(error, text, sizeof text);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "cli/tool_error.h"
+#include "cli/video_pixels.h"
 
 extern "C" {
 #include <libavutil/display.h>
@@ -90,14 +91,14 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
                                        name ? name : "?", NameOfAssumed(assumed)));
     tags_.matrix = assumed;
   }
-  coding_ = {tags_.matrix, video.color_range};
-  if (coding_.range != AVCOL_RANGE_UNSPECIFIED) return;
   const bool full = std::string_view(av_get_pix_fmt_name(format)).starts_with("yuvj");
-  coding_.range = full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-  if (!full)
+  coding_ = {tags_.matrix, full ? AVCOL_RANGE_JPEG : video.color_range};
+  if (coding_.range == AVCOL_RANGE_UNSPECIFIED) {
+    coding_.range = AVCOL_RANGE_MPEG;
     notes_.emplace_back(
         "the colour range is not tagged; it is read as limited "
         "(16 to 235 of 255)");
+  }
 }
 
 void VideoReader::NoteWhatIsNotHeeded() {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "cli/tool_error.h"
+#include "cli/video_pixels.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -217,17 +218,13 @@ std::unique_ptr<EncodedFrame> VideoWriter::Encode(std::int32_t, const Image& ima
     throw std::invalid_argument("a frame of another size than the video");
   }
   auto encoded = std::make_unique<VideoFrame>();
-  encoded->frame.reset(Allocated(av_frame_alloc()));
+  encoded->frame = AllocateFrame(codec_->pix_fmt, codec_->width, codec_->height);
   AVFrame& frame = *encoded->frame;
-  frame.format = codec_->pix_fmt;
-  frame.width = codec_->width;
-  frame.height = codec_->height;
   frame.sample_aspect_ratio = codec_->sample_aspect_ratio;
   frame.colorspace = codec_->colorspace;
   frame.color_primaries = codec_->color_primaries;
   frame.color_trc = codec_->color_trc;
   frame.color_range = codec_->color_range;
-  if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
   EncodePixels(image, codec_->colorspace, frame);
   return encoded;
 }

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "cli/sample_convert.h"
+#include "cli/video_pixels.h"
 #include "cli/video_reader.h"
 #include "cli/video_writer.h"
 #include "tests/cli/clip.h"
@@ -108,13 +109,13 @@ TEST(VideoColor, YuvKeepsItsCodes) {
   for (const AVColorSpace matrix : {AVCOL_SPC_BT709, AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT2020_NCL}) {
     for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
       const cli::YuvCoding coding{matrix, AVCOL_RANGE_MPEG};
-      const auto small = MakeFrame(AV_PIX_FMT_YUV420P, 63, 47);
+      const auto small = MakeFrame(AV_PIX_FMT_YUV420P, 64, 48);
       VisitSamples(*small, 1, [&](int plane, int row, int column) {
         RowOf<std::uint8_t>(*small, plane, row)[column] =
             static_cast<std::uint8_t>(plane ? std::uniform_int_distribution(108, 148)(random)
                                             : std::uniform_int_distribution(70, 180)(random));
       });
-      const auto smallBack = MakeFrame(AV_PIX_FMT_YUV420P, 63, 47);
+      const auto smallBack = MakeFrame(AV_PIX_FMT_YUV420P, 64, 48);
       cli::EncodePixels(DecodePixels(*small, coding, depth, cli::AlphaForm::kStraight), matrix, *smallBack);
       int worst = 0;
       VisitSamples(*small, 1, [&](int plane, int row, int column) {
