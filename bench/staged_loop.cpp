@@ -88,14 +88,15 @@ FastSeconds DrawInStages(const FrameSetup<T>& frame, CpuPath path,
     watch.AddTo(field);
     ShadeBatch(frame, streams, batch, shaded, status, path);
     watch.AddTo(shading);
-    SetStrokeTerms(batch.stroke, frame.scale, output.width, output.height, terms, path);
+    SetStrokeTerms(batch.stroke, static_cast<float>(frame.flakeColor.alpha), frame.scale, output.width,
+                   output.height, terms, path);
     watch.AddTo(termsTimes);
     ListCursor cursor = {.lane = batch.first};
     bool done = false;
     while (!done) {
       watch.Start();
-      done = ListCoverage(terms, shaded.peakAlpha, frame.scale, batch.last, cursor,
-                          static_cast<std::uint32_t>(output.rowbytes), list, path);
+      done = ListCoverage(terms, frame.scale, batch.last, cursor, static_cast<std::uint32_t>(output.rowbytes),
+                          list, path);
       watch.AddTo(listTimes);
       if (look) {
         look(list);

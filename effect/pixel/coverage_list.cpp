@@ -1,5 +1,6 @@
 #include "effect/pixel/coverage_list.h"
 
+#include <cstring>
 #include <limits>
 
 #if defined(__x86_64__)
@@ -25,8 +26,17 @@ constexpr float kFarAcross = std::numeric_limits<float>::infinity();
 struct BlockTerms {
   BlockOf<float> across;
   BlockOf<float> along;
-  BlockOf<std::uint32_t> offset;
 };
+
+struct ListedImage {
+  float xScaleInv;
+  float yScaleInv;
+  std::uint32_t rowBytes;
+  BlockOf<std::uint32_t> rowOffsets;  // from a block's first row
+};
+
+// The flakes of blocks are noted this many at a time.
+constexpr std::size_t kLanesStep = 8;
 
 // One column of a block, before the rows that are not covered are left out.
 template <class Alpha>
@@ -51,13 +61,27 @@ struct Stroke {
   float peakAlpha;
   float columnsPerAcross;
   ColumnRange columns;
+  std::int32_t lastRow;
 };
 
-VINTREL_INLINE Stroke StrokeOf(const StrokeTerms& terms, const Lanes<float>& peakAlpha, std::size_t lane) {
+VINTREL_INLINE Stroke StrokeOf(const StrokeTerms& terms, std::size_t lane) {
   return {terms.normalX[lane],          terms.normalY[lane],
           terms.acrossOffset[lane],     terms.alongOffset[lane],
-          terms.pathLength[lane],       peakAlpha[lane] * terms.alphaScale[lane],
-          terms.columnsPerAcross[lane], {terms.firstColumn[lane], terms.lastColumn[lane]}};
+          terms.pathLength[lane],       terms.peakAlpha[lane],
+          terms.columnsPerAcross[lane], {terms.firstColumn[lane], terms.lastColumn[lane]},
+          terms.lastRow[lane]};
+}
+
+// The lanes of flakes that may cover pixels, in their order, and their number.  Half of all flakes are out of
+// sight, and no branch predictor can guess which.
+VINTREL_INLINE std::size_t FindVisible(const StrokeTerms& terms, std::size_t firstLane, std::size_t lastLane,
+                                       Lanes<std::uint8_t>& visible) {
+  std::size_t count = 0;
+  for (std::size_t lane = firstLane; lane < lastLane; ++lane) {
+    visible[count] = static_cast<std::uint8_t>(lane);
+    count += static_cast<std::size_t>(terms.firstRow[lane] <= terms.lastRow[lane]);
+  }
+  return count;
 }
 
 // AppendRows writes the covered entries one after another and returns their number.  It may write eight
@@ -149,33 +173,35 @@ VINTREL_END_TARGET
 
 template <class T>
 CoverageList<T>::CoverageList(std::int32_t width) {
-  constexpr std::size_t kLeast = 16384;
+  constexpr std::size_t kLeast = 4096;
   const std::size_t widest = static_cast<std::size_t>(width) * kBlockRows;
   capacity = widest > kLeast ? widest : kLeast;
-  // Behind the last entry, AppendRows may write a block of rows and FillLastBlock a block of entries.
-  const std::size_t size = capacity + kPrefetch + 2 * kBlockRows;
-  offsets = std::make_unique<std::uint32_t[]>(size);
-  alphas = std::make_unique<Alpha[]>(size);
-  lanes = std::make_unique<std::uint8_t[]>(size / kBlock + 1);
+  // Each flake may fill up a block, and behind the last entry AppendRows may write a block of rows.
+  const std::size_t size = capacity + kLanes * kBlock + kPrefetch + kBlockRows;
+  offsets = std::make_unique_for_overwrite<std::uint32_t[]>(size);
+  alphas = std::make_unique_for_overwrite<Alpha[]>(size);
+  lanes = std::make_unique_for_overwrite<std::uint8_t[]>(size / kBlock + kLanesStep);
 }
 
 template <class T>
-bool ListCoverage(const StrokeTerms& terms, const Lanes<float>& peakAlpha, const FX_PARc& scale,
-                  std::size_t lastLane, ListCursor& cursor, std::uint32_t rowBytes, CoverageList<T>& list,
-                  CpuPath path) {
-  list.count = 0;
+bool ListCoverage(const StrokeTerms& terms, const FX_PARc& scale, std::size_t lastLane, ListCursor& cursor,
+                  std::uint32_t rowBytes, CoverageList<T>& list, CpuPath path) {
+  ListedImage image = {scale.xScaleInvF, scale.yScaleInvF, rowBytes, {}};
+  for (std::int32_t k = 0; k < kBlockRows; ++k) {
+    image.rowOffsets[k] = static_cast<std::uint32_t>(k) * rowBytes;
+  }
 #if defined(__x86_64__)
   const auto kernel = SelectPath(path, baseline::List<T>, avx2::List<T>, avx512::List<T>);
 #else
   const auto kernel = SelectPath(path, baseline::List<T>, baseline::List<T>, baseline::List<T>);
 #endif
-  return kernel(terms, peakAlpha, scale, lastLane, cursor, rowBytes, list);
+  return kernel(terms, image, lastLane, cursor, list);
 }
 
-#define VINTREL_INSTANTIATE(T)                                                                     \
-  template struct CoverageList<T>;                                                                 \
-  template bool ListCoverage(const StrokeTerms&, const Lanes<float>&, const FX_PARc&, std::size_t, \
-                             ListCursor&, std::uint32_t, CoverageList<T>&, CpuPath);
+#define VINTREL_INSTANTIATE(T)                                                                            \
+  template struct CoverageList<T>;                                                                        \
+  template bool ListCoverage(const StrokeTerms&, const FX_PARc&, std::size_t, ListCursor&, std::uint32_t, \
+                             CoverageList<T>&, CpuPath);
 VINTREL_INSTANTIATE(PF_Pixel)
 VINTREL_INSTANTIATE(PF_Pixel16)
 VINTREL_INSTANTIATE(PF_PixelFloat)

@@ -32,7 +32,6 @@ struct CoverageList {
   std::unique_ptr<std::uint32_t[]> offsets;  // bytes from the image's first pixel
   std::unique_ptr<Alpha[]> alphas;           // as the operator's top pixel has it
   std::unique_ptr<std::uint8_t[]> lanes;     // each block's flake
-  Lanes<std::size_t> ends;                   // count after each flake listed
 };
 
 /// Where listing goes on: at a row of a flake, or at a flake's first.
@@ -43,9 +42,7 @@ struct ListCursor {
 };
 
 /// Lists the flakes from the cursor to `lastLane` - 1 into the emptied list.  False when the list is full:
-/// blend it and call again with the same cursor.  `peakAlpha` is each flake's alpha before its terms'
-/// alphaScale, `rowBytes` the image's; offsets stay below 2^32.
+/// blend it and call again with the same cursor.  `rowBytes` is the image's; offsets stay below 2^32.
 template <class T>
-bool ListCoverage(const StrokeTerms& terms, const Lanes<float>& peakAlpha, const FX_PARc& scale,
-                  std::size_t lastLane, ListCursor& cursor, std::uint32_t rowBytes, CoverageList<T>& list,
-                  CpuPath path);
+bool ListCoverage(const StrokeTerms& terms, const FX_PARc& scale, std::size_t lastLane, ListCursor& cursor,
+                  std::uint32_t rowBytes, CoverageList<T>& list, CpuPath path);

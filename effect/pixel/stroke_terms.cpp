@@ -40,8 +40,8 @@ VINTREL_INLINE PixelRange LookRange(float low, float high, float reach, std::int
           (near & (reachLast < boxLast)) ? reachLast : boxLast};
 }
 
-VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width,
-                             std::int32_t height, StrokeTerms& terms) {
+VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale,
+                             std::int32_t width, std::int32_t height, StrokeTerms& terms) {
   const float sx = scale.xScaleF;
   const float sy = scale.yScaleF;
   const bool usualScale = sx >= 0x1p-6f && sx <= 2.0f && sy >= 0x1p-6f && sy <= 2.0f &&
@@ -54,7 +54,7 @@ VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, const FX_PARc& scale, s
     const float x1 = strokes.endX[i];
     const bool small = strokes.size[i] < 1.0f;
     const float size = small ? 1.0f : strokes.size[i];
-    terms.alphaScale[i] = small ? strokes.size[i] : 1.0f;
+    terms.peakAlpha[i] = peakAlpha * (small ? strokes.size[i] : 1.0f);
 
     const float dx = x1 - x0;
     const float fall = strokes.endY[i] - y0;
@@ -99,22 +99,23 @@ VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, const FX_PARc& scale, s
   }
 }
 
-void SetTermsBaseline(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width,
+void SetTermsBaseline(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale, std::int32_t width,
                       std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, scale, width, height, terms);
+  SetTerms(strokes, peakAlpha, scale, width, height, terms);
 }
-VINTREL_AVX2 void SetTermsAvx2(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width,
-                               std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, scale, width, height, terms);
+VINTREL_AVX2 void SetTermsAvx2(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale,
+                               std::int32_t width, std::int32_t height, StrokeTerms& terms) {
+  SetTerms(strokes, peakAlpha, scale, width, height, terms);
 }
-VINTREL_AVX512 void SetTermsAvx512(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width,
-                                   std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, scale, width, height, terms);
+VINTREL_AVX512 void SetTermsAvx512(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale,
+                                   std::int32_t width, std::int32_t height, StrokeTerms& terms) {
+  SetTerms(strokes, peakAlpha, scale, width, height, terms);
 }
 
 }  // namespace
 
-void SetStrokeTerms(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width, std::int32_t height,
-                    StrokeTerms& terms, CpuPath path) {
-  SelectPath(path, SetTermsBaseline, SetTermsAvx2, SetTermsAvx512)(strokes, scale, width, height, terms);
+void SetStrokeTerms(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale, std::int32_t width,
+                    std::int32_t height, StrokeTerms& terms, CpuPath path) {
+  SelectPath(path, SetTermsBaseline, SetTermsAvx2, SetTermsAvx512)(strokes, peakAlpha, scale, width, height,
+                                                                   terms);
 }

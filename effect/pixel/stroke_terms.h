@@ -24,7 +24,7 @@ struct StrokeTerms {
   Lanes<float> acrossOffset;
   Lanes<float> alongOffset;
   Lanes<float> pathLength;
-  Lanes<float> alphaScale;  // on the peak alpha: below 1 for a flake smaller than one unit
+  Lanes<float> peakAlpha;  // less than the batch's for a flake smaller than one unit
   Lanes<float>
       columnsPerAcross;  // columns that `across` changes by 1 in; 0 where the path is too flat to use it
   Lanes<std::int32_t> firstColumn;
@@ -33,11 +33,12 @@ struct StrokeTerms {
   Lanes<std::int32_t> lastRow;  // before firstRow when no pixel can be covered
 };
 
-/// Sets every lane's terms for an image of `width` x `height` pixels, both above 0.
+/// Sets every lane's terms for an image of `width` x `height` pixels, both above 0.  `peakAlpha` is that of
+/// the flakes' pixel.
 ///
 /// The pixels to look at are those of DrawDroppyMB's box, less what lies certainly beyond the flake's reach.
-void SetStrokeTerms(const StrokeBatch& strokes, const FX_PARc& scale, std::int32_t width, std::int32_t height,
-                    StrokeTerms& terms, CpuPath path);
+void SetStrokeTerms(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale, std::int32_t width,
+                    std::int32_t height, StrokeTerms& terms, CpuPath path);
 
 /// How far a pixel may lie beyond the reach of a flake, as computed exactly, before it needs no look.  Where
 /// the terms are used to leave out pixels, coordinates stay below 2^15 units and scales between 1/64 and 2,

@@ -94,7 +94,6 @@ void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& b
                 PF_Err& status, CpuPath path) {
   SampleLanes samples;
   SelectPath(path, ShadeBaseline, ShadeAvx2, ShadeAvx512)(frame, streams, batch, samples, shaded.inFront);
-  shaded.peakAlpha.fill(static_cast<float>(frame.flakeColor.alpha));
   if (!(frame.influence > 0.0f)) {
     shaded.colours.fill(frame.flakeColor);
     return;

@@ -12,7 +12,6 @@
 template <class T>
 struct ShadedBatch {
   Lanes<T> colours;
-  Lanes<float> peakAlpha;
   Lanes<std::int32_t> inFront;  // 1 for the frame's transfer operator, 0 behind the layer
 };
 

@@ -33,21 +33,20 @@ BlendMode ModeOf(const FrameSetup<T>& frame, std::int32_t inFront) {
   return frame.transferOp == JLightenT<T> ? BlendMode::kLighten : BlendMode::kComposite;
 }
 
-// Blends what is listed of the flakes from `lane` to `last` - 1, a run of flakes on the same side of the
-// layer at a time.
+// Blends what is listed, a run of flakes on the same side of the layer at a time.
 template <class T>
-void BlendRuns(const FrameSetup<T>& frame, const Scratch<T>& scratch, std::size_t lane, std::size_t last,
+void BlendRuns(const FrameSetup<T>& frame, const ShadedBatch<T>& shaded, const CoverageList<T>& list,
                CpuPath path) {
-  const Lanes<std::int32_t>& inFront = scratch.shaded.inFront;
+  constexpr std::size_t kBlock = CoverageList<T>::kBlock;
+  const auto sideAt = [&](std::size_t entry) { return shaded.inFront[list.lanes[entry / kBlock]]; };
   std::size_t begin = 0;
-  while (lane < last) {
-    const std::int32_t side = inFront[lane];
-    while (lane < last && inFront[lane] == side) {
-      ++lane;
+  while (begin < list.count) {
+    const std::int32_t side = sideAt(begin);
+    std::size_t end = begin + kBlock;
+    while (end < list.count && sideAt(end) == side) {
+      end += kBlock;
     }
-    const std::size_t end = scratch.list.ends[lane - 1];
-    BlendList(scratch.list, begin, end, scratch.shaded.colours, ModeOf(frame, side), frame.output->data,
-              path);
+    BlendList(list, begin, end, shaded.colours, ModeOf(frame, side), frame.output->data, path);
     begin = end;
   }
 }
@@ -55,15 +54,15 @@ void BlendRuns(const FrameSetup<T>& frame, const Scratch<T>& scratch, std::size_
 template <class T>
 void DrawBatch(const FrameSetup<T>& frame, Scratch<T>& scratch, CpuPath path) {
   const PF_LayerDef& output = *frame.output;
-  const FlakeBatch& batch = scratch.batch;
-  SetStrokeTerms(batch.stroke, frame.scale, output.width, output.height, scratch.terms, path);
-  ListCursor cursor = {.lane = batch.first};
+  const auto peakAlpha = static_cast<float>(frame.flakeColor.alpha);
+  SetStrokeTerms(scratch.batch.stroke, peakAlpha, frame.scale, output.width, output.height, scratch.terms,
+                 path);
+  ListCursor cursor = {.lane = scratch.batch.first};
   bool done = false;
   while (!done) {
-    const std::size_t firstListed = cursor.lane;
-    done = ListCoverage(scratch.terms, scratch.shaded.peakAlpha, frame.scale, batch.last, cursor,
+    done = ListCoverage(scratch.terms, frame.scale, scratch.batch.last, cursor,
                         static_cast<std::uint32_t>(output.rowbytes), scratch.list, path);
-    BlendRuns(frame, scratch, firstListed, std::min(cursor.lane + 1, batch.last), path);
+    BlendRuns(frame, scratch.shaded, scratch.list, path);
   }
 }
 
