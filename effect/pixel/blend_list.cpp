@@ -27,12 +27,14 @@ VINTREL_INLINE Pixel Combine(const Pixel& flake, const Pixel& picture) {
   }
 }
 
-VINTREL_INLINE std::uint32_t LoadWord(const std::byte* from) {
-  std::uint32_t word;
+template <class Word>
+VINTREL_INLINE Word LoadWord(const std::byte* from) {
+  Word word;
   std::memcpy(&word, from, sizeof word);
   return word;
 }
-VINTREL_INLINE void StoreWord(std::uint32_t word, std::byte* to) {
+template <class Word>
+VINTREL_INLINE void StoreWord(Word word, std::byte* to) {
   std::memcpy(to, &word, sizeof word);
 }
 
@@ -70,7 +72,7 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel>& block) {
   std::uint32_t words[kBlock];
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
-    words[k] = LoadWord(block.image + block.offsets[k]);
+    words[k] = LoadWord<std::uint32_t>(block.image + block.offsets[k]);
   }
   const std::int32_t red = block.colour.red;
   const std::int32_t green = block.colour.green;
@@ -83,7 +85,7 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel>& block) {
     const WidePixel result = Combine<mode, Operators8>(flake, picture);
     words[k] = Bits(result.alpha, 0) | Bits(result.red, 8) | Bits(result.green, 16) | Bits(result.blue, 24);
   }
-#pragma GCC unroll 1
+#pragma GCC unroll 8
   for (std::size_t k = 0; k < kBlock; ++k) {
     StoreWord(words[k], block.image + block.offsets[k]);
   }
@@ -97,12 +99,10 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel16>& block) {
     const std::int32_t value = Field(word, shift, 0xFFFF);
     return value < 32768 ? value : 32768;
   };
-  std::uint32_t alphaRed[kBlock];
-  std::uint32_t greenBlue[kBlock];
+  std::uint64_t words[kBlock];
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
-    alphaRed[k] = LoadWord(block.image + block.offsets[k]);
-    greenBlue[k] = LoadWord(block.image + block.offsets[k] + 4);
+    words[k] = LoadWord<std::uint64_t>(block.image + block.offsets[k]);
   }
   const std::int32_t red = block.colour.red;
   const std::int32_t green = block.colour.green;
@@ -110,16 +110,17 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel16>& block) {
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
     const WidePixel flake = {block.alphas[k], red, green, blue};
-    const WidePixel picture = {channel(alphaRed[k], 0), channel(alphaRed[k], 16), channel(greenBlue[k], 0),
-                               channel(greenBlue[k], 16)};
+    const auto alphaRed = static_cast<std::uint32_t>(words[k]);
+    const auto greenBlue = static_cast<std::uint32_t>(words[k] >> 32);
+    const WidePixel picture = {channel(alphaRed, 0), channel(alphaRed, 16), channel(greenBlue, 0),
+                               channel(greenBlue, 16)};
     const WidePixel result = Combine<mode, Operators16>(flake, picture);
-    alphaRed[k] = Bits(result.alpha, 0) | Bits(result.red, 16);
-    greenBlue[k] = Bits(result.green, 0) | Bits(result.blue, 16);
+    words[k] = Bits(result.alpha, 0) | Bits(result.red, 16) |
+               std::uint64_t{Bits(result.green, 0) | Bits(result.blue, 16)} << 32;
   }
-#pragma GCC unroll 1
+#pragma GCC unroll 8
   for (std::size_t k = 0; k < kBlock; ++k) {
-    StoreWord(alphaRed[k], block.image + block.offsets[k]);
-    StoreWord(greenBlue[k], block.image + block.offsets[k] + 4);
+    StoreWord(words[k], block.image + block.offsets[k]);
   }
 }
 

@@ -32,15 +32,16 @@ class Divisor8 {
 };
 
 /// 0 <= numerator <= 2^30, 0 < divisor <= 2^15, quotient at most 2^15: three roundings of 2^-24 move the
-/// estimate by less than 1/100, so it is off by one at most, and the remainder says which way.
+/// estimate by less than 2^-22 of it, and the reciprocal is too great by 2^-21, so that the estimate is never
+/// below the quotient and less than 1/32 above.  Truncated it is too great by one at most, and its product
+/// with the divisor says so.
 class Divisor16 {
  public:
   VINTREL_INLINE explicit Divisor16(std::int32_t divisor)
-      : divisor_(divisor), reciprocal_(1.0f / static_cast<float>(divisor)) {}
+      : divisor_(divisor), reciprocal_((1.0f + 0x1p-21f) / static_cast<float>(divisor)) {}
   VINTREL_INLINE std::int32_t operator()(std::int32_t numerator) const {
     const std::int32_t estimate = static_cast<std::int32_t>(static_cast<float>(numerator) * reciprocal_);
-    const std::int32_t remainder = numerator - estimate * divisor_;
-    return estimate + (remainder >= divisor_ ? 1 : 0) - (remainder < 0 ? 1 : 0);
+    return estimate - (estimate * divisor_ > numerator ? 1 : 0);
   }
 
  private:
@@ -57,13 +58,15 @@ VINTREL_INLINE WidePixel Choose(bool condition, const WidePixel& yes, const Wide
 
 VINTREL_INLINE std::int32_t Raise8(std::int32_t top, std::int32_t base, std::int32_t topAlpha,
                                    Divisor8 divide) {
-  const std::int32_t above = top > base ? top - base : 0;
+  const std::int32_t difference = top - base;
+  const std::int32_t above = difference > 0 ? difference : 0;
   return base + divide(topAlpha * above);
 }
 
 VINTREL_INLINE std::int32_t Raise16(std::int32_t top, std::int32_t base, std::int32_t topAlpha,
                                     Divisor16 divide) {
-  const std::int32_t above = top > base ? top - base : 0;
+  const std::int32_t difference = top - base;
+  const std::int32_t above = difference > 0 ? difference : 0;
   return base + divide(topAlpha * above);
 }
 
