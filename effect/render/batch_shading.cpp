@@ -1,6 +1,7 @@
 #include "effect/render/batch_shading.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "effect/pixel/flake_random.h"
 #include "effect/pixel/random_lanes.h"
@@ -74,6 +75,66 @@ VINTREL_INLINE void ShadeLanes(const FrameField& frame, BatchStreams& streams, F
   }
 }
 
+// LitChannel of the plain form.
+VINTREL_INLINE std::uint32_t LitLane(std::uint32_t sampled, std::int32_t own, float weight) {
+  const float lit =
+      static_cast<float>(static_cast<std::int32_t>(sampled) - own) * weight + static_cast<float>(own);
+  const float aboveLeast = lit >= -2147483648.0f ? lit : 0.0f;
+  const float inRange = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(inRange));
+}
+
+// LitPixel of the plain form, from lights to colours.  Pixels are taken apart and put together as words, so
+// that a lane is a pixel; memory order is alpha, red, green, blue, read as little-endian.
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel>& frame, Lanes<PF_Pixel>& pixels) {
+  const float influenceScale = frame.influenceScale;
+  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
+  const std::uint32_t alpha = frame.flakeColor.alpha;
+  for (PF_Pixel& pixel : pixels) {
+    std::uint32_t word;
+    std::memcpy(&word, &pixel, sizeof word);
+    const float weight = static_cast<float>(static_cast<std::int32_t>(word & 0xFF)) * influenceScale;
+    word = alpha | (LitLane(word >> 8 & 0xFF, red, weight) & 0xFF) << 8 |
+           (LitLane(word >> 16 & 0xFF, green, weight) & 0xFF) << 16 | LitLane(word >> 24, blue, weight) << 24;
+    std::memcpy(&pixel, &word, sizeof word);
+  }
+}
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel16>& frame, Lanes<PF_Pixel16>& pixels) {
+  const float influenceScale = frame.influenceScale;
+  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
+  const std::uint32_t alpha = frame.flakeColor.alpha;
+  for (PF_Pixel16& pixel : pixels) {
+    std::uint64_t word;
+    std::memcpy(&word, &pixel, sizeof word);
+    const auto alphaRed = static_cast<std::uint32_t>(word);
+    const auto greenBlue = static_cast<std::uint32_t>(word >> 32);
+    const float weight = static_cast<float>(static_cast<std::int32_t>(alphaRed & 0xFFFF)) * influenceScale;
+    const std::uint32_t low = alpha | LitLane(alphaRed >> 16, red, weight) << 16;
+    const std::uint32_t high =
+        (LitLane(greenBlue & 0xFFFF, green, weight) & 0xFFFF) | LitLane(greenBlue >> 16, blue, weight) << 16;
+    word = low | std::uint64_t{high} << 32;
+    std::memcpy(&pixel, &word, sizeof word);
+  }
+}
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_PixelFloat>& frame, Lanes<PF_PixelFloat>& pixels) {
+  for (PF_PixelFloat& pixel : pixels) {
+    pixel = LitPixel(frame.flakeColor, pixel, frame.influenceScale);
+  }
+}
+
+template <class T>
+void LightBaseline(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+template <class T>
+VINTREL_AVX2 void LightAvx2(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+template <class T>
+VINTREL_AVX512 void LightAvx512(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+
 void ShadeBaseline(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch, SampleLanes& samples,
                    Lanes<std::int32_t>& inFront) {
   ShadeLanes(frame, streams, batch, samples, inFront);
@@ -98,15 +159,17 @@ void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& b
     shaded.colours.fill(frame.flakeColor);
     return;
   }
+  // The sampler leaves its light where the colour is to be; where it fails there is none.
+  shaded.colours.fill({});
   const PF_SampPB samplePoint = {.src = frame.illumWorld};
   for (std::size_t i = batch.first; i < batch.last; ++i) {
     if (batch.drawn[i] == 0) {
       continue;
     }
-    T light = {};
-    status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint, &light);
-    shaded.colours[i] = LitPixel(frame.flakeColor, light, frame.influenceScale);
+    status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint,
+                            &shaded.colours[i]);
   }
+  SelectPath(path, LightBaseline<T>, LightAvx2<T>, LightAvx512<T>)(frame, shaded.colours);
 }
 
 template void ShadeBatch(const FrameSetup<PF_Pixel>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel>&,
