@@ -41,7 +41,11 @@ Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
   std::string value(text.substr(equals + 1));
   Ease ease = Ease::kLinear;
   if (const std::size_t colon = value.find(':'); colon != value.npos) {
-    ease = ParseEase(std::string_view(value).substr(colon + 1));
+    try {
+      ease = ParseEase(std::string_view(value).substr(colon + 1));
+    } catch (const ToolError& refusal) {
+      Refuse(fmt::format("{}: {}", parameter.DisplayName(), refusal.what()));
+    }
     value.erase(colon);
   }
   std::ranges::replace(value, ';', ',');

@@ -58,7 +58,8 @@ int main(int argc, char** argv) {
       app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
       // Help and version come this way too, as successes.
-      return app->exit(error) == 0 ? 0 : static_cast<int>(ExitCode::kUsage);
+      if (error.get_exit_code() == 0) return app->exit(error);
+      return Fail(ExitCode::kUsage, cli::Explain(*app, error));
     }
     return static_cast<int>(Run(*app, options));
   } catch (const ToolError& error) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "cli/pending_file.h"
 #include "cli/picture_writer.h"
@@ -13,15 +14,6 @@
 
 namespace cli {
 namespace {
-
-void CheckPlace(const Scene& scene, const std::filesystem::path& output) {
-  CheckWritable(output);
-  std::error_code error;
-  if (!scene.input.empty() && std::filesystem::equivalent(scene.input, output, error)) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("output '{}' is the input itself; choose another name", output.string()));
-  }
-}
 
 // The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
 // first to the last when none is left out between.
@@ -35,12 +27,13 @@ std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
 
 }  // namespace
 
-OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
+OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles& inputs) {
   if (scene.output.empty()) {
     throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
   }
   if (VideoFormatOf(scene.output)) {
-    CheckPlace(scene, scene.output);
+    CheckWritable(scene.output);
+    inputs.CheckKept(scene.output);
     if (!scene.compression.empty()) {
       throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is for pictures; a video has its own",
                                                     scene.compression));
@@ -63,10 +56,16 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan) {
                     fmt::format("{} frames need a place for their number in the output name; try -o '{}'",
                                 plan.job.frames.size(), name.SuggestedPattern().string()));
   }
-  const FileFormat format = FormatOf(scene.output);
-  if (!scene.compression.empty()) CheckCompression(format, scene.compression);
-  if (!plan.job.frames.empty()) CheckPlace(scene, name.ForFrame(plan.job.frames.front()));
-  return {std::make_unique<StillSink>(name, format, scene.compression), false};
+  const std::optional<FileFormat> format = PictureFormatOf(scene.output);
+  if (!format) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
+                                name.ForFrame(0).filename().string()));
+  }
+  if (!scene.compression.empty()) CheckCompression(*format, scene.compression);
+  if (!plan.job.frames.empty()) CheckWritable(name.ForFrame(plan.job.frames.front()));
+  for (const std::int32_t frame : plan.job.frames) inputs.CheckKept(name.ForFrame(frame));
+  return {std::make_unique<StillSink>(name, *format, scene.compression), false};
 }
 
 }  // namespace cli

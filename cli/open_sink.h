@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/frame_io.h"
+#include "cli/input_files.h"
 #include "cli/output_name.h"
 #include "cli/render_plan.h"
 #include "cli/scene.h"
@@ -21,6 +22,6 @@ struct OpenedSink {
 /// Decides by the extension of the scene's output.  Nothing exists under its final name yet.  Throws
 /// ToolError(kUsage) for an unknown extension, a compression that the format does not take, several frames in
 /// one picture, and an output that is the input; ToolError(kOutput) for a place that cannot be written.
-OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan);
+OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles& inputs);
 
 }  // namespace cli

@@ -2,8 +2,30 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <vector>
+
+#include "cli/nearest_name.h"
+
 namespace cli {
 namespace {
+
+// Checks of single arguments.  What they return goes before the user after the option's name.
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "is empty; give it a value, or leave it out" : "";
+}
+
+template <class Number>
+std::string CheckNumber(const std::string& text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc::result_out_of_range) return fmt::format("'{}' is out of all proportion", text);
+  if (error == std::errc() && end == text.data() + text.size()) return {};
+  return fmt::format("'{}' is not a {}number", text, std::is_integral_v<Number> ? "whole " : "");
+}
 
 // The options that change parameters.  Each is noted as soon as it is parsed, so that the later one wins
 // whichever they are.
@@ -48,7 +70,8 @@ void AddShot(CLI::App& command, RenderOptions& options) {
                   "Frames a second: 24, 23.976, 30000/1001 (default: the input's, or 24)")
       ->type_name("RATE");
   command.add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
-      ->type_name("DEGREES");
+      ->type_name("DEGREES")
+      ->check(CheckNumber<double>);
   command.add_option("--depth", options.depth, "8, 16 or float (default: the input's)")->type_name("DEPTH");
   command.add_option("--alpha", options.alpha, "Alpha of video: straight (default) or premultiplied")
       ->type_name("KIND");
@@ -58,11 +81,13 @@ void AddShot(CLI::App& command, RenderOptions& options) {
       ->type_name("NAME");
   command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
   command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
-      ->type_name("RATIO");
+      ->type_name("RATIO")
+      ->check(CheckNumber<double>);
   command.add_option("--jobs", options.jobs, "Frames at the same time (default: one for each processor)")
       ->type_name("N");
   command.add_option("--missing", options.missing, "For gaps in a sequence: error (default), skip or black")
       ->type_name("WHAT");
+  for (const char* whole : {"--proxy", "--jobs"}) command.get_option(whole)->check(CheckNumber<int>);
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
 }
 
@@ -90,7 +115,8 @@ void AddSheet(CLI::App& app, Options& options) {
   CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
   AddShot(*sheet, options.render);
   sheet->add_option("--count", options.sheetFrames, "Pictures on the sheet, 1 to 64 (default 12)")
-      ->type_name("N");
+      ->type_name("N")
+      ->check(CheckNumber<int>);
   sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
 }
 
@@ -114,7 +140,30 @@ std::unique_ptr<CLI::App> MakeParser(Options& options) {
   app->footer(
       "'vintrel COMMAND --help' tells more.\n"
       "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
+  for (CLI::App* command : app->get_subcommands({})) {
+    for (CLI::Option* option : command->get_options()) {
+      if (option->get_expected_min() > 0) option->check(CheckNotEmpty);
+    }
+  }
   return app;
+}
+
+std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  const auto used = app.get_subcommands();
+  const std::string help =
+      fmt::format("'vintrel {}--help' tells what there is", used.empty() ? "" : used[0]->get_name() + ' ');
+  if (unknown.empty()) return fmt::format("{}; {}", error.what(), help);
+  std::vector<std::string> names;
+  if (used.empty()) {
+    for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  } else if (unknown[0].starts_with('-')) {
+    for (const CLI::Option* option : used[0]->get_options()) names.push_back(option->get_name());
+  }
+  const std::string suggestion =
+      SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
+  if (used.empty()) return fmt::format("there is no command '{}'{}; {}", unknown[0], suggestion, help);
+  return fmt::format("'{}' is one too many{}; {}", unknown[0], suggestion, help);
 }
 
 }  // namespace cli

@@ -19,4 +19,7 @@ struct Options {
 /// tells the command: "render", "sheet", "info", "params", "presets" or "about"; there is exactly one.
 std::unique_ptr<CLI::App> MakeParser(Options& options);
 
+/// What a parser that has refused a command line says, with the nearest of what there is.
+std::string Explain(const CLI::App& app, const CLI::ParseError& error);
+
 }  // namespace cli

@@ -122,6 +122,7 @@ class Source {
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status)) Refuse(path, error ? error.message() : "no such file");
     if (std::filesystem::is_directory(status)) Refuse(path, "it is a folder");
+    if (!std::filesystem::is_regular_file(status)) Refuse(path, "it is not a regular file");
     OIIO::ImageSpec wish;
     wish[kStraight] = 1;
     input_ = OIIO::ImageInput::open(path.string(), &wish);

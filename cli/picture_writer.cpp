@@ -116,13 +116,18 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
 
 }  // namespace
 
-FileFormat FormatOf(const std::filesystem::path& path) {
+std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
   std::string extension = path.extension().string();
   std::ranges::transform(extension, extension.begin(),
                          [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   if (extension == ".png") return FileFormat::kPng;
   if (extension == ".tif" || extension == ".tiff") return FileFormat::kTiff;
   if (extension == ".exr") return FileFormat::kExr;
+  return {};
+}
+
+FileFormat FormatOf(const std::filesystem::path& path) {
+  if (const auto format = PictureFormatOf(path)) return *format;
   throw ToolError(ExitCode::kUsage,
                   fmt::format("output '{}' must end in .png, .tif or .exr", path.filename().string()));
 }

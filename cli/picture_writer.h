@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,7 +13,10 @@ namespace cli {
 
 enum class FileFormat { kPng, kTiff, kExr };
 
-/// The format that the extension stands for, upper or lower case.  Throws ToolError(kUsage) for others.
+/// The format that the extension stands for, upper or lower case; empty for others.
+std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path);
+
+/// The same.  Throws ToolError(kUsage) for others.
 FileFormat FormatOf(const std::filesystem::path& path);
 
 /// Throws ToolError(kUsage), naming those that the format takes, for a compression that it does not.

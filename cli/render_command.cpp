@@ -111,9 +111,11 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
   if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
 
-  const OpenedSink sink = OpenSink(scene, plan);
+  const InputFiles inputs(scene, plan);
+  const OpenedSink sink = OpenSink(scene, plan, inputs);
   std::optional<Resumption> resumption = ResumptionOf(options, scene, inputStamp, plan, sink);
   if (!options.saveScene.empty()) {
+    inputs.CheckKept(options.saveScene);
     const std::string text = WriteScene(scene);
     WriteWhole(options.saveScene, std::vector<std::uint8_t>(text.begin(), text.end()));
   }

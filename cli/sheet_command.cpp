@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/contact_sheet.h"
+#include "cli/input_files.h"
 #include "cli/interrupt.h"
 #include "cli/pending_file.h"
 #include "cli/picture_writer.h"
@@ -33,6 +34,7 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   if (!scene.compression.empty()) CheckCompression(format, scene.compression);
   CheckWritable(scene.output);
   RenderPlan plan = MakePlan(scene, std::move(effect));
+  InputFiles(scene, plan).CheckKept(scene.output);
   RenderJob& job = plan.job;
   job.frames = SpreadFrames(job.frames, CheckedCount(count));
   job.jobs = options.jobs;

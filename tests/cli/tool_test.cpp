@@ -193,7 +193,7 @@ TEST_F(Tool, RefusesBeforeAnyWork) {
       {ExitCode::kUsage, "a.png", "b.tif", "--compression piz",
        "a TIFF takes (did you mean 'zip'?): none, packbits, lzw, zip"},
       {ExitCode::kUsage, "a.png", "b.mkv", "--compression none", "a video has its own"},
-      {ExitCode::kUsage, "a.png", "a.png", "", "the input itself"},
+      {ExitCode::kUsage, "a.png", "a.png", "", "would overwrite the input"},
       {ExitCode::kInput, "none.png", "b.png", "", "No such file"},
       {ExitCode::kOutput, "a.png", "none/b.png", "", "mkdir -p"},
   };
@@ -206,16 +206,25 @@ TEST_F(Tool, RefusesBeforeAnyWork) {
 
 TEST_F(Tool, EndsWithTheCodeForWhatWentWrong) {
   WritePlate("a.png", Depth::kBits8, false);
+  WritePlate("5.png", Depth::kBits8, false);
   const struct {
     const char* arguments;
     int code;
     const char* part;
-  } cases[] = {{"", 2, "subcommand"},
-               {"render a.png -o b.png --snow", 2, "--snow"},
-               {"render a.png -o b.png --frames 0-1", 2, "vintrel: 2 frames need"},
-               {"render none.png -o b.png", 3, "vintrel: cannot read 'none.png'"},
-               {"params >/dev/full", 4, "vintrel: cannot write"},
-               {"render a.png -o b.png", 0, "1 frame, 96 x 64, 8 bits, "}};
+  } cases[] = {
+      {"", 2, "vintrel: A subcommand is required; 'vintrel --help' tells"},
+      {"rendr", 2, "there is no command 'rendr' (did you mean 'render'?)"},
+      {"render a.png -o b.png --franes 1", 2, "'--franes' is one too many (did you mean '--frames'?)"},
+      {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
+      {"render a.png -o b.png --jobs 1.5", 2, "--jobs: '1.5' is not a whole number"},
+      {"render 5.png -o '%d.png' --frames 3-6", 2, "'5.png' would overwrite the input"},
+      {"render '%d.png' -o '%d.png'", 2, "'5.png' would overwrite the input"},
+      {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
+      {"sheet 5.png -o 5.png", 2, "'5.png' would overwrite the input"},
+      {"render a.png -o b.png --frames 0-1", 2, "vintrel: 2 frames need"},
+      {"render none.png -o b.png", 3, "vintrel: cannot read 'none.png'"},
+      {"params >/dev/full", 4, "vintrel: cannot write"},
+      {"render a.png -o b.png", 0, "1 frame, 96 x 64, 8 bits, "}};
   for (const auto& [arguments, code, part] : cases) {
     const Outcome outcome = Run(arguments);
     EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
