@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <fstream>
 #include <string_view>
 
@@ -24,6 +25,14 @@ bool LooksLikePicture(const std::filesystem::path& path) {
   file.read(bytes.data(), bytes.size());
   const std::string_view start(bytes.data(), static_cast<std::size_t>(file.gcount()));
   return std::ranges::any_of(kBeginnings, [&](auto beginning) { return start.starts_with(beginning); });
+}
+
+bool IsNamedLikePicture(const std::filesystem::path& path) {
+  std::string extension = path.extension().string();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  constexpr std::array kExtensions = {".png", ".jpg", ".jpeg", ".tif", ".tiff", ".exr"};
+  return std::ranges::find(kExtensions, extension) != kExtensions.end();
 }
 
 /// "5, 7-9", cut where it gets long.
@@ -72,7 +81,18 @@ OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& op
   if (!std::filesystem::exists(path, error) && IsSequenceName(path)) return OpenSequence(path, options);
   const bool isFile = std::filesystem::is_regular_file(path, error);
   // The reader of pictures has the words for what is not a file.
-  if (isFile && !LooksLikePicture(path)) return OpenVideo(path, options);
+  if (isFile && !LooksLikePicture(path)) {
+    try {
+      return OpenVideo(path, options);
+    } catch (const ToolError&) {
+      if (!IsNamedLikePicture(path)) throw;
+      throw ToolError(
+          ExitCode::kInput,
+          fmt::format("cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its "
+                      "name says",
+                      path.string()));
+    }
+  }
   OpenedSource opened;
   opened.frames = std::make_unique<StillSource>(ReadPicture(path, options.depth));
   return opened;

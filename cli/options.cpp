@@ -153,6 +153,9 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   const auto used = app.get_subcommands();
   const std::string help =
       fmt::format("'vintrel {}--help' tells what there is", used.empty() ? "" : used[0]->get_name() + ' ');
+  if (unknown.empty() && used.empty()) {
+    return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
+  }
   if (unknown.empty()) return fmt::format("{}; {}", error.what(), help);
   std::vector<std::string> names;
   if (used.empty()) {

@@ -187,7 +187,8 @@ std::string DescribeRange(const ParameterInfo& parameter) {
     case PF_Param_COLOR:
       return "#rrggbb or red,green,blue";
     case PF_Param_POINT:
-      return parameter.restrictedToLayer ? "x%,y% from 0 to 100" : "x%,y%";
+      return parameter.restrictedToLayer ? "x%,y% from 0 to 100"
+                                         : fmt::format("x%,y% from {} to {}", -kMostPercent, kMostPercent);
     default:
       // In single precision, which the bounds are, the shortest decimal form is the one that was meant.
       return fmt::format("{} to {}{}", static_cast<float>(parameter.validMin),

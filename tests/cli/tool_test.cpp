@@ -212,7 +212,7 @@ TEST_F(Tool, EndsWithTheCodeForWhatWentWrong) {
     int code;
     const char* part;
   } cases[] = {
-      {"", 2, "vintrel: A subcommand is required; 'vintrel --help' tells"},
+      {"", 2, "vintrel: no command; begin with: vintrel render"},
       {"rendr", 2, "there is no command 'rendr' (did you mean 'render'?)"},
       {"render a.png -o b.png --franes 1", 2, "'--franes' is one too many (did you mean '--frames'?)"},
       {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
@@ -246,7 +246,7 @@ TEST_F(Tool, Explains) {
         "\n3 +Variation % .Size. +variation-size +number +0 to 100 +25.0 +no\n",
         "\n15 +Stochastic Wiggle +stochastic-wiggle +checkbox +on or off +on +no +Wiggle\n",
         "\n25 +Transfer Mode +transfer-mode +popup +Composite or Lighten +Lighten +yes\n",
-        "\n28 +Offset +offset +point +x%,y% +50%,50% +yes +Extras\n",
+        "\n28 +Offset +offset +point +x%,y% from -32767 to 32767 +50%,50% +yes +Extras\n",
         "\n31 +Random Seed +random-seed +integer +0 to 10000, whole +0 +yes +Extras\n"}) {
     EXPECT_THAT(table, testing::ContainsRegex(line));
   }
