@@ -191,7 +191,7 @@ VINTREL_INLINE void PlaceFlakes(const FrameField& frame, const FieldLanes& lanes
     }
     x = WrapLane(x + offsetX, fieldWidth) - halfFieldWidth;
     y = WrapLane(y + offsetY, fieldHeight) - halfFieldHeight;
-    batch.drawn[i] = y > groundY ? 0 : 1;
+    batch.drawn[i] = y > groundY ? 0.0 : 1.0;
     if constexpr (kind != WiggleKind::kNone) {
       batch.wiggle[i] = lanes.openWiggle[i];
     }

@@ -24,7 +24,7 @@ VINTREL_INLINE void SetSizes(const FrameField& frame, FlakeBatch& batch) {
     const float size = static_cast<float>(factor * batch.scale[i] * flakeSize);
     const float flat = ((std::fabs(batch.wiggle[i]) - 1.0f) * flatness + 1.0f) * size;
     const float shown = wiggleOn ? flat : size;
-    batch.stroke.size[i] = batch.drawn[i] != 0 ? shown : -1.0f;
+    batch.stroke.size[i] = static_cast<float>(batch.drawn[i]) > 0.0f ? shown : -1.0f;
   }
 }
 
@@ -163,7 +163,7 @@ void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& b
   shaded.colours.fill({});
   const PF_SampPB samplePoint = {.src = frame.illumWorld};
   for (std::size_t i = batch.first; i < batch.last; ++i) {
-    if (batch.drawn[i] == 0) {
+    if (batch.drawn[i] == 0.0) {
       continue;
     }
     status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint,

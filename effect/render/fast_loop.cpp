@@ -91,7 +91,7 @@ PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
     NextBatch(frame, scratch->streams, batch, path);
     ShadeBatch(frame, scratch->streams, batch, scratch->shaded, status, path);
     DrawBatch(frame, *scratch, path);
-    if (batch.last == kLanes && batch.drawn[kLanes - 1] != 0) {
+    if (batch.last == kLanes && batch.drawn[kLanes - 1] != 0.0) {
       const auto index = static_cast<std::int32_t>(start) + static_cast<std::int32_t>(kLanes) - 1;
       status = frame.inData->inter.progress(frame.inData->effect_ref, index, frame.flakeCount);
       if (status != PF_Err_NONE) {

@@ -18,5 +18,5 @@ struct FlakeBatch {
   Lanes<double> scale;
   Lanes<float> wiggle;
   Lanes<std::int32_t> sizeDraw;
-  Lanes<std::int32_t> drawn;  // 0 below the ground, otherwise 1
+  Lanes<double> drawn;  // 0 below the ground, otherwise 1; as wide as what is compared, for vectors
 };
