@@ -99,30 +99,56 @@ VINTREL_INLINE void DrawWiggle(const FrameField& frame, BatchStreams& streams, F
   }
 }
 
-// The table's entry for a whole coordinate: NoiseIndex with the wrapping written as unsigned arithmetic.
-VINTREL_INLINE float NoiseEntry(const float* table, std::uint32_t coordinate) {
+// Where a coordinate falls in the noise table: the entries of the whole coordinates around it, from the one
+// before that at or below it, and the fraction beyond that.
+struct NoisePlaces {
+  Lanes<std::uint32_t> entries[4];
+  Lanes<float> fraction;
+};
+
+// NoiseIndex with the wrapping written as unsigned arithmetic.
+VINTREL_INLINE std::uint32_t NoiseEntry(std::uint32_t coordinate) {
   const auto block = static_cast<std::uint32_t>(static_cast<std::int32_t>(coordinate) / 23);
-  return table[((coordinate + 89u * block) ^ block) & 1023u];
+  return ((coordinate + 89u * block) ^ block) & 1023u;
 }
 
-// NoiseValues::noisebspline; the floor is taken by truncation, which every processor has.
-VINTREL_INLINE float NoiseLane(const float* table, float x) {
-  const float aboveLeast = x >= -2147483648.0f ? x : 0.0f;
-  const float inside = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
-  const std::int32_t truncated = static_cast<std::int32_t>(inside);
-  const float truncatedF = static_cast<float>(truncated);
-  const std::int32_t below = truncatedF > inside ? 1 : 0;
-  const std::uint32_t whole = static_cast<std::uint32_t>(truncated) - static_cast<std::uint32_t>(below);
-  const float f = inside - static_cast<float>(static_cast<std::int32_t>(whole));
-  const float rest = 1.0f - f;
-  const float squared = f * f;
-  const float cubed = squared * f;
-  const float weight0 = (rest * rest) * rest;
-  const float weight1 = 3.0f * cubed - 6.0f * squared + 4.0f;
-  const float weight2 = -3.0f * cubed + 3.0f * squared + 3.0f * f + 1.0f;
-  return (weight0 * NoiseEntry(table, whole - 1u) + weight1 * NoiseEntry(table, whole) +
-          weight2 * NoiseEntry(table, whole + 1u) + cubed * NoiseEntry(table, whole + 2u)) *
-         0.16666667f;
+// The floor is taken by truncation, which every processor has.
+VINTREL_INLINE void FindPlaces(const Lanes<double>& phases, NoisePlaces& places) {
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const float x = static_cast<float>(phases[i]);
+    const float aboveLeast = x >= -2147483648.0f ? x : 0.0f;
+    const float inside = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
+    const std::int32_t truncated = static_cast<std::int32_t>(inside);
+    const std::int32_t below = static_cast<float>(truncated) > inside ? 1 : 0;
+    const std::uint32_t whole = static_cast<std::uint32_t>(truncated) - static_cast<std::uint32_t>(below);
+    places.fraction[i] = inside - static_cast<float>(static_cast<std::int32_t>(whole));
+    places.entries[0][i] = NoiseEntry(whole - 1u);
+    places.entries[1][i] = NoiseEntry(whole);
+    places.entries[2][i] = NoiseEntry(whole + 1u);
+    places.entries[3][i] = NoiseEntry(whole + 2u);
+  }
+}
+
+// NoiseValues::noisebspline at the places.
+VINTREL_INLINE void NoiseAt(const float* table, const NoisePlaces& places, Lanes<float>& noise) {
+  Lanes<float> values[4];
+  for (std::size_t k = 0; k < 4; ++k) {
+    for (std::size_t i = 0; i < kLanes; ++i) {
+      values[k][i] = table[places.entries[k][i]];
+    }
+  }
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const float f = places.fraction[i];
+    const float rest = 1.0f - f;
+    const float squared = f * f;
+    const float cubed = squared * f;
+    const float weight0 = (rest * rest) * rest;
+    const float weight1 = 3.0f * cubed - 6.0f * squared + 4.0f;
+    const float weight2 = -3.0f * cubed + 3.0f * squared + 3.0f * f + 1.0f;
+    noise[i] =
+        (weight0 * values[0][i] + weight1 * values[1][i] + weight2 * values[2][i] + cubed * values[3][i]) *
+        0.16666667f;
+  }
 }
 
 VINTREL_INLINE void NoiseWiggle(const FrameField& frame, FieldLanes& lanes) {
@@ -135,12 +161,11 @@ VINTREL_INLINE void NoiseWiggle(const FrameField& frame, FieldLanes& lanes) {
     lanes.normalX[i] = alongY / length;
     lanes.normalY[i] = -alongX / length;
   }
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    lanes.openWiggle[i] = NoiseLane(table, static_cast<float>(lanes.openPhase[i]));
-  }
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    lanes.closeWiggle[i] = NoiseLane(table, static_cast<float>(lanes.closePhase[i]));
-  }
+  NoisePlaces places;
+  FindPlaces(lanes.openPhase, places);
+  NoiseAt(table, places, lanes.openWiggle);
+  FindPlaces(lanes.closePhase, places);
+  NoiseAt(table, places, lanes.closeWiggle);
 }
 
 // The host's cosine, one flake at a time.
