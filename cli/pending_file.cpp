@@ -80,6 +80,7 @@ void CheckWritable(const std::filesystem::path& path) {
     Refuse(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
                              folder.string()));
   }
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) Refuse(path, std::generic_category().message(errno));
   const auto status = std::filesystem::status(path, error);
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
     Refuse(path, std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");

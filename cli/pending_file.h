@@ -10,7 +10,8 @@
 namespace cli {
 
 /// Throws ToolError(kOutput), naming the place and what to try, when `path` cannot become a file: its folder
-/// does not exist, or something that is not a file stands there.  Meant for the door, before any work.
+/// does not exist or may not be written to, or something that is not a file stands there.  Meant for the
+/// door, before any work.
 void CheckWritable(const std::filesystem::path& path);
 
 /// An empty file beside `path` (`.name.tmp-PID.ext`) that is filled under this hidden name and gets its own

@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "cli/frame_range.h"
 #include "cli/interrupt.h"
@@ -34,15 +36,6 @@ ProgressStyle StyleOf(const RenderOptions& options) {
   return StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText);
 }
 
-void CheckJobs(int jobs) {
-  constexpr int kMost = 1024;
-  if (jobs < 0 || jobs > kMost) {
-    throw ToolError(
-        ExitCode::kUsage,
-        fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
-  }
-}
-
 // A list of what is done, for outputs of one file a frame.
 std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene& scene,
                                        const std::string& inputStamp, const RenderPlan& plan,
@@ -54,6 +47,18 @@ std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene
   throw ToolError(ExitCode::kUsage,
                   "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
                   "pictures such as -o snow.####.png to be able to resume");
+}
+
+void SaveScene(const std::filesystem::path& file, const Scene& scene, const InputFiles& inputs) {
+  inputs.CheckKept(file);
+  const std::string text = WriteScene(scene);
+  WriteWhole(file, std::vector<std::uint8_t>(text.begin(), text.end()));
+}
+
+// Takes away what an earlier run of the same output left behind when it was killed.
+void TidyUp(const std::filesystem::path& output) {
+  const OutputName name(output);
+  RemoveAbandoned(output.parent_path(), [&](std::string_view file) { return name.Makes(file); });
 }
 
 std::string SizeText(const SourceTraits& traits) {
@@ -88,12 +93,11 @@ void PrintSummary(const RenderOptions& options, const Scene& scene, const Render
   Say(options, line);
 }
 
-void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool isVideo) {
+void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool canResume) {
   const std::size_t left = summary.total - summary.written - summary.skipped.size() - summary.failed.size();
-  Say(options, isVideo
-                   ? fmt::format("interrupted with {} left; the video was not kept", Frames(left))
-                   : fmt::format("interrupted with {} left; the same command with --resume goes on from here",
-                                 Frames(left)));
+  Say(options, fmt::format("interrupted with {} left; {}", Frames(left),
+                           canResume ? "the same command with --resume goes on from here"
+                                     : "nothing was kept, since the output is one file"));
 }
 
 }  // namespace
@@ -101,12 +105,11 @@ void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool 
 ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect) {
   const auto start = std::chrono::steady_clock::now();
   Scene scene = SceneOf(options, *effect);
-  CheckJobs(options.jobs);
   const ProgressStyle style = StyleOf(options);
   const std::string inputStamp = FileStamp(scene.input);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   RenderJob& job = plan.job;
-  job.jobs = options.jobs;
+  job.jobs = CheckedJobs(options.jobs);
   job.missing = MissingPolicyOf(options.missing);
   job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
   if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
@@ -114,21 +117,14 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   const InputFiles inputs(scene, plan);
   const OpenedSink sink = OpenSink(scene, plan, inputs);
   std::optional<Resumption> resumption = ResumptionOf(options, scene, inputStamp, plan, sink);
-  if (!options.saveScene.empty()) {
-    inputs.CheckKept(options.saveScene);
-    const std::string text = WriteScene(scene);
-    WriteWhole(options.saveScene, std::vector<std::uint8_t>(text.begin(), text.end()));
-  }
+  if (!options.saveScene.empty()) SaveScene(options.saveScene, scene, inputs);
   if (options.dryRun) {
     PrintPlan(scene, plan, sink.isVideo);
     return ExitCode::kDone;
   }
-  for (const auto* notes : {&std::as_const(plan.notes), &sink.notes}) {
-    for (const std::string& note : *notes) Say(options, fmt::format("note: {}", note));
-  }
-  const OutputName name(scene.output);
-  RemoveAbandoned(std::filesystem::path(scene.output).parent_path(),
-                  [&](std::string_view file) { return name.Makes(file); });
+  for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
+  for (const std::string& note : sink.notes) Say(options, fmt::format("note: {}", note));
+  TidyUp(scene.output);
   const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
 
   const InterruptWatch watch;
@@ -144,7 +140,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
   PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
-  if (summary.interrupted) SayHowToGoOn(options, summary, sink.isVideo);
+  if (summary.interrupted) SayHowToGoOn(options, summary, resumption.has_value());
   return CodeOf(summary);
 }
 

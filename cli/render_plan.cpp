@@ -108,6 +108,13 @@ MissingPolicy MissingPolicyOf(const std::string& text) {
   throw ToolError(ExitCode::kUsage, fmt::format("--missing: '{}' is not error, skip or black", text));
 }
 
+int CheckedJobs(int jobs) {
+  constexpr int kMost = 1024;
+  if (jobs >= 0 && jobs <= kMost) return jobs;
+  throw ToolError(ExitCode::kUsage,
+                  fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
+}
+
 std::string NameOfDepth(minihost::Depth depth) {
   return depth == minihost::Depth::kBits8    ? "8 bits"
          : depth == minihost::Depth::kBits16 ? "16 bits"

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdio>
 #include <utility>
 
 #include "cli/contact_sheet.h"
@@ -27,6 +28,9 @@ std::size_t CheckedCount(int count) {
 }  // namespace
 
 ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
+  const auto say = [&](const std::string& line) {
+    if (!options.quiet) fmt::print(stderr, "{}\n", line);
+  };
   Scene scene = SceneOf(options, *effect);
   if (scene.output.empty())
     throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
@@ -37,10 +41,11 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   InputFiles(scene, plan).CheckKept(scene.output);
   RenderJob& job = plan.job;
   job.frames = SpreadFrames(job.frames, CheckedCount(count));
-  job.jobs = options.jobs;
+  job.jobs = CheckedJobs(options.jobs);
   job.missing = MissingPolicyOf(options.missing);
 
   ContactSheet sheet(job.frames, plan.traits);
+  for (const std::string& note : plan.notes) say(fmt::format("note: {}", note));
   const InterruptWatch watch;
   RunSummary summary;
   {
@@ -50,9 +55,13 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
                           {.interrupted = Interrupted,
                            .report = [&](std::int32_t frame, FrameOutcome) { progress.FrameDone(frame); }});
   }
-  if (!summary.interrupted) {
-    WriteWhole(scene.output,
-               EncodePicture(sheet.Sheet().image, sheet.Sheet().traits, format, scene.compression));
+  if (summary.interrupted) {
+    say("interrupted; there is no sheet");
+  } else {
+    const Picture& picture = sheet.Sheet();
+    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.compression));
+    say(fmt::format("{} pictures on '{}', {} x {}", summary.written, scene.output, picture.image.width(),
+                    picture.image.height()));
   }
   return CodeOf(summary);
 }
