@@ -6,24 +6,34 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <numeric>
 #include <type_traits>
 #include <vector>
 
 #include "minihost/copy.h"
+#include "minihost/wide_pixel.h"
 
 namespace minihost {
 namespace {
 
-// The source columns (or rows) first..end - 1 under one target column (or row).
+// The source columns (or rows) first..end - 1 under one target column (or row).  Of these,
+// wholeFirst..wholeEnd
+// - 1 are covered wholly; the others, at most one on each side, in part.
 struct Cover {
   std::int32_t target;
   std::int32_t first;
+  std::int32_t wholeFirst;
+  std::int32_t wholeEnd;
   std::int32_t end;
-  double firstWeight;
-  double innerWeight;  // of each between the first and the last
-  double lastWeight;   // 0 when there is only one
+  double firstWeight;  // of `first` when it is covered in part
+  double wholeWeight;
+  double lastWeight;  // of `end` - 1 when it is covered in part
   double total;
+
+  double WeightOf(std::int32_t source) const noexcept {
+    return source < wholeFirst ? firstWeight : source < wholeEnd ? wholeWeight : lastWeight;
+  }
 };
 
 // One axis of a scaling: where the rectangles begin, how long they are, and how far the images reach.
@@ -63,70 +73,100 @@ std::vector<Cover> CoversOf(const Axis& axis) {
       return static_cast<double>(std::min((source + 1) * perSource, end) -
                                  std::max(source * perSource, begin));
     };
-    const auto inner = static_cast<double>(perSource);
+    const auto whole = static_cast<double>(perSource);
     Cover cover{};
     cover.target = static_cast<std::int32_t>(target);
     cover.first = static_cast<std::int32_t>(axis.sourceBegin + static_cast<std::int64_t>(first));
     cover.end = static_cast<std::int32_t>(axis.sourceBegin + static_cast<std::int64_t>(lastInside) + 1);
     cover.firstWeight = weightOf(first);
-    cover.innerWeight = inner;
-    cover.lastWeight = lastInside > first ? weightOf(lastInside) : 0;
-    const std::uint64_t innerCount = lastInside > first + 1 ? lastInside - first - 1 : 0;
-    cover.total = cover.firstWeight + cover.lastWeight + static_cast<double>(innerCount) * inner;
+    cover.wholeWeight = whole;
+    cover.lastWeight = weightOf(lastInside);
+    cover.wholeFirst = cover.first + (cover.firstWeight < whole ? 1 : 0);
+    cover.wholeEnd = std::max(cover.wholeFirst, cover.end - (cover.lastWeight < whole ? 1 : 0));
+    cover.total = static_cast<double>(cover.wholeEnd - cover.wholeFirst) * whole +
+                  (cover.first < cover.wholeFirst ? cover.firstWeight : 0) +
+                  (cover.wholeEnd < cover.end ? cover.lastWeight : 0);
     covers.push_back(cover);
   }
   return covers;
 }
 
-// Weighted sums over an area: of alpha, of the weight that colours have (alpha where it is above 0), and of
-// the colours by that weight.
+// Weighted sums over an area: of alpha and, by the weight that colours have (alpha where it is above 0), of
+// red, green and blue; and of that weight.
 struct Sums {
-  double alpha;
+  WideChannels channels;
   double colorWeight;
-  double red;
-  double green;
-  double blue;
 };
 
-// What the sums over a run of whole pixels are kept in.  A run is at most Image::kMaxSide pixels long, so 8
-// bits (16 a product) fit into 32 and 16 bits (30 a product) into 64, exactly.
+// Sums over whole pixels of one row.  Integers are summed exactly: a product of 16 bits has 30, and a row is
+// at most Image::kMaxSide pixels long.
 template <class P>
-using RunSum =
-    std::conditional_t<kDepthOf<P> == Depth::kFloat, double,
-                       std::conditional_t<kDepthOf<P> == Depth::kBits8, std::uint32_t, std::uint64_t>>;
-
-template <class P>
-struct RunOfPixels {
-  using Number = RunSum<P>;
-  Number alpha = 0;
-  Number colorWeight = 0;
-  Number red = 0;
-  Number green = 0;
-  Number blue = 0;
-
-  void Add(const P& pixel) noexcept {
-    const Number pixelAlpha = pixel.alpha;
-    const Number weight = std::max(pixelAlpha, Number{0});
-    alpha += pixelAlpha;
-    colorWeight += weight;
-    red += weight * pixel.red;
-    green += weight * pixel.green;
-    blue += weight * pixel.blue;
+class Run {
+ public:
+  void Add(const P* pixels, std::int32_t count) noexcept {
+    for (const P* pixel = pixels; pixel != pixels + count; ++pixel) {
+      const WideChannels wide = Widen(*pixel);
+      const double weight = std::max(wide.alphaRed[0], 0.0);
+      alphaRed_ += wide.alphaRed * Doubles{1, weight};
+      greenBlue_ += wide.greenBlue * weight;
+      colorWeight_ += weight;
+    }
   }
 
   void AddTo(Sums& sums, double weight) const noexcept {
-    sums.alpha += weight * static_cast<double>(alpha);
-    sums.colorWeight += weight * static_cast<double>(colorWeight);
-    sums.red += weight * static_cast<double>(red);
-    sums.green += weight * static_cast<double>(green);
-    sums.blue += weight * static_cast<double>(blue);
+    sums.channels.alphaRed += alphaRed_ * weight;
+    sums.channels.greenBlue += greenBlue_ * weight;
+    sums.colorWeight += colorWeight_ * weight;
   }
+
+ private:
+  Doubles alphaRed_{};
+  Doubles greenBlue_{};
+  double colorWeight_ = 0;
+};
+
+// 8 bits in integers, two pixels at a time: products fit into 16 bits and sums into 32.
+template <>
+class Run<PF_Pixel> {
+ public:
+  void Add(const PF_Pixel* pixels, std::int32_t count) noexcept {
+    std::int32_t i = 0;
+    for (; i + 1 < count; i += 2) AddPair(BitsOf<std::uint64_t>(pixels + i));
+    if (i < count) AddPair(BitsOf<std::uint32_t>(pixels + i));
+  }
+
+  void AddTo(Sums& sums, double weight) const noexcept {
+    const WideChannels wide = Widen(sums_);
+    sums.channels.alphaRed += wide.alphaRed * weight;
+    sums.channels.greenBlue += wide.greenBlue * weight;
+    sums.colorWeight += wide.alphaRed[0] * weight;
+  }
+
+ private:
+  template <class Bits>
+  static Bits BitsOf(const PF_Pixel* pixels) noexcept {
+    Bits bits;
+    std::memcpy(&bits, pixels, sizeof bits);
+    return bits;
+  }
+
+  // A pixel of zeros adds nothing.
+  void AddPair(std::uint64_t pixels) noexcept {
+    const Words channels = Widen(reinterpret_cast<Bytes>(LongIntegers{pixels, 0}));
+    const Words alphas = __builtin_shufflevector(channels, channels, 0, 0, 0, 0, 4, 4, 4, 4);
+    const Words colours = {0, 0xFFFF, 0xFFFF, 0xFFFF, 0, 0xFFFF, 0xFFFF, 0xFFFF};
+    const Words one = {1, 0, 0, 0, 1, 0, 0, 0};
+    const Words products = channels * ((alphas & colours) | one);
+    sums_ += WidenLow(products) + WidenHigh(products);
+  }
+
+  Integers sums_{};
 };
 
 template <class P>
 void AddPixel(const P& pixel, double weight, Sums& sums) noexcept {
-  RunOfPixels<P> run;
-  run.Add(pixel);
+  Run<P> run;
+  run.Add(&pixel, 1);
   run.AddTo(sums, weight);
 }
 
@@ -135,12 +175,11 @@ template <class P>
 void AddRow(const P* row, double rowWeight, const std::vector<Cover>& columns, Sums* sums) noexcept {
   for (const Cover& cover : columns) {
     Sums& sum = *sums++;
-    AddPixel(row[cover.first], rowWeight * cover.firstWeight, sum);
-    if (cover.end - cover.first == 1) continue;
-    RunOfPixels<P> inner;
-    for (int column = cover.first + 1; column < cover.end - 1; ++column) inner.Add(row[column]);
-    inner.AddTo(sum, rowWeight * cover.innerWeight);
-    AddPixel(row[cover.end - 1], rowWeight * cover.lastWeight, sum);
+    if (cover.first < cover.wholeFirst) AddPixel(row[cover.first], rowWeight * cover.firstWeight, sum);
+    Run<P> run;
+    run.Add(row + cover.wholeFirst, cover.wholeEnd - cover.wholeFirst);
+    run.AddTo(sum, rowWeight * cover.wholeWeight);
+    if (cover.wholeEnd < cover.end) AddPixel(row[cover.end - 1], rowWeight * cover.lastWeight, sum);
   }
 }
 
@@ -157,11 +196,11 @@ template <class P>
 P MeanOf(const Sums& sums, double area) noexcept {
   using Channel = decltype(P::alpha);
   P mean{};
-  mean.alpha = ChannelOf<Channel>(sums.alpha / area);
+  mean.alpha = ChannelOf<Channel>(sums.channels.alphaRed[0] / area);
   if (sums.colorWeight > 0) {
-    mean.red = ChannelOf<Channel>(sums.red / sums.colorWeight);
-    mean.green = ChannelOf<Channel>(sums.green / sums.colorWeight);
-    mean.blue = ChannelOf<Channel>(sums.blue / sums.colorWeight);
+    mean.red = ChannelOf<Channel>(sums.channels.alphaRed[1] / sums.colorWeight);
+    mean.green = ChannelOf<Channel>(sums.channels.greenBlue[0] / sums.colorWeight);
+    mean.blue = ChannelOf<Channel>(sums.channels.greenBlue[1] / sums.colorWeight);
   }
   return mean;
 }
@@ -178,10 +217,7 @@ void Reduce(const PF_LayerDef& src, const PF_LayerDef& dst, const std::vector<Co
   for (const Cover& cover : rows) {
     std::fill(sums.begin(), sums.end(), Sums{});
     for (int row = cover.first; row < cover.end; ++row) {
-      const double weight = row == cover.first     ? cover.firstWeight
-                            : row == cover.end - 1 ? cover.lastWeight
-                                                   : cover.innerWeight;
-      AddRow(RowOf<const P>(src, row), weight, columns, sums.data());
+      AddRow(RowOf<const P>(src, row), cover.WeightOf(row), columns, sums.data());
     }
     P* target = RowOf<P>(dst, cover.target);
     for (std::size_t i = 0; i < columns.size(); ++i) {

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "minihost/wide_pixel.h"
+
 namespace minihost {
 namespace {
 
@@ -47,47 +49,8 @@ struct Square {
   }
 };
 
-// All four channels of a pixel.  Nearly every sample falls on an even alpha, so that this is the way to be
-// quick; two doubles to a vector is what every 64-bit processor has.
-using Doubles = double __attribute__((vector_size(16)));
-struct WideChannels {
-  Doubles alphaRed;
-  Doubles greenBlue;
-};
-
-using Bytes = std::uint8_t __attribute__((vector_size(16)));
-using Words = std::uint16_t __attribute__((vector_size(16)));
-using Integers = std::uint32_t __attribute__((vector_size(16)));
-using LongIntegers = std::uint64_t __attribute__((vector_size(16)));
-
-// Pixels are loaded as integers: bytes copied into a part of a vector would go through memory.
-Integers ChannelsOf(const PF_Pixel16& pixel) noexcept {
-  std::uint64_t bits;
-  std::memcpy(&bits, &pixel, sizeof bits);
-  const Words words = reinterpret_cast<Words>(LongIntegers{bits, 0});
-  return reinterpret_cast<Integers>(__builtin_shufflevector(words, Words{}, 0, 8, 1, 9, 2, 10, 3, 11));
-}
-Integers ChannelsOf(const PF_Pixel& pixel) noexcept {
-  std::uint32_t bits;
-  std::memcpy(&bits, &pixel, sizeof bits);
-  const Bytes bytes = reinterpret_cast<Bytes>(Integers{bits, 0, 0, 0});
-  const Words words = reinterpret_cast<Words>(
-      __builtin_shufflevector(bytes, Bytes{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
-  return reinterpret_cast<Integers>(__builtin_shufflevector(words, Words{}, 0, 8, 1, 9, 2, 10, 3, 11));
-}
-
-// A whole number below 2^32 in the low half of a double's bits, under the high half of 2^52, is the double
-// 2^52 plus that number.
-template <class P>
-WideChannels Widen(const P& pixel) noexcept {
-  const Integers channels = ChannelsOf(pixel);
-  const Integers high = {0x43300000, 0x43300000, 0x43300000, 0x43300000};
-  return {reinterpret_cast<Doubles>(__builtin_shufflevector(channels, high, 0, 4, 1, 5)) - 0x1p52,
-          reinterpret_cast<Doubles>(__builtin_shufflevector(channels, high, 2, 6, 3, 7)) - 0x1p52};
-}
-
-// The plain mean of integer pixels.  Weights add up to 2^32 and channels take 16 bits, so that the sums are
-// exact in double precision.
+// The plain mean of integer pixels, which nearly every sample is.  Weights add up to 2^32 and channels take
+// 16 bits, so that the sums are exact in double precision.
 template <class P>
 [[gnu::always_inline]] inline P MeanOfPixels(const Square<P>& square, std::uint32_t x,
                                              std::uint32_t y) noexcept {
