@@ -61,8 +61,9 @@ class FrameSink {
   /// Takes the frames in the order of the render, one at a time.  Throws ToolError(kOutput).
   virtual void Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encoded) = 0;
 
-  /// Ends the output: only after this does a file with many frames appear under its final name.  A sink
-  /// destroyed without it leaves nothing behind, except stills that are complete.
+  /// Ends the output after its last frame, of which there is one at least: only after this does a file with
+  /// many frames appear under its final name.  A sink destroyed without it leaves nothing behind, except
+  /// stills that are complete.
   virtual void Finish() = 0;
 };
 

@@ -63,7 +63,7 @@ class Run {
     if (failure_) std::rethrow_exception(failure_);
     const std::size_t done = summary_.written + summary_.skipped.size() + summary_.failed.size();
     summary_.interrupted = done < summary_.total;
-    if (!summary_.interrupted) sink_.Finish();
+    if (!summary_.interrupted && summary_.written > 0) sink_.Finish();
     return std::move(summary_);
   }
 

@@ -77,7 +77,7 @@ struct RunSummary {
 /// kInterrupted, kFrameFailed when frames failed, or kDone.
 ExitCode CodeOf(const RunSummary& summary);
 
-/// Renders all frames and finishes the sink.
+/// Renders all frames and finishes the sink, unless there was nothing to write.
 ///
 /// The first failure in the order of the frames ends the run, unless job.onFailure says to go on: the frames
 /// before it are written, those after it are not, and the exception is thrown on as it was (ToolError with

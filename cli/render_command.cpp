@@ -140,6 +140,10 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
   PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
+  if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
+    throw ToolError(ExitCode::kFrameFailed,
+                    fmt::format("there was no frame to write, so '{}' was not made", scene.output));
+  }
   if (summary.interrupted) SayHowToGoOn(options, summary, resumption.has_value());
   return CodeOf(summary);
 }
