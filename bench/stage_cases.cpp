@@ -76,8 +76,10 @@ void RunStageCase(const std::string& name, const Snow& snow, Effort effort, Repo
 
 CaseSection StageCases(Effort effort) {
   CaseSection cases = {{"Stages alone", "ns a flake", "plain", "fast"}, {}};
-  const std::pair<const char*, Snow> looks[] = {
-      {"200k", Default(200'000)}, {"50k size 15", LargeFlakes()}, {"50k streaks", Streaks()}};
+  const std::pair<const char*, Snow> looks[] = {{"10k", Default(10'000)},
+                                                {"200k", Default(200'000)},
+                                                {"50k size 15", LargeFlakes()},
+                                                {"50k streaks", Streaks()}};
   for (const auto& [look, snow] : looks) {
     ForEachDepth([&, look = look, snow = snow](auto pixel) {
       using T = decltype(pixel);
