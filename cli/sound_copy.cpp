@@ -19,6 +19,29 @@ AvInput Open(const std::filesystem::path& path) {
                   fmt::format("cannot read the sound of '{}': {}", path.string(), LibavMessage(error)));
 }
 
+AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
+  AVStream& stream = *Allocated(avformat_new_stream(&output, nullptr));
+  if (avcodec_parameters_copy(stream.codecpar, sound.codecpar) < 0) throw std::bad_alloc();
+  stream.codecpar->codec_tag = 0;  // that of the other container
+  stream.time_base = sound.time_base;
+  stream.disposition = sound.disposition;
+  av_dict_copy(&stream.metadata, sound.metadata, 0);
+  return stream;
+}
+
+/// Whether the container takes the sound.  Its list of codecs promises more than it accepts in the end, such
+/// as FLAC in MOV, so that only trying tells.
+bool Takes(const AVOutputFormat& container, const AVStream& sound) {
+  if (avformat_query_codec(&container, sound.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) return false;
+  AVFormatContext* file = nullptr;
+  if (avformat_alloc_output_context2(&file, &container, nullptr, nullptr) < 0) throw std::bad_alloc();
+  const AvOutput owner(file);
+  const std::string nowhere = LibavName("/dev/null");
+  if (avio_open(&file->pb, nowhere.c_str(), AVIO_FLAG_WRITE) < 0) return true;
+  AddCopy(sound, *file);
+  return avformat_init_output(file, nullptr) >= 0;
+}
+
 }  // namespace
 
 SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
@@ -36,20 +59,14 @@ SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
 }
 
 void SoundCopy::AddTrack(const AVStream& input) {
-  if (avformat_query_codec(output_.oformat, input.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
+  if (!Takes(*output_.oformat, input)) {
     notes_.push_back(fmt::format("the sound of '{}' is left out: {} cannot hold {}",
                                  range_.path.filename().string(), output_.oformat->name,
                                  avcodec_get_name(input.codecpar->codec_id)));
     return;
   }
-  AVStream* stream = Allocated(avformat_new_stream(&output_, nullptr));
-  if (avcodec_parameters_copy(stream->codecpar, input.codecpar) < 0) throw std::bad_alloc();
-  stream->codecpar->codec_tag = 0;  // that of the other container
-  stream->time_base = input.time_base;
-  stream->disposition = input.disposition;
-  av_dict_copy(&stream->metadata, input.metadata, 0);
   Track& track = tracks_[static_cast<std::size_t>(input.index)];
-  track.output = stream->index;
+  track.output = AddCopy(input, output_).index;
   track.begin = std::llround(range_.begin / av_q2d(input.time_base));
   const AVRational sample{1, std::max(1, input.codecpar->sample_rate)};
   track.padding = av_rescale_q(input.codecpar->initial_padding, sample, input.time_base);
