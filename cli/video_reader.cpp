@@ -9,9 +9,9 @@
 
 #include "cli/tool_error.h"
 #include "cli/video_pixels.h"
+#include "cli/video_turn.h"
 
 extern "C" {
-#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -29,14 +29,6 @@ double PixelAspectOf(AVFormatContext& file, AVStream& stream) {
   const AVRational aspect = av_guess_sample_aspect_ratio(&file, &stream, nullptr);
   const double value = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
   return value >= 1 / kMost && value <= kMost ? value : 1;
-}
-
-/// Clockwise; 0 without the wish.
-double RotationOf(const AVStream& stream) {
-  const auto* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
-  if (!matrix) return 0;
-  const double degrees = -av_display_rotation_get(reinterpret_cast<const std::int32_t*>(matrix));
-  return std::isnan(degrees) ? 0 : degrees;
 }
 
 }  // namespace
@@ -61,11 +53,15 @@ void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
     Refuse(fmt::format("it is {} x {} pixels; 1 to {} a side can be drawn on", video.width, video.height,
                        Image::kMaxSide));
   }
-  traits_.width = video.width;
-  traits_.height = video.height;
+  stored_ = {video.width, video.height};
+  orientation_ = OrientationOf(decoder_.Stream());
+  const Orientation orientation(orientation_.value_or(1), stored_);
+  traits_.width = orientation.Upright().width;
+  traits_.height = orientation.Upright().height;
   traits_.depth = depth.value_or(DepthOf(format));
   traits_.hasAlpha = HasAlpha(format);
-  traits_.pixelAspect = PixelAspectOf(decoder_.File(), decoder_.Stream());
+  const double aspect = PixelAspectOf(decoder_.File(), decoder_.Stream());
+  traits_.pixelAspect = orientation.Sideways() ? 1 / aspect : aspect;
   traits_.rate = decoder_.Index().Rate();
   traits_.firstFrame = 0;
   constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
@@ -103,12 +99,7 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
 
 void VideoReader::NoteWhatIsNotHeeded() {
   const VideoIndex& index = decoder_.Index();
-  if (const double degrees = RotationOf(decoder_.Stream()); std::abs(degrees) > 0.5) {
-    notes_.push_back(
-        fmt::format("the file asks to be shown rotated by {:.0f} "
-                    "degrees; that is not heeded",
-                    degrees));
-  }
+  if (!orientation_) notes_.emplace_back("the file asks to be shown turned askew; that is not heeded");
   if (decoder_.Stream().codecpar->field_order > AV_FIELD_PROGRESSIVE) {
     notes_.emplace_back("the video is interlaced; both fields are taken as one picture");
   }
@@ -154,12 +145,12 @@ std::optional<Picture> VideoReader::Read(std::int32_t frame) {
   picture.traits.clearColor = light ? ClearColor::kLight : ClearColor::kHidden;
   try {
     const AVFrame& decoded = decoder_.Decode(decoder_.Index().PictureAt(frame));
-    if (decoded.width != traits_.width || decoded.height != traits_.height) {
+    if (decoded.width != stored_.width || decoded.height != stored_.height) {
       refuse(fmt::format("it is {} x {} pixels, the first frame {} x {}", decoded.width, decoded.height,
-                         traits_.width, traits_.height));
+                         stored_.width, stored_.height));
     }
     if (const auto reason = WhyUnreadable(static_cast<AVPixelFormat>(decoded.format))) refuse(*reason);
-    picture.image = DecodePixels(decoded, coding_, traits_.depth, alpha_);
+    picture.image = Turn(DecodePixels(decoded, coding_, traits_.depth, alpha_), orientation_.value_or(1));
   } catch (const DecodeFailure& failure) {
     refuse(failure.what());
   }

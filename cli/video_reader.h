@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/frame_io.h"
+#include "cli/orientation.h"
 #include "cli/sound_copy.h"
 #include "cli/video_colour.h"
 #include "cli/video_decoder.h"
@@ -15,8 +16,9 @@ namespace cli {
 
 /// Reads any file that the media libraries know.
 ///
-/// Frame n is the n-th picture in the order of showing, from 0; with a varying rate it is the picture whose
-/// time is nearest to that of the n-th frame at the mean rate.
+/// Pictures are upright: turned and mirrored as the file asks.  Frame n is the n-th picture in the order of
+/// showing, from 0; with a varying rate it is the picture whose time is nearest to that of the n-th frame at
+/// the mean rate.
 class VideoReader : public FrameSource {
  public:
   /// Without `depth` the file decides (DepthOf).  Throws ToolError(kInput) naming the file.
@@ -50,6 +52,8 @@ class VideoReader : public FrameSource {
   std::filesystem::path path_;
   AlphaForm alpha_;
   VideoDecoder decoder_;
+  Orientation::Size stored_{};      // of a frame in the file
+  std::optional<int> orientation_;  // empty: one that is not heeded
   SourceTraits traits_;
   ColorTags tags_;
   YuvCoding coding_;
