@@ -6,6 +6,17 @@
 #include "cli/tool_error.h"
 
 namespace cli {
+namespace {
+
+std::string WhyNotOpened(int error) {
+  if (error == AVERROR_EOF) return "it ends before its first picture";
+  if (error == AVERROR_INVALIDDATA) {
+    return "it is not in a format that is known, or its start or index is damaged or cut off";
+  }
+  return LibavMessage(error);
+}
+
+}  // namespace
 
 VideoDecoder::VideoDecoder(const std::filesystem::path& path)
     : path_(path), packet_(Allocated(av_packet_alloc())), frame_(Allocated(av_frame_alloc())) {
@@ -28,7 +39,7 @@ void VideoDecoder::Open() {
   int error = avformat_open_input(&file, LibavName(path_.string()).c_str(), nullptr, nullptr);
   file_.reset(file);
   if (error >= 0) error = avformat_find_stream_info(file, nullptr);
-  if (error < 0) Refuse(LibavMessage(error));
+  if (error < 0) Refuse(WhyNotOpened(error));
   stream_ = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream_ < 0) Refuse("there is no video in it");
   for (int i = 0; i < static_cast<int>(file->nb_streams); ++i) {

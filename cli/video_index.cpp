@@ -1,7 +1,13 @@
 #include "cli/video_index.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
+
+extern "C" {
+#include <libavutil/parseutils.h>
+}
 
 namespace cli {
 namespace {
@@ -11,6 +17,16 @@ bool IsShown(const AVPacket& packet, AVCodecID codec) {
   if (packet.flags & AV_PKT_FLAG_DISCARD) return false;
   constexpr int kVp8Shown = 0x10;
   return codec != AV_CODEC_ID_VP8 || packet.size == 0 || (packet.data[0] & kVp8Shown);
+}
+
+/// How long the stream is by its own account; 0 when it says nothing.
+double StatedSeconds(const AVStream& stream) {
+  if (stream.duration > 0) return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
+  std::int64_t microseconds = 0;
+  constexpr int kIsDuration = 1;
+  if (!tag || av_parse_time(&microseconds, tag->value, kIsDuration) < 0) return 0;
+  return static_cast<double>(microseconds) / 1e6;
 }
 
 double PerSecond(AVRational rate) {
@@ -31,17 +47,22 @@ VideoIndex::VideoIndex(AVFormatContext& file, const AVStream& stream) : timeBase
 void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
   const AvPacket packet(Allocated(av_packet_alloc()));
   bool hasTimes = true;
+  std::int64_t begin = INT64_MAX;
+  std::int64_t end = 0;
   int error = 0;
   while ((error = av_read_frame(&file, packet.get())) >= 0) {
     if (packet->stream_index == stream.index) {
       const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
       hasTimes = hasTimes && packet->pts != AV_NOPTS_VALUE;
       if (isKey) keys_.push_back(packet->pts);
+      begin = std::min(begin, packet->pts);
+      end = std::max(end, packet->pts + packet->duration);
       if (IsShown(*packet, stream.codecpar->codec_id)) times_.push_back(packet->pts);
     }
     av_packet_unref(packet.get());
   }
   if (error != AVERROR_EOF) damage_ = LibavMessage(error);
+  if (error == AVERROR_EOF && hasTimes) CheckEnd(file, stream, end - begin);
   count_ = times_.size();
   if (!hasTimes) {
     times_.clear();
@@ -53,6 +74,15 @@ void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
   if (!keys_.empty()) times_.erase(times_.begin(), std::ranges::lower_bound(times_, keys_.front()));
   times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
   count_ = times_.size();
+}
+
+/// Some formats end without complaint wherever the file does, but say how long the video was to be.
+void VideoIndex::CheckEnd(const AVFormatContext& file, const AVStream& stream, std::int64_t length) {
+  if (times_.empty() || file.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
+  const double due = StatedSeconds(stream);
+  const double found = static_cast<double>(length) * av_q2d(timeBase_);
+  constexpr double kTolerance = 0.1;  // seconds
+  if (due > found + kTolerance) damage_ = fmt::format("it lasts {:.2f} of {:.2f} seconds", found, due);
 }
 
 void VideoIndex::FindRate(AVFormatContext& file, const AVStream& stream) {

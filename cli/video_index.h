@@ -45,6 +45,7 @@ class VideoIndex {
 
  private:
   void Gather(AVFormatContext& file, const AVStream& stream);
+  void CheckEnd(const AVFormatContext& file, const AVStream& stream, std::int64_t length);
   void FindRate(AVFormatContext& file, const AVStream& stream);
 
   AVRational timeBase_{};
