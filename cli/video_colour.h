@@ -35,7 +35,8 @@ AVColorSpace MatrixByHeight(int height);
 bool IsYuv(AVPixelFormat format);
 bool HasAlpha(AVPixelFormat format);
 
-/// The depth that loses nothing of the format: up to 8 bits 8, up to 16 bits 16, else float.
+/// The depth that fits the format: up to 8 bits 8, up to 16 bits 16, else float.  What has all 16 bits comes
+/// back up to one of 65535 off in 16, and equal in float.
 minihost::Depth DepthOf(AVPixelFormat format);
 
 /// Empty when DecodePixels can read the format, else what stands against it.

@@ -34,7 +34,8 @@ struct VideoTraits {
 /// Writes the same bytes for the same frames, with any number of threads that encode.
 ///
 /// MP4: 8 bits, limited range, 4:2:0, nearly without visible loss, over black where the picture is
-/// transparent.  MOV: 10 bits, limited range, 4:4:4, straight alpha.  MKV: RGB without loss, straight alpha,
+/// transparent.  MOV: 10 bits, limited range, 4:4:4, straight alpha (stored in 16 bits,
+/// of which the encoder fills 10; clear and opaque are exact).  MKV: RGB without loss, straight alpha,
 /// 8 bits from 8-bit frames, else 16.
 class VideoWriter : public FrameSink {
  public:
