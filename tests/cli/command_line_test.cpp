@@ -3,6 +3,7 @@
 
 #include <numeric>
 
+#include "cli/contact_sheet.h"
 #include "cli/frame_range.h"
 #include "cli/frame_rate.h"
 #include "cli/output_name.h"
@@ -61,25 +62,29 @@ TEST(Parts, CoverEveryFrameOnceAndDifferByOneAtMost) {
   }
 }
 
+TEST(ContactSheet, SpreadsFramesFromTheFirstToTheLast) {
+  EXPECT_THAT(cli::SpreadFrames({1, 2, 3}, 5), ElementsAre(1, 2, 3));
+  EXPECT_THAT(cli::SpreadFrames({1, 2, 3, 4, 5, 6, 7}, 4), ElementsAre(1, 3, 5, 7));
+  EXPECT_THAT(cli::SpreadFrames({4, 5}, 1), ElementsAre(4));
+}
+
 TEST(OutputName, PutsTheNumberInItsPlace) {
   const struct {
     const char* pattern;
     std::int32_t frame;
     const char* name;
-  } cases[] = {
-      {"out.####.png", 7, "out.0007.png"},
-      {"out.#.png", 12, "out.0012.png"},
-      {"##.exr", 123, "123.exr"},
-      {"o.####.png", -7, "o.-0007.png"},
-      {"out.%04d.png", 7, "out.0007.png"},
-      {"out.%04d.png", -7, "out.-007.png"},
-      {"out%d.tif", 42, "out42.tif"},
-      {"out%3d.tif", 42, "out 42.tif"},
-      {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
-      {"/r/100%.png", 5, "/r/100%.png"},
-      {"####", -2147483647 - 1, "-2147483648"},
-      {"{}#.png", 1, "{}0001.png"},
-  };
+  } cases[] = {{"out.####.png", 7, "out.0007.png"},
+               {"out.#.png", 12, "out.0012.png"},
+               {"##.exr", 123, "123.exr"},
+               {"o.####.png", -7, "o.-0007.png"},
+               {"out.%04d.png", 7, "out.0007.png"},
+               {"out.%04d.png", -7, "out.-007.png"},
+               {"out%d.tif", 42, "out42.tif"},
+               {"out%3d.tif", 42, "out 42.tif"},
+               {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
+               {"/r/100%.png", 5, "/r/100%.png"},
+               {"####", -2147483647 - 1, "-2147483648"},
+               {"{}#.png", 1, "{}0001.png"}};
   for (const auto& [pattern, frame, name] : cases) {
     EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
     EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
@@ -95,27 +100,23 @@ TEST(FrameRate, IsExact) {
     const char* text;
     std::int32_t scale;
     std::int32_t step;
-  } cases[] = {
-      {"24", 24, 1},
-      {"25.0", 25, 1},
-      {"12.5", 25, 2},
-      {"23.976", 24000, 1001},
-      {"23.98", 24000, 1001},
-      {"29.97", 30000, 1001},
-      {"29.970", 30000, 1001},
-      {"59.94", 60000, 1001},
-      {"47.952", 48000, 1001},
-      {"119.88", 120000, 1001},
-      {"24000/1001", 24000, 1001},
-      {"48/2", 24, 1},
-      {"29.98", 1499, 50},
-      {"24.0", 24, 1},
-      {"23.976024", 24000, 1001},
-      {"0.01", 1, 100},
-      {"1000", 1000, 1},
-      {"30.0", 30, 1},
-      {"999.999999", 999999999, 1000000},
-  };
+  } cases[] = {{"24", 24, 1},
+               {"25.0", 25, 1},
+               {"12.5", 25, 2},
+               {"23.976", 24000, 1001},
+               {"23.98", 24000, 1001},
+               {"29.97", 30000, 1001},
+               {"29.970", 30000, 1001},
+               {"59.94", 60000, 1001},
+               {"47.952", 48000, 1001},
+               {"119.88", 120000, 1001},
+               {"24000/1001", 24000, 1001},
+               {"48/2", 24, 1},
+               {"29.98", 1499, 50},
+               {"23.976024", 24000, 1001},
+               {"0.01", 1, 100},
+               {"1000", 1000, 1},
+               {"999.999999", 999999999, 1000000}};
   for (const auto& [text, scale, step] : cases) {
     const cli::FrameRate rate = cli::ParseFrameRate(text);
     EXPECT_EQ(rate.timeScale, scale) << text;

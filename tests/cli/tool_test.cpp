@@ -1,21 +1,22 @@
-// From the command line to the files: in this process, and for exit codes as the built tool.
+// From the command line to the files: in this process, and for formats and exit codes as the built tool.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
 
+#include "cli/open_source.h"
 #include "cli/options.h"
 #include "cli/pending_file.h"
 #include "cli/picture_reader.h"
 #include "cli/picture_writer.h"
 #include "cli/render_command.h"
+#include "cli/sheet_command.h"
+#include "cli/tool_error.h"
 #include "hostapi/commands.h"
-#include "tests/cli/expect_error.h"
 #include "tests/cli/temporary_folder.h"
 
 namespace {
 
-using cli::ExitCode;
 using minihost::Depth;
 using minihost::Image;
 using testing::ElementsAre;
@@ -23,14 +24,6 @@ using testing::HasSubstr;
 
 class Tool : public testing::Test {
  protected:
-  /// Parses and renders.  Files are in the folder.
-  void Render(const std::string& photo, const std::string& output, const std::string& options = "") {
-    cli::Options parsed;
-    cli::MakeParser(parsed)->parse("render -q '" + (folder_ / photo).string() + "' -o '" +
-                                   (folder_ / output).string() + "' " + options);
-    ASSERT_EQ(cli::RunRender(parsed.render, effect_), ExitCode::kDone);
-  }
-
   struct Outcome {
     int code;
     std::string out;
@@ -45,6 +38,28 @@ class Tool : public testing::Test {
                                 VINTREL_TOOL "' " + arguments;
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(out), ReadAll(err)};
+  }
+
+  /// The same in this process, without the time that starting takes.  Renders and sheets alone.
+  Outcome RunHere(const std::string& arguments) {
+    cli::Options options;
+    const auto app = cli::MakeParser(options);
+    try {
+      app->parse(arguments);
+      const bool isSheet = app->got_subcommand("sheet");
+      const auto code = isSheet ? cli::RunSheet(options.render, options.sheetFrames, effect_)
+                                : cli::RunRender(options.render, effect_);
+      return {static_cast<int>(code), "", ""};
+    } catch (const CLI::ParseError& error) {
+      return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error)};
+    } catch (const cli::ToolError& error) {
+      return {static_cast<int>(error.Code()), "", error.what()};
+    }
+  }
+
+  void Render(const std::string& arguments) {
+    const Outcome outcome = RunHere("render -q " + arguments);
+    EXPECT_EQ(outcome.code, 0) << arguments << ": " << outcome.err;
   }
 
   /// A plate with slow gradients, not quite opaque when it has alpha.
@@ -70,6 +85,10 @@ class Tool : public testing::Test {
   TemporaryFolder folder_;
   TemporaryFolder streams_;
   std::shared_ptr<const minihost::Effect> effect_ = minihost::Effect::Linked(&MainEntry);
+
+ private:
+  void SetUp() override { std::filesystem::current_path(folder_ / ""); }
+  void TearDown() override { std::filesystem::current_path("/"); }
 };
 
 /// Stands for all the pixels.
@@ -84,38 +103,46 @@ std::size_t PixelDigest(const Image& image) {
 }
 
 TEST_F(Tool, SnowsInEveryFormatAndDepth) {
-  for (const char* name : {"a.png", "a.tif", "a.exr"}) {
-    for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
-      for (const bool hasAlpha : {false, true}) {
-        SCOPED_TRACE(testing::Message() << name << " depth " << int(depth) << " alpha " << hasAlpha);
-        WritePlate(name, depth, hasAlpha);
-        const std::string snowName = std::string("snow") + name;
-        const std::string bareName = std::string("bare") + name;
-        Render(name, bareName, "--set flakes=0");
-        Render(name, snowName);
-        const cli::Picture input = cli::ReadPicture(folder_ / name);
-        const cli::Picture bare = cli::ReadPicture(folder_ / bareName);
-        const cli::Picture snow = cli::ReadPicture(folder_ / snowName);
-        EXPECT_EQ(bare.image.depth(), input.image.depth());
-        EXPECT_EQ(snow.traits.hasAlpha, hasAlpha);
-        // Colour times alpha and back costs a rounding each way.
-        const bool exact = name[2] != 'e' || !hasAlpha;
-        EXPECT_TRUE(!exact || PixelDigest(bare.image) == PixelDigest(input.image)) << "no flakes, no change";
-        EXPECT_NE(PixelDigest(snow.image), PixelDigest(bare.image));
+  const std::pair<Depth, bool> cases[] = {
+      {Depth::kBits8, false}, {Depth::kBits8, true}, {Depth::kBits16, true}, {Depth::kFloat, false}};
+  for (const auto& [depth, hasAlpha] : cases) {
+    WritePlate("plate.tif", depth, hasAlpha);
+    for (const std::string name : {".%d.png", ".%d.tif", ".%d.exr", ".mp4", ".mov", ".mkv"}) {
+      SCOPED_TRACE(testing::Message() << name << " depth " << int(depth) << " alpha " << hasAlpha);
+      const Outcome outcome = Run("render -q plate.tif --frames 7-8 -o 'snow" + name + "'");
+      EXPECT_EQ(outcome.code, 0);
+      EXPECT_EQ(outcome.err + outcome.out, "");
+      Render("plate.tif --frames 7-8 -o 'bare" + name + "' --set flakes=0");
+      const auto snow = cli::OpenSource(folder_ / ("snow" + name), {.depth = depth});
+      const auto bare = cli::OpenSource(folder_ / ("bare" + name), {.depth = depth});
+      const cli::SourceTraits traits = snow.frames->Traits();
+      EXPECT_EQ(*traits.lastFrame, *traits.firstFrame + 1);
+      EXPECT_EQ(traits.hasAlpha, hasAlpha && name != ".mp4");
+      const std::size_t ground = PixelDigest(bare.frames->Read(*traits.firstFrame)->image);
+      EXPECT_NE(PixelDigest(snow.frames->Read(*traits.firstFrame)->image), ground);
+      // PNG and MKV have no float; colour times alpha and back costs a rounding each way.
+      if (name == ".%d.tif" || (name == ".%d.exr" && !hasAlpha) ||
+          ((name == ".%d.png" || name == ".mkv") && depth != Depth::kFloat)) {
+        EXPECT_EQ(ground, PixelDigest(cli::ReadPicture(folder_ / "plate.tif", depth).image));
       }
+      if (depth != Depth::kBits16) continue;
+      const std::string file = name[1] == '%' ? "snow.7" + name.substr(3) : "snow" + name;
+      const std::size_t bytes = Digest(file);
+      Render("plate.tif --frames 7-8 --jobs 1 -o 'snow" + name + "'");
+      EXPECT_EQ(Digest(file), bytes) << "at any number of jobs";
     }
   }
 }
 
 TEST_F(Tool, FramesOfASequenceAreThoseRenderedAlone) {
   WritePlate("a.png", Depth::kBits8, false);
-  Render("a.png", "s.###.png", "--frames -1-2,9 --fps 23.976");
+  Render("a.png -o s.###.png --frames=-1-2,9 --fps 23.976");
   EXPECT_THAT(folder_.Names(), ElementsAre(".s.###.png.vintrel", "a.png", "s.-001.png", "s.000.png",
                                            "s.001.png", "s.002.png", "s.009.png"));
-  Render("a.png", "alone.png", "--frames 9 --fps 24000/1001");
+  Render("a.png -o alone.png --frames 9 --fps 24000/1001");
   EXPECT_EQ(Digest("alone.png"), Digest("s.009.png"));
   EXPECT_NE(Digest("s.001.png"), Digest("s.002.png"));
-  Render("a.png", "alone.png");
+  Render("a.png -o alone.png");
   EXPECT_NE(Digest("alone.png"), Digest("s.009.png")) << "replaced";
 }
 
@@ -138,17 +165,12 @@ TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
   EXPECT_THAT(render("--proxy 1"), HasSubstr("2 done before"));
   EXPECT_THAT(folder_.Names(), ElementsAre(".s.%d.png.vintrel", "p.1.png", "p.2.png", "p.3.png", "s.1.png",
                                            "s.2.png", "s.3.png"));
-  for (const char* output : {"s.mp4", "s.png"}) {
-    const Outcome refused = Run(std::string("render p.1.png --resume -o ") + output);
-    EXPECT_EQ(refused.code, 2);
-    EXPECT_THAT(refused.err, HasSubstr("cannot be taken up in the middle")) << output;
-  }
 }
 
 TEST_F(Tool, OptionsReachTheEffect) {
   WritePlate("a.png", Depth::kBits8, false);
   const auto render = [&](const std::string& options) {
-    Render("a.png", "out.png", options);
+    Render("a.png -o out.png " + options);
     return Digest("out.png");
   };
   const std::size_t standard = render("");
@@ -171,67 +193,53 @@ TEST_F(Tool, OptionsReachTheEffect) {
   EXPECT_NE(snow.image.Row<PF_Pixel>(0)[0].alpha, 255);
 }
 
-TEST_F(Tool, RefusesBeforeAnyWork) {
-  WritePlate("a.png", Depth::kBits8, false);
-  const struct {
-    ExitCode code;
-    const char* photo;
-    const char* output;
-    const char* options;
-    const char* part;
-  } cases[] = {
-      {ExitCode::kUsage, "a.png", "b.png", "--frames 0-1", "b.####.png"},
-      {ExitCode::kUsage, "a.png", "b.png", "--frames 5-", "--frames: '5-'"},
-      {ExitCode::kUsage, "a.png", "b.png", "--frames 2147483647 --fps 23.976", "beyond frame 2145337"},
-      {ExitCode::kUsage, "a.png", "b.png", "--set flaks=1", "did you mean 'flakes'?"},
-      {ExitCode::kUsage, "a.png", "b.png", "--set Size=16", "Size: '16' is not possible; it takes 0 to 15"},
-      {ExitCode::kUsage, "a.png", "b.png", "--seed -1", "Random Seed: '-1'"},
-      {ExitCode::kUsage, "a.png", "b.png", "--shutter 0", "not between 1 and 720"},
-      {ExitCode::kUsage, "a.png", "b.png", "--shutter nan", "not between 1 and 720"},
-      {ExitCode::kUsage, "a.png", "b.png", "--depth 10", "8, 16 or float"},
-      {ExitCode::kUsage, "a.png", "b.jpg", "", "must end in"},
-      {ExitCode::kUsage, "a.png", "b.tif", "--compression piz",
-       "a TIFF takes (did you mean 'zip'?): none, packbits, lzw, zip"},
-      {ExitCode::kUsage, "a.png", "b.mkv", "--compression none", "a video has its own"},
-      {ExitCode::kUsage, "a.png", "a.png", "", "would overwrite the input"},
-      {ExitCode::kInput, "none.png", "b.png", "", "No such file"},
-      {ExitCode::kOutput, "a.png", "none/b.png", "", "mkdir -p"},
-  };
-  for (const auto& wrong : cases) {
-    SCOPED_TRACE(std::string(wrong.output) + ' ' + wrong.options);
-    ExpectError(wrong.code, wrong.part, [&] { Render(wrong.photo, wrong.output, wrong.options); });
-  }
-  EXPECT_THAT(folder_.Names(), ElementsAre("a.png"));
-}
-
-TEST_F(Tool, EndsWithTheCodeForWhatWentWrong) {
-  WritePlate("a.png", Depth::kBits8, false);
-  WritePlate("5.png", Depth::kBits8, false);
-  const struct {
+TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
+  for (const char* name : {"a.png", "5.png"}) WritePlate(name, Depth::kBits8, false);
+  struct Case {
     const char* arguments;
     int code;
     const char* part;
-  } cases[] = {
-      {"", 2, "vintrel: no command; begin with: vintrel render"},
+  };
+  const Case cases[] = {
+      {"", 2, "no command; begin with: vintrel render"},
       {"rendr", 2, "there is no command 'rendr' (did you mean 'render'?)"},
       {"render a.png -o b.png --franes 1", 2, "'--franes' is one too many (did you mean '--frames'?)"},
-      {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
+      {"render a.png -o b.png --frames 0-1", 2, "2 frames need a place for their number"},
+      {"render a.png -o b.png --frames 5-", 2, "--frames: '5-'"},
+      {"render a.png -o b.png --frames 2147483647 --fps 23.976", 2, "beyond frame 2145337"},
+      {"render a.png -o b.png --set flaks=1", 2, "did you mean 'flakes'?"},
+      {"render a.png -o b.png --seed -1", 2, "Random Seed: '-1' is not possible; it takes 0 to 10000"},
+      {"render a.png -o b.png --shutter nan", 2, "not between 1 and 720"},
       {"render a.png -o b.png --jobs 1.5", 2, "--jobs: '1.5' is not a whole number"},
+      {"render a.png -o b.png --depth 10", 2, "8, 16 or float"},
+      {"render a.png -o b.jpg", 2, "must end in .png, .tif, .exr, .mp4, .mov or .mkv"},
+      {"render a.png -o b.tif --compression piz", 2, "a TIFF takes (did you mean 'zip'?): none, packbits"},
+      {"render a.png -o b.mkv --compression none", 2, "a video has its own"},
+      {"render a.png -o b.mkv --part 1/2", 1, "no frame to write, so 'b.mkv' was not made"},
+      {"render a.png -o b.mkv --resume", 2, "cannot be taken up in the middle"},
+      {"render a.png -o b.png --resume", 2, "cannot be taken up in the middle"},
       {"render 5.png -o '%d.png' --frames 3-6", 2, "'5.png' would overwrite the input"},
       {"render '%d.png' -o '%d.png'", 2, "'5.png' would overwrite the input"},
       {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
       {"sheet 5.png -o 5.png", 2, "'5.png' would overwrite the input"},
-      {"render a.png -o b.png --frames 0-1", 2, "vintrel: 2 frames need"},
-      {"render none.png -o b.png", 3, "vintrel: cannot read 'none.png'"},
-      {"params >/dev/full", 4, "vintrel: cannot write"},
-      {"render a.png -o b.png", 0, "1 frame, 96 x 64, 8 bits, "}};
+      {"render none.png -o b.png", 3, "cannot read 'none.png': No such file"},
+      {"render a.png -o none/b.png", 4, "mkdir -p 'none'"}};
   for (const auto& [arguments, code, part] : cases) {
-    const Outcome outcome = Run(arguments);
+    const Outcome outcome = RunHere(arguments);
     EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr(part)) << arguments;
   }
-  const Outcome quiet = Run("render a.png -o b.png -q");
-  EXPECT_EQ(quiet.err + quiet.out, "");
+  const Case ofTheProcess[] = {{"rendr", 2, "there is no command"},
+                               {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
+                               {"render none.png -o b.png", 3, "cannot read 'none.png'"},
+                               {"params >/dev/full", 4, "cannot write"}};
+  for (const auto& [arguments, code, part] : ofTheProcess) {
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.code, code) << arguments;
+    EXPECT_THAT(outcome.err, HasSubstr(std::string("vintrel: ") + part)) << arguments;
+  }
+  EXPECT_THAT(folder_.Names(), ElementsAre("5.png", "a.png"));
+  EXPECT_THAT(Run("render a.png -o b.png").err, HasSubstr("1 frame, 96 x 64, 8 bits, "));
 }
 
 TEST_F(Tool, Explains) {
