@@ -26,6 +26,10 @@ using minihost::Image;
 
 constexpr Depth kDepths[] = {Depth::kBits8, Depth::kBits16, Depth::kFloat};
 
+constexpr double WhiteOf(Depth depth) {
+  return depth == Depth::kBits8 ? 255 : depth == Depth::kBits16 ? 32768 : 1;
+}
+
 enum class Alpha { kOpaque, kAny };
 
 /// Random pixels that meet black, white, wholly transparent and opaque.
@@ -35,18 +39,14 @@ Image RandomImage(int width, int height, Depth depth, Alpha alpha) {
   minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
     using Channel = decltype(Pixel::red);
     const auto channel = [&]() -> Channel {
-      const double white = depth == Depth::kBits8 ? 255 : depth == Depth::kBits16 ? 32768 : 1;
       const unsigned kind = random() % 8;
       const double value = kind == 0 ? 0 : kind == 1 ? 1 : static_cast<double>(random() % 65536) / 65535;
-      return static_cast<Channel>(value * white);
+      return static_cast<Channel>(value * WhiteOf(depth));
     };
-    const auto opaque = static_cast<Channel>(depth == Depth::kBits8    ? 255
-                                             : depth == Depth::kBits16 ? 32768
-                                                                       : 1);
     for (int row = 0; row < height; ++row) {
-      for (Pixel& pixel : image.Row<Pixel>(row)) pixel = {channel(), channel(), channel(), channel()};
-      if (alpha == Alpha::kOpaque) {
-        for (Pixel& pixel : image.Row<Pixel>(row)) pixel.alpha = opaque;
+      for (Pixel& pixel : image.Row<Pixel>(row)) {
+        pixel = {channel(), channel(), channel(), channel()};
+        if (alpha == Alpha::kOpaque) pixel.alpha = static_cast<Channel>(WhiteOf(depth));
       }
     }
   });
@@ -146,7 +146,7 @@ TEST(PictureFile, ExrHoldsColorTimesAlpha) {
       Write(folder / "a.exr", image, {.hasAlpha = true, .clearColor = clear});
       const Stored stored = ReadStored(folder / "a.exr");
       EXPECT_EQ(stored.spec.format, depth == Depth::kBits8 ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::FLOAT);
-      const double white = depth == Depth::kBits8 ? 255 : depth == Depth::kBits16 ? 32768 : 1;
+      const double white = WhiteOf(depth);
       const double storedStep = depth == Depth::kBits8 ? 1.0 / 2048 : 1.0 / (1 << 23);
       const std::vector<double> before = Channels(image);
       const cli::Picture back = cli::ReadPicture(folder / "a.exr", depth);
@@ -194,7 +194,7 @@ TEST(PictureFile, DepthFollowsTheFileUnlessAsked) {
     for (const Depth asked : kDepths) {
       const Image image = cli::ReadPicture(folder / name, asked).image;
       ASSERT_EQ(image.depth(), asked);
-      const double white = asked == Depth::kBits8 ? 255 : asked == Depth::kBits16 ? 32768 : 1;
+      const double white = WhiteOf(asked);
       const std::vector<double> channels = Channels(image);
       EXPECT_EQ(channels[0], white);
       EXPECT_EQ(channels[4], white);
