@@ -29,6 +29,27 @@ AVColorSpace MatrixByHeight(int height) {
   return height >= 720 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
 }
 
+ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height) {
+  if (!IsYuv(format)) {
+    tags.matrix = AVCOL_SPC_RGB;
+    return tags;
+  }
+  if (!IsKnown(tags.matrix)) tags.matrix = MatrixByHeight(height);
+  const bool high = tags.matrix == AVCOL_SPC_BT709;
+  const bool standard = tags.matrix == AVCOL_SPC_SMPTE170M || tags.matrix == AVCOL_SPC_BT470BG;
+  if (tags.primaries == AVCOL_PRI_UNSPECIFIED) {
+    if (high) tags.primaries = AVCOL_PRI_BT709;
+    if (standard) {
+      tags.primaries = tags.matrix == AVCOL_SPC_BT470BG ? AVCOL_PRI_BT470BG : AVCOL_PRI_SMPTE170M;
+    }
+  }
+  if (tags.transfer == AVCOL_TRC_UNSPECIFIED) {
+    if (high) tags.transfer = AVCOL_TRC_BT709;
+    if (standard) tags.transfer = AVCOL_TRC_SMPTE170M;
+  }
+  return tags;
+}
+
 bool IsYuv(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
   return desc && !(desc->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) && desc->nb_components >= 3;

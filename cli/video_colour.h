@@ -31,6 +31,10 @@ bool IsKnown(AVColorSpace matrix);
 /// What a video without a tag is taken for: BT.709 from 720 lines on, else BT.601.
 AVColorSpace MatrixByHeight(int height);
 
+/// The tags of a file with these pixels: fills in what the source does not say.  Standard-definition video
+/// comes with two sets of primaries; only the tag of the matrix tells which.
+ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height);
+
 /// Whether pixels of this format are luma and chroma.
 bool IsYuv(AVPixelFormat format);
 bool HasAlpha(AVPixelFormat format);

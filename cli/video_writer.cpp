@@ -59,29 +59,6 @@ AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
   return traits.hasAlpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
 }
 
-/// Fills in what the source does not say.  Standard-definition video comes with two sets of primaries; only
-/// the tag of the matrix tells which.
-ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height) {
-  if (!IsYuv(format)) {
-    tags.matrix = AVCOL_SPC_RGB;
-    return tags;
-  }
-  if (!IsKnown(tags.matrix)) tags.matrix = MatrixByHeight(height);
-  const bool high = tags.matrix == AVCOL_SPC_BT709;
-  const bool standard = tags.matrix == AVCOL_SPC_SMPTE170M || tags.matrix == AVCOL_SPC_BT470BG;
-  if (tags.primaries == AVCOL_PRI_UNSPECIFIED) {
-    if (high) tags.primaries = AVCOL_PRI_BT709;
-    if (standard) {
-      tags.primaries = tags.matrix == AVCOL_SPC_BT470BG ? AVCOL_PRI_BT470BG : AVCOL_PRI_SMPTE170M;
-    }
-  }
-  if (tags.transfer == AVCOL_TRC_UNSPECIFIED) {
-    if (high) tags.transfer = AVCOL_TRC_BT709;
-    if (standard) tags.transfer = AVCOL_TRC_SMPTE170M;
-  }
-  return tags;
-}
-
 const char* EncoderOf(VideoFormat format) {
   return format == VideoFormat::kMp4 ? "libx264" : format == VideoFormat::kMov ? "prores_ks" : "ffv1";
 }
