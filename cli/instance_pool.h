@@ -12,8 +12,8 @@ namespace cli {
 
 /// An instance continues the motion of the frame before at once, where others sum it up from frame 0.  That
 /// costs some 30 ns for each frame before this one: nothing to speak of at frame 10000, but milliseconds at
-/// 100000.  So the instance that rendered the frame before is lent when it is free, which
-/// it always is with one worker.  Safe for many threads.
+/// 100000.  So the instance that rendered the frame before is lent when it is free, which it always is with
+/// one worker.  Safe for many threads.
 class InstancePool {
  public:
   InstancePool(std::shared_ptr<const minihost::Effect> effect, minihost::ParameterSet parameters);
