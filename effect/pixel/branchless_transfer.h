@@ -31,7 +31,7 @@ class Divisor8 {
   float reciprocal_;
 };
 
-/// 0 <= numerator <= 2^30, 0 < divisor <= 2^15, quotient at most 2^15: three roundings of 2^-24 move the
+/// 0 <= numerator <= 2^30, 0 < divisor < 2^16, quotient at most 2^15: three roundings of 2^-24 move the
 /// estimate by less than 2^-22 of it, and the reciprocal is too great by 2^-21, so that the estimate is never
 /// below the quotient and less than 1/32 above.  Truncated it is too great by one at most, and its product
 /// with the divisor says so.
@@ -70,24 +70,16 @@ VINTREL_INLINE std::int32_t Raise16(std::int32_t top, std::int32_t base, std::in
   return base + divide(topAlpha * above);
 }
 
-/// Numerators below 2^24 are exact in single precision, and so is their truncated quotient below 256: half a
-/// unit of its last place is 2^-17, less than the 1/65025 by which it may miss a whole number.
-VINTREL_INLINE std::int32_t Over8(std::int32_t top, float topWeight, std::int32_t bottom, float bottomWeight,
-                                  float whole) {
-  return static_cast<std::int32_t>(
-      (static_cast<float>(top) * topWeight + static_cast<float>(bottom) * bottomWeight) / whole);
-}
-
 // Top alphas of 0 and 255 give the bottom and the top by the general formula.
 VINTREL_INLINE WidePixel Composite8(const WidePixel& top, const WidePixel& bottom) {
-  const float topWeight = static_cast<float>(top.alpha * 255);
-  const float bottomWeight = static_cast<float>(bottom.alpha * (255 - top.alpha));
-  const float sum = topWeight + bottomWeight;
-  const float whole = sum > 0.0f ? sum : 1.0f;
+  const std::int32_t topWeight = top.alpha * 255;
+  const std::int32_t bottomWeight = bottom.alpha * (255 - top.alpha);
+  const std::int32_t sum = topWeight + bottomWeight;
+  const Divisor16 divide(sum > 0 ? sum : 1);
   const WidePixel over = {top.alpha + bottom.alpha - Divisor8(255)(top.alpha * bottom.alpha),
-                          Over8(top.red, topWeight, bottom.red, bottomWeight, whole),
-                          Over8(top.green, topWeight, bottom.green, bottomWeight, whole),
-                          Over8(top.blue, topWeight, bottom.blue, bottomWeight, whole)};
+                          divide(top.red * topWeight + bottom.red * bottomWeight),
+                          divide(top.green * topWeight + bottom.green * bottomWeight),
+                          divide(top.blue * topWeight + bottom.blue * bottomWeight)};
   return Choose(bottom.alpha == 0, top, over);
 }
 
