@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/alpha_form.h"
 #include "cli/frame_io.h"
-#include "cli/video_colour.h"
 #include "cli/video_reader.h"
 
 namespace cli {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "cli/alpha_form.h"
 #include "cli/frame_size.h"
-#include "cli/video_colour.h"
 #include "minihost/image.h"
 #include "minihost/parameter_set.h"
 

@@ -64,7 +64,7 @@ Depth DepthOf(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
   int bits = 0;
   for (int i = 0; i < desc->nb_components; ++i) bits = std::max(bits, desc->comp[i].depth);
-  if ((desc->flags & AV_PIX_FMT_FLAG_FLOAT) || bits > 16) return Depth::kFloat;
+  if ((desc->flags & AV_PIX_FMT_FLAG_FLOAT) || bits > 15) return Depth::kFloat;
   return bits > 8 ? Depth::kBits16 : Depth::kBits8;
 }
 

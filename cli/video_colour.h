@@ -4,13 +4,11 @@
 #include <optional>
 #include <string>
 
+#include "cli/alpha_form.h"
 #include "cli/libav.h"
 #include "minihost/image.h"
 
 namespace cli {
-
-/// Whether the colour of a file with alpha has been multiplied by it.
-enum class AlphaForm { kStraight, kPremultiplied };
 
 /// What a video says about the meaning of its colour.
 struct ColorTags {
@@ -39,8 +37,8 @@ ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height);
 bool IsYuv(AVPixelFormat format);
 bool HasAlpha(AVPixelFormat format);
 
-/// The depth that fits the format: up to 8 bits 8, up to 16 bits 16, else float.  What has all 16 bits comes
-/// back up to one of 65535 off in 16, and equal in float.
+/// The least depth in which nothing of the format is lost: 8 bits, 16 bits up to 15 (their white is 32768),
+/// else float.
 minihost::Depth DepthOf(AVPixelFormat format);
 
 /// Empty when DecodePixels can read the format, else what stands against it.
