@@ -181,6 +181,9 @@ CoverageList<T>::CoverageList(std::int32_t width) {
   offsets = std::make_unique_for_overwrite<std::uint32_t[]>(size);
   alphas = std::make_unique_for_overwrite<Alpha[]>(size);
   lanes = std::make_unique_for_overwrite<std::uint8_t[]>(size / kBlock + kLanesStep);
+  // A flake that covers nothing, before any other, has these as its last entry.
+  offsets[0] = 0;
+  alphas[0] = 0;
 }
 
 template <class T>
