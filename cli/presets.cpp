@@ -14,12 +14,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The tool may be installed anywhere, and moved as a whole, so its own place tells where its presets are.
 fs::path FolderOfTool() {
   std::error_code error;
-#ifdef VINTREL_PRESET_DIR
-  if (fs::is_directory(VINTREL_PRESET_DIR, error)) return VINTREL_PRESET_DIR;
-#endif
-  return fs::path(__FILE__).parent_path().parent_path() / "presets";
+  const fs::path tool = fs::read_symlink("/proc/self/exe", error);
+  fs::path installed = (tool.parent_path() / VINTREL_PRESETS_FROM_TOOL).lexically_normal();
+  if (!error && fs::is_directory(installed, error)) return installed;
+  return VINTREL_PRESETS_OF_SOURCES;
 }
 
 }  // namespace
