@@ -136,7 +136,7 @@ std::unique_ptr<CLI::App> MakeParser(Options& options) {
       ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");
   app->add_subcommand("params", "List the parameters that --set takes")
       ->footer("Example:\n  vintrel params | grep -i wiggle");
-  app->add_subcommand("about", "Say what the effect says about itself");
+  app->add_subcommand("about", "Say what the effect says about itself")->footer("Example:\n  vintrel about");
   app->footer(
       "'vintrel COMMAND --help' tells more.\n"
       "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
