@@ -2,6 +2,7 @@
 #
 # Words that never change stand here, so that a key press does not wait for the tool; the names of presets and
 # parameters come from the tool itself.
+# shellcheck shell=bash disable=SC2016  # the dollars are awk's
 
 # Puts those of the words $2... that begin with $1 into COMPREPLY.
 _vintrel_words() {

@@ -11,6 +11,7 @@ CommandsOfHelp() { "$tool" --help | sed -nE '/^Subcommands:/,$s/^  ([a-z]+) .*/\
 OptionsOfHelp() { "$tool" "$@" --help | sed -nE 's/^  (-[^ ]+).*/\1/p' | tr , '\n'; }
 
 # What may follow what has been typed so far.
+# shellcheck source=/dev/null
 source "$completion"
 Completions() {
   COMP_LINE="$*" COMP_POINT=${#COMP_LINE}
