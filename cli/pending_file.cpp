@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -37,9 +38,20 @@ std::filesystem::path TargetOf(const std::filesystem::path& path) {
 
 constexpr std::size_t kLongestStem = 200;  // the whole hidden name fits the usual 255 bytes
 
+/// Digits of this process alone among those that may write to one folder, on other machines too.
+const std::string& OwnNumber() {
+  static const std::string number = [] {
+    char host[256] = {};
+    ::gethostname(host, sizeof host - 1);
+    constexpr std::size_t kHosts = 1'000'000;
+    return fmt::format("{}{:07}", std::hash<std::string_view>()(host) % kHosts, ::getpid());
+  }();
+  return number;
+}
+
 std::filesystem::path HiddenName(const std::filesystem::path& path) {
   const std::string stem = path.stem().string().substr(0, kLongestStem);
-  const std::string name = fmt::format(".{}.tmp-{}{}", stem, ::getpid(), path.extension().string());
+  const std::string name = fmt::format(".{}.tmp-{}{}", stem, OwnNumber(), path.extension().string());
   return path.parent_path() / name;
 }
 
@@ -52,7 +64,7 @@ std::string NameBehind(std::string_view hidden) {
   const std::size_t end = std::min(hidden.find_first_not_of("0123456789", number), hidden.size());
   const std::string_view process = hidden.substr(number, end - number);
   // Where locks belong to processes, ours would not keep us from removing what we are writing.
-  if (process.empty() || process == std::to_string(::getpid())) return {};
+  if (process.empty() || process == OwnNumber()) return {};
   return std::string(hidden.substr(1, mark - 1)) + std::string(hidden.substr(end));
 }
 
