@@ -31,7 +31,7 @@ std::string CheckNumber(const std::string& text) {
 // whichever they are.
 void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
   using Kind = ParameterChange::Kind;
-  const auto add = [&](const char* name, Kind kind, std::string before, const char* help) {
+  const auto add = [&](const char* name, Kind kind, const std::string& before, const char* help) {
     const auto note = [&changes, kind, before](const std::string& text) {
       changes.push_back({kind, before + text});
     };
@@ -39,7 +39,7 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
   };
   add("--set", Kind::kValue, "", "Set a parameter; may be repeated (see: vintrel params)")
       ->type_name("NAME=VALUE");
-  add("--key", Kind::kKeys, "", "Keys of a parameter: Speed@0=100,48=400:smooth")
+  add("--key", Kind::kKeys, "", "Keys of a parameter: Speed@0=100:smooth,48=400")
       ->type_name("NAME@FRAME=VALUE");
   add("--seed", Kind::kValue, fmt::format("{}=", kRandomSeed),
       "Another fall of snow: short for --set random-seed=N")
@@ -52,13 +52,11 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
 }
 
 // What a shot is made of: for render and sheet alike.
-void AddShot(CLI::App& command, RenderOptions& options) {
+void AddShot(CLI::App& command, RenderOptions& options, const char* outputs) {
   command.add_option("INPUT", options.input,
                      "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
   command.add_option("--blank", options.blank, "Snow on nothing, of this size")->type_name("WxH");
-  command
-      .add_option("-o,--output", options.output, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv")
-      ->type_name("FILE");
+  command.add_option("-o,--output", options.output, outputs)->type_name("FILE");
   command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
   command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
       ->type_name("NAME");
@@ -93,7 +91,7 @@ void AddShot(CLI::App& command, RenderOptions& options) {
 
 void AddRender(CLI::App& app, RenderOptions& options) {
   CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
-  AddShot(*render, options);
+  AddShot(*render, options, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
   render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
       ->type_name("K/N");
   render->add_flag("--resume", options.resume, "Leave out frames that are whole and of the same scene");
@@ -106,14 +104,14 @@ void AddRender(CLI::App& app, RenderOptions& options) {
       "Examples:\n"
       "  vintrel render street.png -o snow.png --set Flakes=20000 --set Size=4\n"
       "  vintrel render street.jpg -o frames/snow.####.png --frames 0-47 --fps 25\n"
-      "  vintrel render shot.mov -o snow.mp4 --preset heavy-snow --key \"Wind@0=0,48=60:smooth\"\n"
+      "  vintrel render shot.mov -o snow.mp4 --preset heavy-snow --key \"Wind@0=0:smooth,48=60\"\n"
       "  vintrel render --blank 1920x1080 -o snow.mov --frames 0-239 --only-snow\n"
       "  vintrel render --scene shot.toml --part 3/10 --resume");
 }
 
 void AddSheet(CLI::App& app, Options& options) {
   CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
-  AddShot(*sheet, options.render);
+  AddShot(*sheet, options.render, "The sheet: .png .tif .exr");
   sheet->add_option("--count", options.sheetFrames, "Pictures on the sheet, 1 to 64 (default 12)")
       ->type_name("N")
       ->check(CheckNumber<int>);
