@@ -31,7 +31,7 @@ std::filesystem::path FolderOf(const std::filesystem::path& path) {
 std::filesystem::path TargetOf(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::is_symlink(path, error)) return path;
-  const auto target = std::filesystem::weakly_canonical(path, error);
+  auto target = std::filesystem::weakly_canonical(path, error);
   if (error) Refuse(path, error.message());
   return target;
 }

@@ -11,7 +11,6 @@ namespace cli {
 namespace {
 
 using minihost::Depth;
-using minihost::Key;
 using minihost::Track;
 
 // The widest and narrowest pixels that picture files are believed to have.

@@ -167,7 +167,7 @@ void ApplySceneText(std::string_view text, std::string_view name, Scene& scene) 
 PresetLabel ReadPresetLabel(const std::filesystem::path& file) {
   const toml::table document = ReadTomlFile(file);
   const toml::table* section = document["preset"].as_table();
-  const PresetLabel label = section ? ReadLabel(*section) : PresetLabel{};
+  PresetLabel label = section ? ReadLabel(*section) : PresetLabel{};
   if (label.name.empty() || label.description.empty()) {
     Refuse(fmt::format("{}: is no preset; it has no [preset] with a name and a description", file.string()));
   }

@@ -129,7 +129,7 @@ std::string ParametersText(const minihost::ParameterSet& parameters) {
 }  // namespace
 
 std::string WriteScene(const Scene& scene) {
-  const std::string text = RenderText(scene) + ParametersText(scene.parameters);
+  std::string text = RenderText(scene) + ParametersText(scene.parameters);
   try {
     ParseToml(text, "the scene");
   } catch (const ToolError& error) {

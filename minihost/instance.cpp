@@ -91,7 +91,7 @@ Instance::Instance(std::shared_ptr<const Effect> effect, ParameterSet parameters
   }
 }
 
-Instance::Instance(std::shared_ptr<const Effect> effect)
+Instance::Instance(const std::shared_ptr<const Effect>& effect)
     : Instance(effect, ParameterSet(effect->sharedParameters())) {}
 
 Instance::Instance(Instance&&) noexcept = default;

@@ -26,7 +26,7 @@ class Instance {
   Instance(std::shared_ptr<const Effect> effect, ParameterSet parameters, Faults faults = {});
 
   /// With every parameter at its default.
-  explicit Instance(std::shared_ptr<const Effect> effect);
+  explicit Instance(const std::shared_ptr<const Effect>& effect);
 
   Instance(Instance&&) noexcept;
   Instance& operator=(Instance&&) noexcept;
