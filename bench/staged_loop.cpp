@@ -9,8 +9,7 @@
 #include "bench/in_turn.h"
 #include "effect/pixel/blend_list.h"
 #include "effect/pixel/rasterizer.h"
-#include "effect/render/batch_field.h"
-#include "effect/render/batch_shading.h"
+#include "effect/render/batch_scratch.h"
 #include "effect/render/flake_field.h"
 #include "effect/render/flake_shading.h"
 
@@ -56,17 +55,6 @@ class Stopwatch {
   Clock::time_point last_;
 };
 
-template <class T>
-struct Scratch {
-  explicit Scratch(const FrameSetup<T>& frame) : streams(frame), list(frame.output->width) {}
-
-  BatchStreams streams;
-  FlakeBatch batch;
-  ShadedBatch<T> shaded;
-  StrokeTerms terms;
-  CoverageList<T> list;
-};
-
 }  // namespace
 
 template <class T>
@@ -74,7 +62,7 @@ FastSeconds DrawInStages(const FrameSetup<T>& frame, CpuPath path,
                          const std::function<void(const CoverageList<T>&)>& look) {
   const BlendMode mode = frame.transferOp == JLightenT<T> ? BlendMode::kLighten : BlendMode::kComposite;
   const PF_LayerDef& output = *frame.output;
-  const auto scratch = std::make_unique<Scratch<T>>(frame);
+  const auto scratch = std::make_unique<BatchScratch<T>>(frame);
   auto& [streams, batch, shaded, terms, list] = *scratch;
   StageTimes field, shading, blend, termsTimes, listTimes;
   Stopwatch watch;

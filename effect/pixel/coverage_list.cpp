@@ -28,6 +28,7 @@ struct BlockTerms {
   BlockOf<float> along;
 };
 
+// What all columns have in common.
 struct ListedImage {
   float xScaleInv;
   float yScaleInv;

@@ -6,24 +6,10 @@
 #include <memory>
 
 #include "effect/pixel/blend_list.h"
-#include "effect/pixel/coverage_list.h"
-#include "effect/render/batch_field.h"
-#include "effect/render/batch_shading.h"
+#include "effect/render/batch_scratch.h"
 #include "effect/render/flake_loop.h"
 
 namespace {
-
-// What the stages hand to each other, a few hundred kilobytes, for as long as the pass.
-template <class T>
-struct Scratch {
-  explicit Scratch(const FrameSetup<T>& frame) : streams(frame), list(frame.output->width) {}
-
-  BatchStreams streams;
-  FlakeBatch batch;
-  ShadedBatch<T> shaded;
-  StrokeTerms terms;
-  CoverageList<T> list;
-};
 
 template <class T>
 BlendMode ModeOf(const FrameSetup<T>& frame, std::int32_t inFront) {
@@ -52,7 +38,7 @@ void BlendRuns(const FrameSetup<T>& frame, const ShadedBatch<T>& shaded, const C
 }
 
 template <class T>
-void DrawBatch(const FrameSetup<T>& frame, Scratch<T>& scratch, CpuPath path) {
+void DrawBatch(const FrameSetup<T>& frame, BatchScratch<T>& scratch, CpuPath path) {
   const PF_LayerDef& output = *frame.output;
   const auto peakAlpha = static_cast<float>(frame.flakeColor.alpha);
   SetStrokeTerms(scratch.batch.stroke, peakAlpha, frame.scale, output.width, output.height, scratch.terms,
@@ -81,7 +67,7 @@ bool FastRoadServes(const FrameSetup<T>& frame) {
 
 template <class T>
 PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
-  const auto scratch = std::make_unique<Scratch<T>>(frame);
+  const auto scratch = std::make_unique<BatchScratch<T>>(frame);
   FlakeBatch& batch = scratch->batch;
   PF_Err status = PF_Err_NONE;
   constexpr std::int64_t kFlakes = kLanes;
