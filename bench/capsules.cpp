@@ -4,8 +4,8 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "effect/render/flake_field.h"
-#include "effect/render/flake_shading.h"
+#include "effect/render/plain/field.h"
+#include "effect/render/plain/shading.h"
 
 std::vector<Capsule> CapsulesOf(const FrameSetup<PF_Pixel>& frame) {
   constexpr float kUnit = 1.0f / 255.0f;

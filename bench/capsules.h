@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "effect/render/frame_setup.h"
+#include "effect/render/frame/record.h"
 
 /// Points in pixels, on which the effect judges the pixels' corners; a library that judges their middles
 /// needs half a pixel more.

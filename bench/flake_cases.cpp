@@ -7,7 +7,8 @@
 #include "bench/looks.h"
 #include "bench/memory_floor.h"
 #include "bench/staged_loop.h"
-#include "effect/render/flake_loop.h"
+#include "effect/render/fast/loop.h"
+#include "effect/render/plain/loop.h"
 
 namespace {
 

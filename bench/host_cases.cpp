@@ -9,9 +9,9 @@
 #include "bench/in_turn.h"
 #include "bench/looks.h"
 #include "effect/pixel/pixel_type.h"
-#include "effect/render/flake_loop.h"
-#include "minihost/copy.h"
-#include "minihost/sampling.h"
+#include "effect/render/draw_flakes.h"
+#include "minihost/picture/copy.h"
+#include "minihost/picture/sampling.h"
 
 namespace {
 

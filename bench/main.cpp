@@ -11,7 +11,8 @@
 #include "bench/cases.h"
 #include "bench/in_turn.h"
 #include "bench/looks.h"
-#include "effect/render/flake_loop.h"
+#include "effect/render/fast/loop.h"
+#include "effect/render/plain/loop.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "bench/snow_frame.h"
-#include "effect/pixel/cpu_path.h"
+#include "effect/pixel/fast/cpu_path.h"
 
 /// Where each covered pixel of the frame is, in bytes from the first pixel, in the order of the blending; the
 /// repeats that fill up a list's blocks are left out.  Draws on the frame's picture.

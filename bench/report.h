@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "effect/pixel/cpu_path.h"
-#include "minihost/image.h"
+#include "effect/pixel/fast/cpu_path.h"
+#include "minihost/picture/image.h"
 
 /// What the figures of a section are and what its two columns compare.
 struct Section {

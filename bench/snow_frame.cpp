@@ -9,11 +9,11 @@
 #include "bench/in_turn.h"
 #include "effect/entry/parameter_table.h"
 #include "effect/pixel/pixel_type.h"
-#include "effect/render/flake_color.h"
-#include "effect/render/flake_loop.h"
-#include "effect/render/frame_geometry.h"
-#include "minihost/copy.h"
-#include "minihost/sampling.h"
+#include "effect/render/frame/color.h"
+#include "effect/render/frame/geometry.h"
+#include "effect/render/plain/loop.h"
+#include "minihost/picture/copy.h"
+#include "minihost/picture/sampling.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "effect/host/parameter_index.h"
-#include "effect/render/frame_setup.h"
-#include "minihost/image.h"
+#include "effect/render/frame/record.h"
+#include "minihost/picture/image.h"
 
 /// The frame after two seconds of snowfall at 24 frames a second.
 struct Snow {

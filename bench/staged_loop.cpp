@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "bench/in_turn.h"
-#include "effect/pixel/blend_list.h"
+#include "effect/pixel/fast/blend_list.h"
 #include "effect/pixel/rasterizer.h"
-#include "effect/render/batch_scratch.h"
-#include "effect/render/flake_field.h"
-#include "effect/render/flake_shading.h"
+#include "effect/render/fast/scratch.h"
+#include "effect/render/plain/field.h"
+#include "effect/render/plain/shading.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include <functional>
 
-#include "effect/pixel/coverage_list.h"
-#include "effect/pixel/cpu_path.h"
-#include "effect/render/frame_setup.h"
+#include "effect/pixel/fast/coverage_list.h"
+#include "effect/pixel/fast/cpu_path.h"
+#include "effect/render/frame/record.h"
 
 struct FastSeconds {
   double field = 0.0;

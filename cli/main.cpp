@@ -8,13 +8,13 @@
 #include <new>
 #include <string>
 
-#include "cli/info_command.h"
-#include "cli/options.h"
-#include "cli/params_command.h"
-#include "cli/presets.h"
-#include "cli/render_command.h"
-#include "cli/sheet_command.h"
-#include "cli/tool_error.h"
+#include "cli/command/info.h"
+#include "cli/command/options.h"
+#include "cli/command/params.h"
+#include "cli/command/render.h"
+#include "cli/command/sheet.h"
+#include "cli/report/tool_error.h"
+#include "cli/scene/presets.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
 

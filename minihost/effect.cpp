@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "minihost/command.h"
+#include "minihost/call/command.h"
 
 namespace minihost {
 namespace {

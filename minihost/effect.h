@@ -10,7 +10,7 @@
 
 #include "hostapi/commands.h"
 #include "minihost/faults.h"
-#include "minihost/parameter_info.h"
+#include "minihost/parameter/info.h"
 
 namespace minihost {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "hostapi/types.h"
-#include "minihost/image.h"
+#include "minihost/picture/image.h"
 
 namespace minihost {
 

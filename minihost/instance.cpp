@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "minihost/checkout.h"
-#include "minihost/command.h"
-#include "minihost/frame_render.h"
+#include "minihost/call/checkout.h"
+#include "minihost/call/command.h"
+#include "minihost/call/frame_render.h"
 
 namespace minihost {
 namespace {

@@ -7,7 +7,7 @@
 #include "minihost/faults.h"
 #include "minihost/frame.h"
 #include "minihost/ledger.h"
-#include "minihost/parameter_set.h"
+#include "minihost/parameter/set.h"
 
 namespace minihost {
 

@@ -7,7 +7,7 @@
 #include "effect/entry/ui_update.h"
 #include "effect/host/fxenv.h"
 #include "effect/host/smart_protocol.h"
-#include "effect/render/sequence_state.h"
+#include "effect/render/frame/sequence_state.h"
 #include "hostapi/hostapi.h"
 
 namespace {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "effect/pixel/transfer.h"
-#include "effect/render/scale.h"
+#include "effect/render/frame/scale.h"
 #include "hostapi/commands.h"
 
 /// A point in scene units, y growing downwards.

@@ -4,13 +4,13 @@
 #include "effect/host/parameter_index.h"
 #include "effect/host/parameter_readers.h"
 #include "effect/host/time_copy.h"
-#include "effect/render/flake_color.h"
-#include "effect/render/flake_loop.h"
-#include "effect/render/frame_geometry.h"
-#include "effect/render/frame_parameters.h"
-#include "effect/render/illumination.h"
-#include "effect/render/motion.h"
-#include "effect/render/sequence_state.h"
+#include "effect/render/draw_flakes.h"
+#include "effect/render/frame/color.h"
+#include "effect/render/frame/geometry.h"
+#include "effect/render/frame/light.h"
+#include "effect/render/frame/motion.h"
+#include "effect/render/frame/parameters.h"
+#include "effect/render/frame/sequence_state.h"
 
 namespace {
 

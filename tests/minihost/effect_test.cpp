@@ -1,4 +1,4 @@
-#include "fake_effect.h"
+#include "tests/minihost/fake_effect.h"
 
 namespace minihost {
 namespace {

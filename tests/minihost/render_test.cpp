@@ -2,8 +2,8 @@
 #include <barrier>
 #include <thread>
 
-#include "fake_effect.h"
-#include "minihost/copy.h"
+#include "minihost/picture/copy.h"
+#include "tests/minihost/fake_effect.h"
 
 namespace minihost {
 namespace {

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "effect/pixel/rasterizer.h"
-#include "effect/render/frame_setup.h"
+#include "effect/render/frame/record.h"
 
 namespace reference {
 

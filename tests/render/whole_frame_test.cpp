@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "effect/pixel/pixel_type.h"
-#include "minihost/copy.h"
 #include "minihost/instance.h"
-#include "minihost/sampling.h"
+#include "minihost/picture/copy.h"
+#include "minihost/picture/sampling.h"
 #include "tests/render/reference_flake.h"
 #include "tests/support/random_frame.h"
 

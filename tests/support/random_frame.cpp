@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "effect/pixel/pixel_type.h"
-#include "minihost/sampling.h"
+#include "minihost/picture/sampling.h"
 
 const std::vector<SnowRange> kSnowRanges = {
     {1, 200, 200, {kFlakes}},

@@ -11,7 +11,7 @@
 
 #include "effect/host/parameter_index.h"
 #include "effect/host/parameter_readers.h"
-#include "effect/render/frame_setup.h"
+#include "effect/render/frame/record.h"
 #include "tests/support/guarded_world.h"
 
 /// The values of sliders, choices and checkboxes, as a user sets them (percentages 0..100).

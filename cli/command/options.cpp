@@ -1,0 +1,170 @@
+#include "cli/command/options.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <vector>
+
+#include "cli/report/nearest_name.h"
+
+namespace cli {
+namespace {
+
+// Checks of single arguments.  What they return goes before the user after the option's name.
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "is empty; give it a value, or leave it out" : "";
+}
+
+template <class Number>
+std::string CheckNumber(const std::string& text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc::result_out_of_range) return fmt::format("'{}' is out of all proportion", text);
+  if (error == std::errc() && end == text.data() + text.size()) return {};
+  return fmt::format("'{}' is not a {}number", text, std::is_integral_v<Number> ? "whole " : "");
+}
+
+// The options that change parameters.  Each is noted as soon as it is parsed, so that the later one wins
+// whichever they are.
+void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
+  using Kind = ParameterChange::Kind;
+  const auto add = [&](const char* name, Kind kind, const std::string& before, const char* help) {
+    const auto note = [&changes, kind, before](const std::string& text) {
+      changes.push_back({kind, before + text});
+    };
+    return command.add_option_function<std::string>(name, note, help)->trigger_on_parse();
+  };
+  add("--set", Kind::kValue, "", "Set a parameter; may be repeated (see: vintrel params)")
+      ->type_name("NAME=VALUE");
+  add("--key", Kind::kKeys, "", "Keys of a parameter: Speed@0=100:smooth,48=400")
+      ->type_name("NAME@FRAME=VALUE");
+  add("--seed", Kind::kValue, fmt::format("{}=", kRandomSeed),
+      "Another fall of snow: short for --set random-seed=N")
+      ->type_name("N");
+  const auto hideGround = [&changes] {
+    changes.push_back({Kind::kValue, fmt::format("{}=off", kCompositeWithOriginal)});
+  };
+  command.add_flag_callback("--only-snow", hideGround, "Snow alone, on a transparent ground")
+      ->trigger_on_parse();
+}
+
+// What a shot is made of: for render and sheet alike.
+void AddShot(CLI::App& command, RenderOptions& options, const char* outputs) {
+  command.add_option("INPUT", options.input,
+                     "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
+  command.add_option("--blank", options.blank, "Snow on nothing, of this size")->type_name("WxH");
+  command.add_option("-o,--output", options.output, outputs)->type_name("FILE");
+  command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
+  command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
+      ->type_name("NAME");
+  AddChanges(command, options.changes);
+  command.add_option("--frames", options.frames, "7, 0-47, 1-100x5, 1,5,9-20 (default: the input's, or 0)")
+      ->type_name("LIST");
+  command
+      .add_option("--fps", options.fps,
+                  "Frames a second: 24, 23.976, 30000/1001 (default: the input's, or 24)")
+      ->type_name("RATE");
+  command.add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
+      ->type_name("DEGREES")
+      ->check(CheckNumber<double>);
+  command.add_option("--depth", options.depth, "8, 16 or float (default: the input's)")->type_name("DEPTH");
+  command.add_option("--alpha", options.alpha, "Alpha of video: straight (default) or premultiplied")
+      ->type_name("KIND");
+  command
+      .add_option("--compression", options.compression,
+                  "Of pictures: none is the fastest; rle, zip (default), ...")
+      ->type_name("NAME");
+  command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
+  command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
+      ->type_name("RATIO")
+      ->check(CheckNumber<double>);
+  command.add_option("--jobs", options.jobs, "Frames at the same time (default: one for each processor)")
+      ->type_name("N");
+  command.add_option("--missing", options.missing, "For gaps in a sequence: error (default), skip or black")
+      ->type_name("WHAT");
+  for (const char* whole : {"--proxy", "--jobs"}) command.get_option(whole)->check(CheckNumber<int>);
+  command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
+}
+
+void AddRender(CLI::App& app, RenderOptions& options) {
+  CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
+  AddShot(*render, options, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
+  render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
+      ->type_name("K/N");
+  render->add_flag("--resume", options.resume, "Leave out frames that are whole and of the same scene");
+  render->add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
+  render->add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
+  render->add_option("--save-scene", options.saveScene, "Write down what was asked for, complete")
+      ->type_name("FILE");
+  render->add_flag("--dry-run", options.dryRun, "Print the scene and the plan, and render nothing");
+  render->footer(
+      "Examples:\n"
+      "  vintrel render street.png -o snow.png --set Flakes=20000 --set Size=4\n"
+      "  vintrel render street.jpg -o frames/snow.####.png --frames 0-47 --fps 25\n"
+      "  vintrel render shot.mov -o snow.mp4 --preset heavy-snow --key \"Wind@0=0:smooth,48=60\"\n"
+      "  vintrel render --blank 1920x1080 -o snow.mov --frames 0-239 --only-snow\n"
+      "  vintrel render --scene shot.toml --part 3/10 --resume");
+}
+
+void AddSheet(CLI::App& app, Options& options) {
+  CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
+  AddShot(*sheet, options.render, "The sheet: .png .tif .exr");
+  sheet->add_option("--count", options.sheetFrames, "Pictures on the sheet, 1 to 64 (default 12)")
+      ->type_name("N")
+      ->check(CheckNumber<int>);
+  sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
+}
+
+}  // namespace
+
+std::unique_ptr<CLI::App> MakeParser(Options& options) {
+  auto app = std::make_unique<CLI::App>("Falling snow with depth, light and motion blur", "vintrel");
+  app->set_version_flag("--version", "vintrel " VINTREL_VERSION);
+  app->require_subcommand(1);
+  AddRender(*app, options.render);
+  AddSheet(*app, options);
+  app->add_subcommand("info", "Say what the tool sees in a file")
+      ->footer("Example:\n  vintrel info shot.mov")
+      ->add_option("FILE", options.infoFile, "Picture, numbered pictures or video")
+      ->required();
+  app->add_subcommand("presets", "List the looks that --preset takes")
+      ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");
+  app->add_subcommand("params", "List the parameters that --set takes")
+      ->footer("Example:\n  vintrel params | grep -i wiggle");
+  app->add_subcommand("about", "Say what the effect says about itself")->footer("Example:\n  vintrel about");
+  app->footer(
+      "'vintrel COMMAND --help' tells more.\n"
+      "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
+  for (CLI::App* command : app->get_subcommands({})) {
+    for (CLI::Option* option : command->get_options()) {
+      if (option->get_expected_min() > 0) option->check(CheckNotEmpty);
+    }
+  }
+  return app;
+}
+
+std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  const auto used = app.get_subcommands();
+  const std::string help =
+      fmt::format("'vintrel {}--help' tells what there is", used.empty() ? "" : used[0]->get_name() + ' ');
+  if (unknown.empty() && used.empty()) {
+    return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
+  }
+  if (unknown.empty()) return fmt::format("{}; {}", error.what(), help);
+  std::vector<std::string> names;
+  if (used.empty()) {
+    for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  } else if (unknown[0].starts_with('-')) {
+    for (const CLI::Option* option : used[0]->get_options()) names.push_back(option->get_name());
+  }
+  const std::string suggestion =
+      SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
+  if (used.empty()) return fmt::format("there is no command '{}'{}; {}", unknown[0], suggestion, help);
+  return fmt::format("'{}' is one too many{}; {}", unknown[0], suggestion, help);
+}
+
+}  // namespace cli

@@ -1,0 +1,151 @@
+#include "cli/command/render.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/command/scene_options.h"
+#include "cli/file/pending_file.h"
+#include "cli/report/interrupt.h"
+#include "cli/report/progress.h"
+#include "cli/run/open_sink.h"
+#include "cli/run/plan.h"
+#include "cli/run/resumption.h"
+#include "cli/scene/frame_range.h"
+#include "cli/scene/writer.h"
+
+namespace cli {
+namespace {
+
+void Say(const RenderOptions& options, const std::string& line) {
+  if (!options.quiet) fmt::print(stderr, "{}\n", line);
+}
+
+ProgressStyle StyleOf(const RenderOptions& options) {
+  if (!options.progress.empty() && options.progress != "json" && options.progress != "text") {
+    throw ToolError(ExitCode::kUsage, fmt::format("--progress: '{}' is not text or json", options.progress));
+  }
+  if (options.progress == "json") return StyleFor(ProgressWish::kJson);
+  return StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText);
+}
+
+// A list of what is done, for outputs of one file a frame.
+std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene& scene,
+                                       const std::string& inputStamp, const RenderPlan& plan,
+                                       const OpenedSink& sink) {
+  if (!sink.isVideo && OutputName(scene.output).IsPattern()) {
+    return std::optional<Resumption>(std::in_place, scene, inputStamp, *plan.source, plan.job.frames);
+  }
+  if (!options.resume) return {};
+  throw ToolError(ExitCode::kUsage,
+                  "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
+                  "pictures such as -o snow.####.png to be able to resume");
+}
+
+void SaveScene(const std::filesystem::path& file, const Scene& scene, const InputFiles& inputs) {
+  inputs.CheckKept(file);
+  const std::string text = WriteScene(scene);
+  WriteWhole(file, std::vector<std::uint8_t>(text.begin(), text.end()));
+}
+
+// Takes away what an earlier run of the same output left behind when it was killed.
+void TidyUp(const std::filesystem::path& output) {
+  const OutputName name(output);
+  RemoveAbandoned(output.parent_path(), [&](std::string_view file) { return name.Makes(file); });
+}
+
+std::string SizeText(const SourceTraits& traits) {
+  return fmt::format("{} x {}, {}", traits.width, traits.height, NameOfDepth(traits.depth));
+}
+
+std::string Frames(std::size_t count) {
+  return fmt::format("{} frame{}", count, count == 1 ? "" : "s");
+}
+
+void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
+  fmt::print("{}\n", WriteScene(scene));
+  fmt::print("# {} from {} to {}, {}, {}\n", Frames(plan.job.frames.size()),
+             scene.blank ? "blank ground" : scene.input, scene.output, SizeText(plan.traits),
+             isVideo ? "one video" : "one file a frame");
+}
+
+void PrintSummary(const RenderOptions& options, const Scene& scene, const RenderPlan& plan,
+                  const RunSummary& summary, std::size_t alreadyDone, double seconds) {
+  for (const FailedFrame& failed : summary.failed) {
+    fmt::print(stderr, "vintrel: {}\n", failed.message);
+  }
+  std::string line =
+      fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
+                  seconds, static_cast<double>(summary.written) / seconds);
+  if (plan.traits.hasAlpha && plan.video != nullptr) {
+    line += fmt::format(", {} alpha", FormatAlphaForm(scene.alpha));
+  }
+  if (alreadyDone > 0) line += fmt::format(", {} done before", alreadyDone);
+  if (!summary.skipped.empty()) line += fmt::format(", {} skipped", summary.skipped.size());
+  if (!summary.failed.empty()) line += fmt::format(", {} failed", summary.failed.size());
+  Say(options, line);
+}
+
+void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool canResume) {
+  const std::size_t left = summary.total - summary.written - summary.skipped.size() - summary.failed.size();
+  Say(options, fmt::format("interrupted with {} left; {}", Frames(left),
+                           canResume ? "the same command with --resume goes on from here"
+                                     : "nothing was kept, since the output is one file"));
+}
+
+}  // namespace
+
+ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect) {
+  const auto start = std::chrono::steady_clock::now();
+  Scene scene = SceneOf(options, *effect);
+  const ProgressStyle style = StyleOf(options);
+  const std::string inputStamp = FileStamp(scene.input);
+  RenderPlan plan = MakePlan(scene, std::move(effect));
+  RenderJob& job = plan.job;
+  job.jobs = CheckedJobs(options.jobs);
+  job.missing = MissingPolicyOf(options.missing);
+  job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
+  if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
+
+  const InputFiles inputs(scene, plan);
+  const OpenedSink sink = OpenSink(scene, plan, inputs);
+  std::optional<Resumption> resumption = ResumptionOf(options, scene, inputStamp, plan, sink);
+  if (!options.saveScene.empty()) SaveScene(options.saveScene, scene, inputs);
+  if (options.dryRun) {
+    PrintPlan(scene, plan, sink.isVideo);
+    return ExitCode::kDone;
+  }
+  for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
+  for (const std::string& note : sink.notes) Say(options, fmt::format("note: {}", note));
+  TidyUp(scene.output);
+  const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
+
+  const InterruptWatch watch;
+  RunSummary summary;
+  {
+    Progress progress(style, job.frames.size(), StandardErrorOutlet());
+    summary =
+        RunPipeline(job, *plan.source, *sink.frames,
+                    {.interrupted = Interrupted, .report = [&](std::int32_t frame, FrameOutcome outcome) {
+                       if (resumption && outcome == FrameOutcome::kWritten) resumption->Note(frame);
+                       progress.FrameDone(frame);
+                     }});
+  }
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+  PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
+  if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
+    throw ToolError(ExitCode::kFrameFailed,
+                    fmt::format("there was no frame to write, so '{}' was not made", scene.output));
+  }
+  if (summary.interrupted) SayHowToGoOn(options, summary, resumption.has_value());
+  return CodeOf(summary);
+}
+
+}  // namespace cli

@@ -1,0 +1,70 @@
+#include "cli/command/sheet.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <utility>
+
+#include "cli/command/scene_options.h"
+#include "cli/file/pending_file.h"
+#include "cli/picture/contact_sheet.h"
+#include "cli/picture/writer.h"
+#include "cli/report/interrupt.h"
+#include "cli/report/progress.h"
+#include "cli/run/input_files.h"
+#include "cli/run/plan.h"
+#include "cli/scene/frame_range.h"
+
+namespace cli {
+namespace {
+
+std::size_t CheckedCount(int count) {
+  constexpr int kMost = static_cast<int>(ContactSheet::kMaxCells);
+  if (count < 1 || count > kMost) {
+    throw ToolError(ExitCode::kUsage, fmt::format("--count: {} is not between 1 and {}", count, kMost));
+  }
+  return static_cast<std::size_t>(count);
+}
+
+}  // namespace
+
+ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
+  const auto say = [&](const std::string& line) {
+    if (!options.quiet) fmt::print(stderr, "{}\n", line);
+  };
+  Scene scene = SceneOf(options, *effect);
+  if (scene.output.empty())
+    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
+  const FileFormat format = FormatOf(scene.output);
+  if (!scene.compression.empty()) CheckCompression(format, scene.compression);
+  CheckWritable(scene.output);
+  RenderPlan plan = MakePlan(scene, std::move(effect));
+  InputFiles(scene, plan).CheckKept(scene.output);
+  RenderJob& job = plan.job;
+  job.frames = SpreadFrames(job.frames, CheckedCount(count));
+  job.jobs = CheckedJobs(options.jobs);
+  job.missing = MissingPolicyOf(options.missing);
+
+  ContactSheet sheet(job.frames, plan.traits);
+  for (const std::string& note : plan.notes) say(fmt::format("note: {}", note));
+  const InterruptWatch watch;
+  RunSummary summary;
+  {
+    Progress progress(StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText), job.frames.size(),
+                      StandardErrorOutlet());
+    summary = RunPipeline(job, *plan.source, sheet,
+                          {.interrupted = Interrupted,
+                           .report = [&](std::int32_t frame, FrameOutcome) { progress.FrameDone(frame); }});
+  }
+  if (summary.interrupted) {
+    say("interrupted; there is no sheet");
+  } else {
+    const Picture& picture = sheet.Sheet();
+    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.compression));
+    say(fmt::format("{} pictures on '{}', {} x {}", summary.written, scene.output, picture.image.width(),
+                    picture.image.height()));
+  }
+  return CodeOf(summary);
+}
+
+}  // namespace cli

@@ -1,0 +1,90 @@
+#include "cli/file/output_name.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+
+#include "cli/report/tool_error.h"
+
+namespace cli {
+
+OutputName::Place OutputName::FindPlace(std::string_view name) {
+  const auto isDigit = [&](std::size_t at) { return at < name.size() && name[at] >= '0' && name[at] <= '9'; };
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (name[begin] == '#') {
+      const std::size_t end = std::min(name.find_first_not_of('#', begin), name.size());
+      const int run = static_cast<int>(end - begin);
+      return {begin, end, Style::kHashes, run == 1 ? 4 : run};
+    }
+    if (name[begin] != '%') continue;
+    std::size_t end = begin + 1;
+    const bool zeros = isDigit(end) && name[end] == '0';
+    if (zeros) ++end;
+    int digits = 0;
+    // Two digits of width at most: a file name has room for no more.
+    for (int i = 0; i < 2 && isDigit(end); ++i) digits = digits * 10 + (name[end++] - '0');
+    if (end == name.size() || name[end] != 'd') continue;  // a percent sign that is just that
+    return {begin, end + 1, zeros ? Style::kPrintfZeros : Style::kPrintfSpaces, digits};
+  }
+  return {name.size(), name.size(), Style::kFixed, 0};
+}
+
+OutputName::OutputName(const std::filesystem::path& path) : folder_(path.parent_path()) {
+  const std::string name = path.filename().string();
+  if (name.empty()) {
+    throw ToolError(ExitCode::kUsage, fmt::format("output '{}' has no file name", path.string()));
+  }
+  const Place place = FindPlace(name);
+  before_ = name.substr(0, place.begin);
+  after_ = name.substr(place.end);
+  style_ = place.style;
+  digits_ = place.digits;
+  if (FindPlace(after_).style != Style::kFixed) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("output name '{}' has more than one place for the frame number", name));
+  }
+}
+
+std::filesystem::path OutputName::ForFrame(std::int32_t frame) const {
+  const std::int64_t magnitude = frame < 0 ? -std::int64_t{frame} : frame;
+  switch (style_) {
+    case Style::kFixed:
+      return folder_ / before_;
+    case Style::kHashes:
+      return folder_ / fmt::format("{}{}{:0{}}{}", before_, frame < 0 ? "-" : "", magnitude, digits_, after_);
+    case Style::kPrintfZeros:
+      return folder_ / fmt::format("{}{:0{}}{}", before_, frame, digits_, after_);
+    case Style::kPrintfSpaces:
+      return folder_ / fmt::format("{}{:{}}{}", before_, frame, digits_, after_);
+  }
+  return {};
+}
+
+std::optional<std::int32_t> OutputName::FrameOf(std::string_view name) const {
+  if (!IsPattern()) return {};
+  const auto isDigit = [&](std::size_t at) { return name[at] >= '0' && name[at] <= '9'; };
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (!isDigit(begin) || (begin > 0 && isDigit(begin - 1))) continue;
+    std::int64_t number = 0;
+    const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
+    if (parsed.ec != std::errc()) continue;
+    for (const std::int64_t signedNumber : {number, -number}) {
+      const auto frame = static_cast<std::int32_t>(signedNumber);
+      if (frame == signedNumber && ForFrame(frame).filename() == name) return frame;
+    }
+  }
+  return {};
+}
+
+bool OutputName::Makes(std::string_view name) const {
+  return IsPattern() ? FrameOf(name).has_value() : name == before_;
+}
+
+std::filesystem::path OutputName::SuggestedPattern() const {
+  const std::filesystem::path name = before_ + after_;
+  return folder_ / fmt::format("{}.####{}", name.stem().string(), name.extension().string());
+}
+
+}  // namespace cli

@@ -1,0 +1,30 @@
+// A picture in memory together with what its file said about it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "minihost/picture/image.h"
+
+namespace cli {
+
+/// What the colour of a wholly transparent pixel means.
+enum class ClearColor {
+  kHidden,  // nothing to be seen: the file held straight colour
+  kLight,   // light that is added to what is behind: the file held premultiplied colour
+};
+
+/// All that is known of a picture but its pixels.
+struct PictureTraits {
+  bool hasAlpha = false;  // whether the file has an alpha channel
+  ClearColor clearColor = ClearColor::kHidden;
+  double pixelAspect = 1;                  // a pixel's width over its height
+  std::vector<std::uint8_t> iccProfile{};  // of RGB colour; empty when the file has none
+};
+
+struct Picture {
+  minihost::Image image;
+  PictureTraits traits;
+};
+
+}  // namespace cli

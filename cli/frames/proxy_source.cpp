@@ -1,0 +1,22 @@
+#include "cli/frames/proxy_source.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "minihost/picture/copy.h"
+
+namespace cli {
+
+ProxySource::ProxySource(std::unique_ptr<FrameSource> source, int divisor)
+    : source_(std::move(source)), traits_(source_->Traits()) {
+  traits_.width = std::max(1, traits_.width / divisor);
+  traits_.height = std::max(1, traits_.height / divisor);
+}
+
+std::optional<Picture> ProxySource::Read(std::int32_t frame) {
+  std::optional<Picture> picture = source_->Read(frame);
+  if (picture) picture->image = minihost::Resized(picture->image, traits_.width, traits_.height);
+  return picture;
+}
+
+}  // namespace cli

@@ -1,0 +1,29 @@
+// Frames into numbered pictures.
+#pragma once
+
+#include <string>
+
+#include "cli/file/output_name.h"
+#include "cli/frames/frame_io.h"
+#include "cli/picture/writer.h"
+
+namespace cli {
+
+/// One file a frame; each appears whole as soon as it is written.
+class StillSink : public FrameSink {
+ public:
+  StillSink(OutputName name, FileFormat format, std::string compression)
+      : name_(std::move(name)), format_(format), compression_(std::move(compression)) {}
+
+  std::unique_ptr<EncodedFrame> Encode(std::int32_t frame, const minihost::Image& image,
+                                       const PictureTraits& traits) const override;
+  void Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encoded) override;
+  void Finish() override {}
+
+ private:
+  OutputName name_;
+  FileFormat format_;
+  std::string compression_;  // as EncodePicture takes it
+};
+
+}  // namespace cli

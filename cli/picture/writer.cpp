@@ -1,0 +1,161 @@
+#include "cli/picture/writer.h"
+
+#include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/imageio.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <span>
+#include <string>
+#include <type_traits>
+
+#include "cli/frames/sample_convert.h"
+#include "cli/report/nearest_name.h"
+#include "cli/report/tool_error.h"
+
+namespace cli {
+namespace {
+
+using minihost::Depth;
+using minihost::Image;
+
+/// Red, green, blue and, when the traits say so, alpha of every pixel in the file's way of counting.
+template <class FileWay>
+std::vector<typename FileWay::Sample> StraightSamples(const Image& image, const PictureTraits& traits) {
+  std::vector<typename FileWay::Sample> samples;
+  samples.reserve(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4);
+  minihost::WithPixel(image.depth(), [&]<class Pixel>(Pixel) {
+    for (int row = 0; row < image.height(); ++row) {
+      for (const Pixel& pixel : image.Row<Pixel>(row)) {
+        samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.red));
+        samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.green));
+        samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.blue));
+        if (traits.hasAlpha) samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.alpha));
+      }
+    }
+  });
+  return samples;
+}
+
+std::vector<float> PremultipliedSamples(const Image& image, const PictureTraits& traits) {
+  std::vector<float> samples = StraightSamples<ToOne>(image, traits);
+  if (!traits.hasAlpha) return samples;
+  for (std::size_t first = 0; first < samples.size(); first += 4) {
+    const float alpha = samples[first + 3];
+    if (!(alpha > 0) && traits.clearColor == ClearColor::kLight) continue;
+    for (std::size_t color = 0; color < 3; ++color) {
+      // Not times 0: infinity would become NaN.
+      samples[first + color] = alpha > 0 ? samples[first + color] * alpha : 0;
+    }
+  }
+  return samples;
+}
+
+std::span<const std::string_view> CompressionsOf(FileFormat format) {
+  static constexpr std::string_view kOfPng[] = {"none", "rle", "zip"};
+  static constexpr std::string_view kOfTiff[] = {"none", "packbits", "lzw", "zip"};
+  static constexpr std::string_view kOfExr[] = {"none",  "rle", "zips", "zip",  "piz",
+                                                "pxr24", "b44", "b44a", "dwaa", "dwab"};
+  return format == FileFormat::kPng    ? std::span<const std::string_view>(kOfPng)
+         : format == FileFormat::kTiff ? std::span<const std::string_view>(kOfTiff)
+                                       : std::span<const std::string_view>(kOfExr);
+}
+
+void SetCompression(OIIO::ImageSpec& spec, FileFormat format, std::string_view compression) {
+  if (compression.empty() || compression == "zip") return;  // what the writers choose by themselves
+  if (format == FileFormat::kPng && compression == "none") {
+    spec["png:compressionLevel"] = 0;
+  } else {
+    spec["compression"] = std::string(compression);
+  }
+}
+
+OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFormat format,
+                        std::string_view compression, OIIO::TypeDesc type) {
+  OIIO::ImageSpec spec(image.width(), image.height(), traits.hasAlpha ? 4 : 3, type);
+  if (format != FileFormat::kExr) spec["oiio:UnassociatedAlpha"] = 1;
+  if (traits.pixelAspect != 1) spec["PixelAspectRatio"] = static_cast<float>(traits.pixelAspect);
+  if (!traits.iccProfile.empty() && format != FileFormat::kExr) {
+    const int size = static_cast<int>(traits.iccProfile.size());
+    spec.attribute("ICCProfile", OIIO::TypeDesc(OIIO::TypeDesc::UINT8, size), traits.iccProfile.data());
+  }
+  SetCompression(spec, format, compression);
+  spec["DateTime"] = "";  // or the writer puts in the present moment, and no two runs make the same file
+  return spec;
+}
+
+const char* NameOf(FileFormat format) {
+  return format == FileFormat::kPng ? "png" : format == FileFormat::kTiff ? "tiff" : "openexr";
+}
+
+template <class Sample>
+std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::ImageSpec spec,
+                                 FileFormat format) {
+  std::vector<std::uint8_t> bytes;
+  OIIO::Filesystem::IOVecOutput memory(bytes);
+  const auto output = OIIO::ImageOutput::create(NameOf(format));
+  if (!output) throw ToolError(ExitCode::kOutput, fmt::format("no encoder: {}", OIIO::geterror()));
+  const bool done = output->set_ioproxy(&memory) && output->open(NameOf(format), spec) &&
+                    output->write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data()) &&
+                    output->close();
+  // The TIFF writer leaves a complaint about metadata behind even when all went well, so it says nothing
+  // about success; fetched here, or it goes to the terminal.
+  const std::string complaint = output->geterror();
+  // The PNG writer takes no profile that breaks the rules; colour without a profile beats no picture.
+  if (!done && spec.find_attribute("ICCProfile")) {
+    spec.erase_attribute("ICCProfile");
+    return Encode(samples, spec, format);
+  }
+  if (!done || bytes.empty()) {
+    throw ToolError(ExitCode::kOutput, fmt::format("cannot encode {} x {} pixels as {}: {}", spec.width,
+                                                   spec.height, NameOf(format), complaint));
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
+  std::string extension = path.extension().string();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  if (extension == ".png") return FileFormat::kPng;
+  if (extension == ".tif" || extension == ".tiff") return FileFormat::kTiff;
+  if (extension == ".exr") return FileFormat::kExr;
+  return {};
+}
+
+FileFormat FormatOf(const std::filesystem::path& path) {
+  if (const auto format = PictureFormatOf(path)) return *format;
+  throw ToolError(ExitCode::kUsage,
+                  fmt::format("output '{}' must end in .png, .tif or .exr", path.filename().string()));
+}
+
+void CheckCompression(FileFormat format, std::string_view compression) {
+  const auto names = CompressionsOf(format);
+  if (std::ranges::find(names, compression) != names.end()) return;
+  constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
+  throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is none of those that {} takes{}: {}",
+                                                compression, kNames[static_cast<int>(format)],
+                                                SuggestNearest(compression, names), fmt::join(names, ", ")));
+}
+
+std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
+                                        std::string_view compression) {
+  using OIIO::TypeDesc;
+  const auto specFor = [&](TypeDesc type) { return SpecFor(image, traits, format, compression, type); };
+  if (format == FileFormat::kExr) {
+    const TypeDesc type = image.depth() == Depth::kBits8 ? TypeDesc::HALF : TypeDesc::FLOAT;
+    return Encode(PremultipliedSamples(image, traits), specFor(type), format);
+  }
+  if (image.depth() == Depth::kBits8) {
+    return Encode(StraightSamples<To255>(image, traits), specFor(TypeDesc::UINT8), format);
+  }
+  if (image.depth() == Depth::kBits16 || format == FileFormat::kPng) {
+    return Encode(StraightSamples<To65535>(image, traits), specFor(TypeDesc::UINT16), format);
+  }
+  return Encode(StraightSamples<ToOne>(image, traits), specFor(TypeDesc::FLOAT), format);
+}
+
+}  // namespace cli

@@ -1,0 +1,39 @@
+// Pictures to files: PNG, TIFF and EXR, encoded in memory.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "cli/frames/picture.h"
+
+namespace cli {
+
+enum class FileFormat { kPng, kTiff, kExr };
+
+/// The format that the extension stands for, upper or lower case; empty for others.
+std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path);
+
+/// The same.  Throws ToolError(kUsage) for others.
+FileFormat FormatOf(const std::filesystem::path& path);
+
+/// Throws ToolError(kUsage), naming those that the format takes, for a compression that it does not.
+void CheckCompression(FileFormat format, std::string_view compression);
+
+/// The bytes of a file of this picture; the same picture makes the same bytes (no date is written).
+///
+/// Samples by depth 8, 16 and float:  PNG 8, 16, 16 bits;  TIFF 8, 16 bits, float;  EXR half, float, float.
+/// PNG and TIFF hold straight colour.  EXR holds colour times alpha; where alpha is 0 the colour is written
+/// as it is when `traits.clearColor` says that it is light, else as 0.  Without `traits.hasAlpha` alpha is
+/// left out.  The colour profile goes into PNG and TIFF, unless the writer finds it faulty.
+///
+/// `compression` is one that CheckCompression lets pass; empty is zip.  Of an EXR's, pxr24, b44, b44a, dwaa
+/// and dwab change the samples; all others keep them.
+///
+/// Throws ToolError(kOutput) when the picture cannot be encoded.
+std::vector<std::uint8_t> EncodePicture(const minihost::Image& image, const PictureTraits& traits,
+                                        FileFormat format, std::string_view compression = {});
+
+}  // namespace cli

@@ -1,0 +1,134 @@
+#include "cli/run/manifest.h"
+
+#include <OpenImageIO/hash.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include "cli/report/tool_error.h"
+
+namespace cli {
+namespace {
+
+std::uint64_t Hash(std::string_view bytes) {
+  return OIIO::xxhash::XXH64(bytes.data(), bytes.size(), 0);
+}
+
+std::optional<std::string> Contents(const std::filesystem::path& file) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return {};
+  std::ifstream stream(file, std::ios::binary | std::ios::ate);
+  if (!stream) return {};
+  std::string bytes(static_cast<std::size_t>(stream.tellg()), '\0');
+  stream.seekg(0).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!stream) return {};
+  return bytes;
+}
+
+/// Takes the next field, up to a space or the end, off `line`.  Empty when it is not a number all through.
+template <class Number>
+std::optional<Number> TakeNumber(std::string_view& line, int base) {
+  const std::string_view field = line.substr(0, line.find(' '));
+  line.remove_prefix(std::min(field.size() + 1, line.size()));
+  Number number{};
+  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number, base);
+  if (error != std::errc() || end != field.data() + field.size()) return {};
+  return number;
+}
+
+/// In one piece, so that the lines of several processes do not mix.  False, with errno, when that fails.
+bool Append(int descriptor, std::string_view line) {
+  if (descriptor < 0) return false;
+  ssize_t written;
+  do {
+    written = ::write(descriptor, line.data(), line.size());
+  } while (written < 0 && errno == EINTR);
+  if (written == static_cast<ssize_t>(line.size())) return true;
+  if (written >= 0) errno = ENOSPC;
+  return false;
+}
+
+}  // namespace
+
+std::optional<FileMark> MarkOf(const std::filesystem::path& file) {
+  const auto bytes = Contents(file);
+  if (!bytes) return {};
+  return FileMark{bytes->size(), Hash(*bytes)};
+}
+
+std::filesystem::path ManifestName(const std::filesystem::path& pattern) {
+  return pattern.parent_path() / fmt::format(".{}.vintrel", pattern.filename().string());
+}
+
+Manifest::Manifest(std::filesystem::path name, std::string_view scene, std::string_view version)
+    // A zero byte ends each part, so that none reads like the rest of another.
+    : name_(std::move(name)), recipe_(fmt::format("{}{}{}{}", version, '\0', scene, '\0')) {
+  Read();
+}
+
+Manifest::~Manifest() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+void Manifest::Read() {
+  const auto contents = Contents(name_);
+  if (!contents) return;
+  std::string_view rest = *contents;
+  for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos; rest.remove_prefix(end + 1)) {
+    TakeLine(rest.substr(0, end));
+  }
+}
+
+void Manifest::TakeLine(std::string_view line) {
+  const std::size_t space = line.rfind(' ');
+  if (space == std::string_view::npos) return;
+  std::string_view check = line.substr(space + 1);
+  std::string_view fields = line.substr(0, space);
+  if (TakeNumber<std::uint64_t>(check, 16) != Hash(fields)) return;
+  const auto frame = TakeNumber<std::int32_t>(fields, 10);
+  const auto size = TakeNumber<std::uint64_t>(fields, 10);
+  const auto contents = TakeNumber<std::uint64_t>(fields, 16);
+  const auto recipe = TakeNumber<std::uint64_t>(fields, 16);
+  if (frame && size && contents && recipe && fields.empty()) {
+    entries_[*frame] = {{*size, *contents}, *recipe};
+  }
+}
+
+std::uint64_t Manifest::RecipeFor(std::string_view input) const {
+  return Hash(recipe_ + std::string(input));
+}
+
+bool Manifest::IsDone(std::int32_t frame, const std::filesystem::path& file, std::string_view input) const {
+  const auto entry = entries_.find(frame);
+  return entry != entries_.end() && entry->second.recipe == RecipeFor(input) &&
+         MarkOf(file) == entry->second.mark;
+}
+
+void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input) {
+  const auto mark = MarkOf(file);
+  if (!mark) {
+    throw ToolError(ExitCode::kOutput,
+                    fmt::format("cannot read '{}' back after it was written", file.string()));
+  }
+  const std::uint64_t recipe = RecipeFor(input);
+  const std::string fields = fmt::format("{} {} {:016x} {:016x}", frame, mark->size, mark->contents, recipe);
+  // A line break comes first when this is the first line of ours: a line cut short may be the last one there.
+  const std::string line = fmt::format("{}{} {:016x}\n", descriptor_ < 0 ? "\n" : "", fields, Hash(fields));
+  if (descriptor_ < 0) {
+    descriptor_ = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  }
+  if (!Append(descriptor_, line)) {
+    throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", name_.string(),
+                                                   std::generic_category().message(errno)));
+  }
+  entries_[frame] = {*mark, recipe};
+}
+
+}  // namespace cli

@@ -1,0 +1,71 @@
+#include "cli/run/open_sink.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "cli/file/pending_file.h"
+#include "cli/picture/still_sink.h"
+#include "cli/picture/writer.h"
+#include "cli/report/tool_error.h"
+#include "cli/video/writer.h"
+
+namespace cli {
+namespace {
+
+// The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
+// first to the last when none is left out between.
+std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
+  const std::vector<std::int32_t>& frames = plan.job.frames;
+  if (plan.video == nullptr || frames.empty()) return {};
+  const std::int64_t span = std::int64_t{frames.back()} - frames.front() + 1;
+  if (span != static_cast<std::int64_t>(frames.size())) return {};
+  return plan.video->Sound(frames.front(), frames.back());
+}
+
+}  // namespace
+
+OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles& inputs) {
+  if (scene.output.empty()) {
+    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
+  }
+  if (VideoFormatOf(scene.output)) {
+    CheckWritable(scene.output);
+    inputs.CheckKept(scene.output);
+    if (!scene.compression.empty()) {
+      throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is for pictures; a video has its own",
+                                                    scene.compression));
+    }
+    const VideoTraits traits = {.width = plan.traits.width,
+                                .height = plan.traits.height,
+                                .depth = plan.traits.depth,
+                                .hasAlpha = plan.traits.hasAlpha || plan.addsAlpha,
+                                .pixelAspect = scene.pixelAspect.value_or(plan.traits.pixelAspect),
+                                .rate = plan.rate,
+                                .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
+                                .sound = SoundOf(plan)};
+    auto video = std::make_unique<VideoWriter>(scene.output, traits);
+    std::vector<std::string> notes = video->Notes();
+    return {std::move(video), true, std::move(notes)};
+  }
+  const OutputName name(scene.output);
+  if (plan.job.frames.size() > 1 && !name.IsPattern()) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("{} frames need a place for their number in the output name; try -o '{}'",
+                                plan.job.frames.size(), name.SuggestedPattern().string()));
+  }
+  const std::optional<FileFormat> format = PictureFormatOf(scene.output);
+  if (!format) {
+    throw ToolError(ExitCode::kUsage,
+                    fmt::format("output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
+                                name.ForFrame(0).filename().string()));
+  }
+  if (!scene.compression.empty()) CheckCompression(*format, scene.compression);
+  if (!plan.job.frames.empty()) CheckWritable(name.ForFrame(plan.job.frames.front()));
+  for (const std::int32_t frame : plan.job.frames) inputs.CheckKept(name.ForFrame(frame));
+  return {std::make_unique<StillSink>(name, *format, scene.compression), false};
+}
+
+}  // namespace cli

@@ -1,0 +1,101 @@
+#include "cli/run/open_source.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <fstream>
+#include <string_view>
+
+#include "cli/picture/reader.h"
+#include "cli/picture/still_source.h"
+#include "cli/report/tool_error.h"
+
+namespace cli {
+namespace {
+
+/// Whether the file begins like a PNG, JPEG, TIFF or EXR.
+bool LooksLikePicture(const std::filesystem::path& path) {
+  using namespace std::string_view_literals;
+  constexpr std::array kBeginnings = {"\x89PNG"sv,  "\xff\xd8\xff"sv, "II*\0"sv,           "MM\0*"sv,
+                                      "II\x2b\0"sv, "MM\0\x2b"sv,     "\x76\x2f\x31\x01"sv};
+  std::array<char, 4> bytes{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(bytes.data(), bytes.size());
+  const std::string_view start(bytes.data(), static_cast<std::size_t>(file.gcount()));
+  return std::ranges::any_of(kBeginnings, [&](auto beginning) { return start.starts_with(beginning); });
+}
+
+bool IsNamedLikePicture(const std::filesystem::path& path) {
+  std::string extension = path.extension().string();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  constexpr std::array kExtensions = {".png", ".jpg", ".jpeg", ".tif", ".tiff", ".exr"};
+  return std::ranges::find(kExtensions, extension) != kExtensions.end();
+}
+
+/// "5, 7-9", cut where it gets long.
+std::string RangesOf(const std::vector<std::int32_t>& numbers) {
+  constexpr std::size_t kMostShown = 60;  // letters
+  std::string text;
+  for (std::size_t i = 0; i < numbers.size();) {
+    std::size_t last = i;
+    while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) ++last;
+    if (text.size() > kMostShown) return text + ", ...";
+    text += fmt::format("{}{}", text.empty() ? "" : ", ", numbers[i]);
+    if (last > i) text += fmt::format("-{}", numbers[last]);
+    i = last + 1;
+  }
+  return text;
+}
+
+OpenedSource OpenSequence(const std::filesystem::path& path, const OpenOptions& options) {
+  auto sequence = std::make_unique<SequenceSource>(path, options.depth);
+  OpenedSource opened;
+  if (const auto missing = sequence->Missing(); !missing.empty()) {
+    opened.notes.push_back(fmt::format("{} frames of '{}' are missing: {}", missing.size(),
+                                       path.filename().string(), RangesOf(missing)));
+  }
+  opened.frames = std::move(sequence);
+  return opened;
+}
+
+OpenedSource OpenVideo(const std::filesystem::path& path, const OpenOptions& options) {
+  auto video = std::make_unique<VideoReader>(path, options.depth, options.videoAlpha);
+  OpenedSource opened;
+  opened.notes = video->Notes();
+  if (video->IsStill()) {
+    opened.frames = std::make_unique<StillSource>(video->Read(0).value());
+  } else {
+    opened.video = video.get();
+    opened.frames = std::move(video);
+  }
+  return opened;
+}
+
+}  // namespace
+
+OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& options) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error) && IsSequenceName(path)) return OpenSequence(path, options);
+  const bool isFile = std::filesystem::is_regular_file(path, error);
+  // The reader of pictures has the words for what is not a file.
+  if (isFile && !LooksLikePicture(path)) {
+    try {
+      return OpenVideo(path, options);
+    } catch (const ToolError&) {
+      if (!IsNamedLikePicture(path)) throw;
+      throw ToolError(
+          ExitCode::kInput,
+          fmt::format("cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its "
+                      "name says",
+                      path.string()));
+    }
+  }
+  OpenedSource opened;
+  opened.frames = std::make_unique<StillSource>(ReadPicture(path, options.depth));
+  return opened;
+}
+
+}  // namespace cli

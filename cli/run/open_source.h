@@ -1,0 +1,31 @@
+// Opens what the user names as input: a picture, numbered pictures or a video.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/frames/frame_io.h"
+#include "cli/scene/alpha_form.h"
+#include "cli/video/reader.h"
+
+namespace cli {
+
+struct OpenOptions {
+  std::optional<minihost::Depth> depth{};       // without, the file decides
+  AlphaForm videoAlpha = AlphaForm::kStraight;  // pictures say it themselves
+};
+
+struct OpenedSource {
+  std::unique_ptr<FrameSource> frames;
+  const VideoReader* video = nullptr;  // `frames` when it is a video: for its tags and its sound
+  std::vector<std::string> notes{};    // for the user
+};
+
+/// What the file is decides, not what it is called.  A name that no file bears may be that of a sequence.
+/// Throws ToolError(kInput) when nothing can be read, and ToolError(kUsage) for a faulty sequence name.
+OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& options = {});
+
+}  // namespace cli

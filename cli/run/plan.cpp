@@ -1,0 +1,124 @@
+#include "cli/run/plan.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+#include <utility>
+
+#include "cli/frames/blank_source.h"
+#include "cli/frames/proxy_source.h"
+#include "cli/report/tool_error.h"
+#include "cli/run/open_source.h"
+#include "cli/scene/frame_range.h"
+#include "cli/scene/frame_rate.h"
+#include "cli/scene/parameter_assignment.h"
+#include "cli/scene/parameter_names.h"
+
+namespace cli {
+namespace {
+
+bool IsOff(const minihost::ParameterSet& parameters, const char* name) {
+  const int index = ParameterNames(parameters.list()).Find(name).index;
+  return std::get<double>(parameters.At(index, 0)) == 0;
+}
+
+void OpenInput(const Scene& scene, RenderPlan& plan) {
+  if (scene.blank) {
+    const minihost::Depth depth = scene.depth.value_or(minihost::Depth::kBits8);
+    plan.source = std::make_unique<BlankSource>(*scene.blank, depth);
+  } else if (!scene.input.empty()) {
+    OpenedSource opened = OpenSource(scene.input, {.depth = scene.depth, .videoAlpha = scene.alpha});
+    plan.source = std::move(opened.frames);
+    plan.video = opened.video;
+    plan.notes = std::move(opened.notes);
+  } else {
+    throw ToolError(
+        ExitCode::kUsage,
+        "nothing to snow on: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
+  }
+  if (scene.proxy > 1) plan.source = std::make_unique<ProxySource>(std::move(plan.source), scene.proxy);
+  plan.traits = plan.source->Traits();
+}
+
+FrameRate RateOf(const Scene& scene, const SourceTraits& traits) {
+  if (!scene.fps.empty()) return ParseFrameRate(scene.fps);
+  return traits.rate.value_or(FrameRate{});
+}
+
+std::string FramesOf(const Scene& scene, const SourceTraits& traits) {
+  if (!scene.frames.empty()) return scene.frames;
+  if (traits.firstFrame && traits.lastFrame)
+    return fmt::format("{}-{}", *traits.firstFrame, *traits.lastFrame);
+  return "0";
+}
+
+// The host counts ticks in 32 bits.
+void CheckCountable(const std::vector<std::int32_t>& frames, const FrameRate& rate) {
+  const std::int64_t most = INT32_MAX / rate.timeStep - 1;
+  for (const std::int32_t frame : frames) {
+    if (std::abs(std::int64_t{frame}) > most) {
+      throw ToolError(
+          ExitCode::kUsage,
+          fmt::format("--frames: {} is beyond frame {}, the last that can be counted at {}/{} frames a "
+                      "second",
+                      frame, most, rate.timeScale, rate.timeStep));
+    }
+  }
+}
+
+PF_RationalScale RationalOf(double aspect) {
+  constexpr std::int32_t kDenominator = 1'000'000;
+  const auto numerator = static_cast<std::int32_t>(std::lround(aspect * kDenominator));
+  const std::int32_t divisor = std::gcd(numerator, kDenominator);
+  return {numerator / divisor, static_cast<std::uint32_t>(kDenominator / divisor)};
+}
+
+}  // namespace
+
+RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect) {
+  RenderPlan plan{
+      .source = nullptr,
+      .traits = {},
+      .rate = {},
+      .job = {.effect = std::move(effect), .parameters = scene.parameters, .timing = {}, .frames = {}},
+      .notes = {}};
+  OpenInput(scene, plan);
+  plan.rate = RateOf(scene, plan.traits);
+  scene.fps = fmt::format("{}/{}", plan.rate.timeScale, plan.rate.timeStep);
+  scene.frames = FramesOf(scene, plan.traits);
+  plan.addsAlpha = IsOff(scene.parameters, kCompositeWithOriginal);
+
+  RenderJob& job = plan.job;
+  job.frames = ParseFrames(scene.frames);
+  CheckCountable(job.frames, plan.rate);
+  job.timing = {static_cast<std::uint32_t>(plan.rate.timeScale), plan.rate.timeStep, plan.rate.timeStep,
+                scene.shutterDegrees};
+  job.downsampleX = job.downsampleY = {1, static_cast<std::uint32_t>(scene.proxy)};
+  job.pixelAspect = RationalOf(scene.pixelAspect.value_or(plan.traits.pixelAspect));
+  job.addedAlpha = plan.addsAlpha ? AddedAlpha::kFromEffect : AddedAlpha::kNone;
+  return plan;
+}
+
+MissingPolicy MissingPolicyOf(const std::string& text) {
+  if (text.empty() || text == "error") return MissingPolicy::kError;
+  if (text == "skip") return MissingPolicy::kSkip;
+  if (text == "black") return MissingPolicy::kBlack;
+  throw ToolError(ExitCode::kUsage, fmt::format("--missing: '{}' is not error, skip or black", text));
+}
+
+int CheckedJobs(int jobs) {
+  constexpr int kMost = 1024;
+  if (jobs >= 0 && jobs <= kMost) return jobs;
+  throw ToolError(ExitCode::kUsage,
+                  fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
+}
+
+std::string NameOfDepth(minihost::Depth depth) {
+  return depth == minihost::Depth::kBits8    ? "8 bits"
+         : depth == minihost::Depth::kBits16 ? "16 bits"
+                                             : "float";
+}
+
+}  // namespace cli

@@ -1,0 +1,38 @@
+// A scene, opened: what it reads from, and everything that the pipeline needs to know.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/frames/frame_io.h"
+#include "cli/run/pipeline.h"
+#include "cli/scene/scene.h"
+#include "cli/video/reader.h"
+
+namespace cli {
+
+struct RenderPlan {
+  std::unique_ptr<FrameSource> source;
+  const VideoReader* video = nullptr;  // the source, or what lies under it, when it is a video
+  SourceTraits traits;                 // of the source as it is rendered
+  FrameRate rate;
+  bool addsAlpha = false;          // the output has alpha that the input lacks: snow alone
+  RenderJob job;                   // frames, timing and scale; the caller sets jobs and policies
+  std::vector<std::string> notes;  // for the user
+};
+
+/// Opens the scene's input and works out its frames: those of the scene, or all that the input has, or frame
+/// 0. `scene.frames` and `scene.fps` then hold what was worked out.  Throws ToolError.
+RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect);
+
+/// "error" (or empty), "skip" or "black".  Throws ToolError(kUsage).
+MissingPolicy MissingPolicyOf(const std::string& text);
+
+/// The same number, 0 standing for one job for each processor.  Throws ToolError(kUsage) for what is none.
+int CheckedJobs(int jobs);
+
+/// "8 bits", "16 bits" or "float".
+std::string NameOfDepth(minihost::Depth depth);
+
+}  // namespace cli

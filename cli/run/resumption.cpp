@@ -1,0 +1,50 @@
+#include "cli/run/resumption.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include "cli/scene/writer.h"
+
+namespace cli {
+namespace {
+
+/// All that decides how the frames look but the input's contents: the scene without which frames there are
+/// and where they go.
+std::string RecipeOf(Scene scene) {
+  scene.frames.clear();
+  scene.output.clear();
+  return WriteScene(scene);
+}
+
+}  // namespace
+
+std::string FileStamp(const std::filesystem::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return {};
+  return fmt::format("{} {}.{:09}", status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
+}
+
+Resumption::Resumption(const Scene& scene, const std::string& inputStamp, const FrameSource& source,
+                       const std::vector<std::int32_t>& frames)
+    : name_(scene.output), manifest_(ManifestName(scene.output), RecipeOf(scene), VINTREL_VERSION) {
+  for (const std::int32_t frame : frames) {
+    const std::filesystem::path file = source.FileOf(frame);
+    stamps_[frame] = scene.blank ? "blank" : file.empty() ? inputStamp : FileStamp(file);
+  }
+}
+
+std::size_t Resumption::TakeOut(std::vector<std::int32_t>& frames) const {
+  return std::erase_if(frames, [this](std::int32_t frame) { return IsDone(frame); });
+}
+
+bool Resumption::IsDone(std::int32_t frame) const {
+  // What becomes of a gap is for this run to say, whatever stood in for it in an earlier one.
+  const std::string& stamp = stamps_.at(frame);
+  return !stamp.empty() && manifest_.IsDone(frame, name_.ForFrame(frame), stamp);
+}
+
+void Resumption::Note(std::int32_t frame) {
+  manifest_.Note(frame, name_.ForFrame(frame), stamps_.at(frame));
+}
+
+}  // namespace cli

@@ -1,0 +1,43 @@
+// Taking up a sequence where an earlier run ended.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "cli/file/output_name.h"
+#include "cli/frames/frame_io.h"
+#include "cli/run/manifest.h"
+#include "cli/scene/scene.h"
+
+namespace cli {
+
+/// Stands for a file as it is now: its size and the time of its last change.  Empty without a file.
+std::string FileStamp(const std::filesystem::path& file);
+
+/// What is done of the frames of a sequence, and what has to be made again since its scene or its input
+/// changed.  The stamps of all inputs are taken at the start: what is replaced during the run counts as new.
+class Resumption {
+ public:
+  /// The scene's output is a pattern; `inputStamp` is that of its input from before it was opened.
+  Resumption(const Scene& scene, const std::string& inputStamp, const FrameSource& source,
+             const std::vector<std::int32_t>& frames);
+
+  /// Takes out the frames that are done, and returns how many those are.
+  std::size_t TakeOut(std::vector<std::int32_t>& frames) const;
+
+  /// Notes that the frame's file has been written.  Throws ToolError(kOutput).
+  void Note(std::int32_t frame);
+
+ private:
+  bool IsDone(std::int32_t frame) const;
+
+  OutputName name_;
+  Manifest manifest_;
+  std::unordered_map<std::int32_t, std::string> stamps_;  // of the frames' inputs; empty for gaps
+};
+
+}  // namespace cli

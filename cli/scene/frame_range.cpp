@@ -1,0 +1,111 @@
+#include "cli/scene/frame_range.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <unordered_set>
+
+#include "cli/report/tool_error.h"
+
+namespace cli {
+namespace {
+
+constexpr char kNotFrames[] = "is not a frame or a range of frames";
+
+[[noreturn]] void Refuse(std::string_view item, std::string_view reason) {
+  throw ToolError(
+      ExitCode::kUsage,
+      fmt::format("--frames: '{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item, reason));
+}
+
+[[noreturn]] void RefusePart(std::string_view text) {
+  throw ToolError(
+      ExitCode::kUsage,
+      fmt::format("--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at "
+                  "most {} shares",
+                  text, kMaxFrames));
+}
+
+/// Takes a number off the front of `rest`.
+std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+  if (error == std::errc::result_out_of_range) Refuse(item, "is beyond the frames that can be counted");
+  if (error != std::errc{}) Refuse(item, kNotFrames);
+  rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+  return number;
+}
+
+struct Range {
+  std::int32_t first;
+  std::int32_t last;
+  std::int32_t step = 1;
+};
+
+Range ParseItem(std::string_view item) {
+  std::string_view rest = item;
+  const std::int32_t first = TakeNumber(rest, item);
+  if (rest.empty()) return {first, first};
+  if (rest.front() != '-') Refuse(item, kNotFrames);
+  rest.remove_prefix(1);
+  const std::int32_t last = TakeNumber(rest, item);
+  if (last < first) Refuse(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
+  if (rest.empty()) return {first, last};
+  if (rest.front() != 'x') Refuse(item, kNotFrames);
+  rest.remove_prefix(1);
+  const std::int32_t step = TakeNumber(rest, item);
+  if (!rest.empty()) Refuse(item, kNotFrames);
+  if (step < 1) Refuse(item, fmt::format("steps by {}, and the least step is 1", step));
+  return {first, last, step};
+}
+
+}  // namespace
+
+std::vector<std::int32_t> ParseFrames(std::string_view text) {
+  std::vector<std::int32_t> frames;
+  std::unordered_set<std::int32_t> seen;
+  while (true) {
+    const std::size_t comma = std::min(text.find(','), text.size());
+    const std::string_view item = text.substr(0, comma);
+    const Range range = ParseItem(item);
+    for (std::int64_t frame = range.first; frame <= range.last; frame += range.step) {
+      const auto number = static_cast<std::int32_t>(frame);
+      if (!seen.insert(number).second) continue;
+      if (frames.size() == kMaxFrames) Refuse(item, fmt::format("makes more than {} frames", kMaxFrames));
+      frames.push_back(number);
+    }
+    if (comma == text.size()) return frames;
+    text.remove_prefix(comma + 1);
+  }
+}
+
+std::vector<std::int32_t> SpreadFrames(const std::vector<std::int32_t>& frames, std::size_t count) {
+  if (count >= frames.size()) return frames;
+  std::vector<std::int32_t> spread;
+  for (std::size_t i = 0; i < count; ++i) {
+    spread.push_back(frames[count == 1 ? 0 : i * (frames.size() - 1) / (count - 1)]);
+  }
+  return spread;
+}
+
+Part ParsePart(std::string_view text) {
+  Part part;
+  const char* const end = text.data() + text.size();
+  const auto number = std::from_chars(text.data(), end, part.number);
+  if (number.ec != std::errc{} || number.ptr == end || *number.ptr != '/') RefusePart(text);
+  const auto count = std::from_chars(number.ptr + 1, end, part.count);
+  if (count.ec != std::errc{} || count.ptr != end) RefusePart(text);
+  if (part.number < 1 || part.number > part.count || part.count > kMaxFrames) RefusePart(text);
+  return part;
+}
+
+std::vector<std::int32_t> TakePart(const std::vector<std::int32_t>& frames, const Part& part) {
+  // At most kMaxFrames squared, far from the end of the type.
+  const auto begin = [&](std::size_t share) {
+    return frames.begin() + static_cast<std::ptrdiff_t>(frames.size() * share / part.count);
+  };
+  return {begin(part.number - 1), begin(part.number)};
+}
+
+}  // namespace cli

@@ -1,0 +1,69 @@
+#include "cli/scene/presets.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "cli/report/nearest_name.h"
+#include "cli/report/tool_error.h"
+#include "cli/scene/parameter_names.h"
+#include "cli/scene/reader.h"
+
+namespace cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The tool may be installed anywhere, and moved as a whole, so its own place tells where its presets are.
+fs::path FolderOfTool() {
+  std::error_code error;
+  const fs::path tool = fs::read_symlink("/proc/self/exe", error);
+  fs::path installed = (tool.parent_path() / VINTREL_PRESETS_FROM_TOOL).lexically_normal();
+  if (!error && fs::is_directory(installed, error)) return installed;
+  return VINTREL_PRESETS_OF_SOURCES;
+}
+
+}  // namespace
+
+Presets Presets::OfTool() {
+  return Presets(FolderOfTool());
+}
+
+Presets::Presets(const fs::path& folder) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+    if (entry.path().extension() != ".toml") continue;
+    const PresetLabel label = ReadPresetLabel(entry.path());
+    presets_.push_back({entry.path().stem().string(), label.name, label.description, entry.path()});
+  }
+  std::ranges::sort(presets_, {}, &Preset::id);
+}
+
+const Preset& Presets::Find(std::string_view text) const {
+  const std::string wanted = Slug(text);
+  std::vector<std::string_view> ids;
+  for (const Preset& preset : presets_) {
+    if (wanted == Slug(preset.id) || wanted == Slug(preset.name)) return preset;
+    ids.push_back(preset.id);
+  }
+  throw ToolError(ExitCode::kUsage,
+                  fmt::format("there is no preset '{}'{}; there {}", text, SuggestNearest(text, ids),
+                              ids.empty() ? "are none" : fmt::format("are {}", fmt::join(ids, ", "))));
+}
+
+std::string PresetTable(const std::vector<Preset>& presets) {
+  std::size_t idWidth = 0;
+  std::size_t nameWidth = 0;
+  for (const Preset& preset : presets) {
+    idWidth = std::max(idWidth, preset.id.size());
+    nameWidth = std::max(nameWidth, preset.name.size());
+  }
+  std::string table;
+  for (const Preset& preset : presets) {
+    table +=
+        fmt::format("{:<{}}  {:<{}}  {}\n", preset.id, idWidth, preset.name, nameWidth, preset.description);
+  }
+  return table;
+}
+
+}  // namespace cli

@@ -1,0 +1,177 @@
+#include "cli/scene/reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "cli/report/nearest_name.h"
+#include "cli/report/tool_error.h"
+#include "cli/scene/frame_range.h"
+#include "cli/scene/frame_rate.h"
+#include "cli/scene/parameters.h"
+#include "cli/scene/toml_file.h"
+
+namespace cli {
+namespace {
+
+[[noreturn]] void Refuse(const std::string& message) {
+  throw ToolError(ExitCode::kUsage, message);
+}
+
+std::string Text(const toml::node& node) {
+  const auto text = node.value_exact<std::string>();
+  if (!text) Refuse(fmt::format("takes a string, not {}", DescribeNode(node)));
+  if (text->empty()) Refuse("is empty; leave the key out");
+  return *text;
+}
+
+double Number(const toml::node& node) {
+  if (!node.is_number()) Refuse(fmt::format("takes a number, not {}", DescribeNode(node)));
+  return *node.value<double>();
+}
+
+/// For keys that may be written with or without quotes.
+std::string TextOrNumber(const toml::node& node) {
+  if (const auto integer = node.value_exact<std::int64_t>()) return fmt::format("{}", *integer);
+  return node.is_number() ? fmt::format("{}", Number(node)) : Text(node);
+}
+
+struct RenderKey {
+  std::string_view name;
+  void (*apply)(const toml::node& value, Scene& scene);
+};
+
+constexpr RenderKey kRenderKeys[] = {
+    {"input",
+     [](const toml::node& value, Scene& scene) {
+       scene.input = Text(value);
+       scene.blank.reset();
+     }},
+    {"blank",
+     [](const toml::node& value, Scene& scene) {
+       scene.blank = ParseFrameSize(Text(value));
+       scene.input.clear();
+     }},
+    {"output", [](const toml::node& value, Scene& scene) { scene.output = Text(value); }},
+    {"frames",
+     [](const toml::node& value, Scene& scene) {
+       scene.frames = TextOrNumber(value);
+       ParseFrames(scene.frames);
+     }},
+    {"fps",
+     [](const toml::node& value, Scene& scene) {
+       scene.fps = TextOrNumber(value);
+       ParseFrameRate(scene.fps);
+     }},
+    {"shutter",
+     [](const toml::node& value, Scene& scene) {
+       scene.shutterDegrees = Number(value);
+       CheckShutter(scene.shutterDegrees);
+     }},
+    {"depth", [](const toml::node& value, Scene& scene) { scene.depth = ParseDepth(TextOrNumber(value)); }},
+    {"alpha", [](const toml::node& value, Scene& scene) { scene.alpha = ParseAlphaForm(Text(value)); }},
+    {"compression", [](const toml::node& value, Scene& scene) { scene.compression = Text(value); }},
+    {"proxy",
+     [](const toml::node& value, Scene& scene) {
+       const double divisor = Number(value);
+       CheckProxy(divisor);
+       scene.proxy = static_cast<int>(divisor);
+     }},
+    {"pixel-aspect",
+     [](const toml::node& value, Scene& scene) {
+       scene.pixelAspect = Number(value);
+       CheckPixelAspect(*scene.pixelAspect);
+     }},
+};
+
+/// An option's message begins with the option; in a file it is a key, without dashes.
+std::string AboutKey(std::string_view key, std::string_view message) {
+  const std::string option = fmt::format("--{}: ", key);
+  if (message.starts_with(option)) message.remove_prefix(option.size());
+  const bool isSentence = message.starts_with("takes") || message.starts_with("is ");
+  return fmt::format("{}{}{}", key, isSentence ? " " : ": ", message);
+}
+
+void ApplyRender(const toml::table& section, Scene& scene) {
+  if (section.contains("input") && section.contains("blank")) {
+    RefuseAt(section.find("blank")->first.source(), "a scene has an input or a blank size, not both");
+  }
+  for (const auto& [key, value] : EntriesOf(section)) {
+    const auto known = std::ranges::find(kRenderKeys, key->str(), &RenderKey::name);
+    if (known == std::end(kRenderKeys)) {
+      std::vector<std::string_view> names;
+      for (const RenderKey& renderKey : kRenderKeys) names.push_back(renderKey.name);
+      RefuseAt(key->source(), fmt::format("[render] has no key '{}'{}; it takes {}", key->str(),
+                                          SuggestNearest(key->str(), names), fmt::join(names, ", ")));
+    }
+    try {
+      known->apply(*value, scene);
+    } catch (const ToolError& error) {
+      RefuseAt(value->source(), AboutKey(key->str(), error.what()));
+    }
+  }
+}
+
+/// The label's text; empty when the key is missing.
+PresetLabel ReadLabel(const toml::table& section) {
+  PresetLabel label;
+  for (const auto& [key, value] : EntriesOf(section)) {
+    if (key->str() != "name" && key->str() != "description") {
+      RefuseAt(key->source(),
+               fmt::format("[preset] has no key '{}'; it takes name and description", key->str()));
+    }
+    try {
+      const std::string text = Text(*value);
+      if (text.find('\n') != text.npos) Refuse("is more than one line");
+      (key->str() == "name" ? label.name : label.description) = text;
+    } catch (const ToolError& error) {
+      RefuseAt(value->source(), AboutKey(key->str(), error.what()));
+    }
+  }
+  return label;
+}
+
+void Apply(const toml::table& document, Scene& scene) {
+  constexpr std::string_view kSections[] = {"render", "parameters", "preset"};
+  Scene changed = scene;
+  for (const auto& [key, value] : EntriesOf(document)) {
+    if (std::ranges::find(kSections, key->str()) == std::end(kSections)) {
+      RefuseAt(key->source(),
+               fmt::format("'{}' is not a section of a scene{}; it has [render] and [parameters]", key->str(),
+                           SuggestNearest(key->str(), kSections)));
+    }
+    const toml::table* section = value->as_table();
+    if (!section) {
+      RefuseAt(value->source(), fmt::format("'{}' is {}; write it as a section, [{}]", key->str(),
+                                            DescribeNode(*value), key->str()));
+    }
+    if (key->str() == "render") ApplyRender(*section, changed);
+    if (key->str() == "parameters") ApplyParameters(*section, changed.parameters);
+    if (key->str() == "preset") ReadLabel(*section);
+  }
+  scene = std::move(changed);
+}
+
+}  // namespace
+
+void ApplySceneFile(const std::filesystem::path& file, Scene& scene) {
+  Apply(ReadTomlFile(file), scene);
+}
+
+void ApplySceneText(std::string_view text, std::string_view name, Scene& scene) {
+  Apply(ParseToml(text, name), scene);
+}
+
+PresetLabel ReadPresetLabel(const std::filesystem::path& file) {
+  const toml::table document = ReadTomlFile(file);
+  const toml::table* section = document["preset"].as_table();
+  PresetLabel label = section ? ReadLabel(*section) : PresetLabel{};
+  if (label.name.empty() || label.description.empty()) {
+    Refuse(fmt::format("{}: is no preset; it has no [preset] with a name and a description", file.string()));
+  }
+  return label;
+}
+
+}  // namespace cli

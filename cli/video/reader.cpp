@@ -1,0 +1,160 @@
+#include "cli/video/reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "cli/report/tool_error.h"
+#include "cli/video/pixels.h"
+#include "cli/video/turn.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+namespace cli {
+namespace {
+
+using minihost::Image;
+
+const char* NameOfAssumed(AVColorSpace matrix) {
+  return matrix == AVCOL_SPC_BT709 ? "BT.709" : "BT.601";
+}
+
+double PixelAspectOf(AVFormatContext& file, AVStream& stream) {
+  constexpr double kMost = 100;  // beyond it is nonsense, not anamorphic
+  const AVRational aspect = av_guess_sample_aspect_ratio(&file, &stream, nullptr);
+  const double value = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
+  return value >= 1 / kMost && value <= kMost ? value : 1;
+}
+
+}  // namespace
+
+VideoReader::VideoReader(const std::filesystem::path& path, std::optional<minihost::Depth> depth,
+                         AlphaForm alpha)
+    : path_(path), alpha_(alpha), decoder_(path) {
+  FillTraits(depth);
+  NoteWhatIsNotHeeded();
+}
+
+void VideoReader::Refuse(const std::string& reason) const {
+  throw ToolError(ExitCode::kInput, fmt::format("cannot read '{}': {}", path_.string(), reason));
+}
+
+void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
+  const AVCodecParameters& video = *decoder_.Stream().codecpar;
+  const auto format = static_cast<AVPixelFormat>(video.format);
+  if (const auto reason = WhyUnreadable(format)) Refuse(*reason);
+  const auto [shortSide, longSide] = std::minmax(video.width, video.height);
+  if (shortSide < 1 || longSide > Image::kMaxSide) {
+    Refuse(fmt::format("it is {} x {} pixels; 1 to {} a side can be drawn on", video.width, video.height,
+                       Image::kMaxSide));
+  }
+  stored_ = {video.width, video.height};
+  orientation_ = OrientationOf(decoder_.Stream());
+  const Orientation orientation(orientation_.value_or(1), stored_);
+  traits_.width = orientation.Upright().width;
+  traits_.height = orientation.Upright().height;
+  traits_.depth = depth.value_or(DepthOf(format));
+  traits_.hasAlpha = HasAlpha(format);
+  const double aspect = PixelAspectOf(decoder_.File(), decoder_.Stream());
+  traits_.pixelAspect = orientation.Sideways() ? 1 / aspect : aspect;
+  traits_.rate = decoder_.Index().Rate();
+  traits_.firstFrame = 0;
+  constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+  traits_.lastFrame = static_cast<std::int32_t>(std::min(decoder_.Index().FrameCount() - 1, kMost));
+  tags_ = {video.color_space, video.color_primaries, video.color_trc};
+  if (IsYuv(format)) ChooseCoding(format);
+}
+
+void VideoReader::ChooseCoding(AVPixelFormat format) {
+  const AVCodecParameters& video = *decoder_.Stream().codecpar;
+  if (tags_.matrix == AVCOL_SPC_BT2020_CL) {
+    tags_.matrix = AVCOL_SPC_BT2020_NCL;
+    notes_.emplace_back(
+        "colour of constant luminance is read as that of "
+        "non-constant luminance");
+  } else if (!IsKnown(tags_.matrix)) {
+    const char* name = av_color_space_name(tags_.matrix);
+    const AVColorSpace assumed = MatrixByHeight(video.height);
+    notes_.push_back(tags_.matrix == AVCOL_SPC_UNSPECIFIED
+                         ? fmt::format("the colour matrix is not tagged; {} lines are read as {}",
+                                       video.height, NameOfAssumed(assumed))
+                         : fmt::format("the colour matrix '{}' is not known; it is read as {}",
+                                       name ? name : "?", NameOfAssumed(assumed)));
+    tags_.matrix = assumed;
+  }
+  const bool full = std::string_view(av_get_pix_fmt_name(format)).starts_with("yuvj");
+  coding_ = {tags_.matrix, full ? AVCOL_RANGE_JPEG : video.color_range};
+  if (coding_.range == AVCOL_RANGE_UNSPECIFIED) {
+    coding_.range = AVCOL_RANGE_MPEG;
+    notes_.emplace_back(
+        "the colour range is not tagged; it is read as limited "
+        "(16 to 235 of 255)");
+  }
+}
+
+void VideoReader::NoteWhatIsNotHeeded() {
+  const VideoIndex& index = decoder_.Index();
+  if (!orientation_) notes_.emplace_back("the file asks to be shown turned askew; that is not heeded");
+  if (decoder_.Stream().codecpar->field_order > AV_FIELD_PROGRESSIVE) {
+    notes_.emplace_back("the video is interlaced; both fields are taken as one picture");
+  }
+  if (!index.IsConstantRate()) {
+    notes_.push_back(
+        fmt::format("the frame rate varies; {} pictures are shown "
+                    "as {} frames at {:.3f} a second",
+                    index.PictureCount(), index.FrameCount(),
+                    static_cast<double>(traits_.rate->timeScale) / traits_.rate->timeStep));
+  }
+  if (!index.Damage().empty()) {
+    notes_.push_back(
+        fmt::format("the file breaks off after {} pictures: {}", index.PictureCount(), index.Damage()));
+  }
+}
+
+bool VideoReader::IsStill() const {
+  const std::string_view format = decoder_.File().iformat->name;
+  return decoder_.Index().PictureCount() == 1 && (format.ends_with("_pipe") || format == "image2");
+}
+
+std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t last) const {
+  const AVFormatContext& file = decoder_.File();
+  const bool hasSound = std::any_of(file.streams, file.streams + file.nb_streams, [](const AVStream* stream) {
+    return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+  });
+  if (!hasSound) return {};
+  const double frameSeconds = static_cast<double>(traits_.rate->timeStep) / traits_.rate->timeScale;
+  const double start = decoder_.Index().StartSeconds();
+  return SoundRange{path_, start + first * frameSeconds, start + (last + 1.0) * frameSeconds};
+}
+
+std::optional<Picture> VideoReader::Read(std::int32_t frame) {
+  const auto refuse = [&](const std::string& reason) {
+    throw ToolError(ExitCode::kInput,
+                    fmt::format("cannot read frame {} of '{}': {}", frame, path_.string(), reason));
+  };
+  if (frame < 0 || frame >= decoder_.Index().FrameCount()) return {};
+  Picture picture;
+  picture.traits.hasAlpha = traits_.hasAlpha;
+  picture.traits.pixelAspect = traits_.pixelAspect;
+  const bool light = traits_.hasAlpha && alpha_ == AlphaForm::kPremultiplied;
+  picture.traits.clearColor = light ? ClearColor::kLight : ClearColor::kHidden;
+  try {
+    const AVFrame& decoded = decoder_.Decode(decoder_.Index().PictureAt(frame));
+    if (decoded.width != stored_.width || decoded.height != stored_.height) {
+      refuse(fmt::format("it is {} x {} pixels, the first frame {} x {}", decoded.width, decoded.height,
+                         stored_.width, stored_.height));
+    }
+    if (const auto reason = WhyUnreadable(static_cast<AVPixelFormat>(decoded.format))) refuse(*reason);
+    picture.image = Turn(DecodePixels(decoded, coding_, traits_.depth, alpha_), orientation_.value_or(1));
+  } catch (const DecodeFailure& failure) {
+    refuse(failure.what());
+  }
+  return picture;
+}
+
+}  // namespace cli

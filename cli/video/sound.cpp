@@ -1,0 +1,123 @@
+#include "cli/video/sound.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "cli/report/tool_error.h"
+
+namespace cli {
+namespace {
+
+AvInput Open(const std::filesystem::path& path) {
+  AVFormatContext* file = nullptr;
+  int error = avformat_open_input(&file, LibavName(path.string()).c_str(), nullptr, nullptr);
+  AvInput owner(file);
+  if (error >= 0) error = avformat_find_stream_info(file, nullptr);
+  if (error >= 0) return owner;
+  throw ToolError(ExitCode::kInput,
+                  fmt::format("cannot read the sound of '{}': {}", path.string(), LibavMessage(error)));
+}
+
+AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
+  AVStream& stream = *Allocated(avformat_new_stream(&output, nullptr));
+  if (avcodec_parameters_copy(stream.codecpar, sound.codecpar) < 0) throw std::bad_alloc();
+  stream.codecpar->codec_tag = 0;  // that of the other container
+  stream.time_base = sound.time_base;
+  stream.disposition = sound.disposition;
+  av_dict_copy(&stream.metadata, sound.metadata, 0);
+  return stream;
+}
+
+/// Whether the container takes the sound.  Its list of codecs promises more than it accepts in the end, such
+/// as FLAC in MOV, so that only trying tells.
+bool Takes(const AVOutputFormat& container, const AVStream& sound) {
+  if (avformat_query_codec(&container, sound.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) return false;
+  AVFormatContext* file = nullptr;
+  if (avformat_alloc_output_context2(&file, &container, nullptr, nullptr) < 0) throw std::bad_alloc();
+  const AvOutput owner(file);
+  const std::string nowhere = LibavName("/dev/null");
+  if (avio_open(&file->pb, nowhere.c_str(), AVIO_FLAG_WRITE) < 0) return true;
+  AddCopy(sound, *file);
+  return avformat_init_output(file, nullptr) >= 0;
+}
+
+}  // namespace
+
+SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
+    : range_(range), output_(output), input_(Open(range.path)), next_(Allocated(av_packet_alloc())) {
+  tracks_.resize(input_->nb_streams);
+  for (unsigned i = 0; i < input_->nb_streams; ++i) {
+    AVStream& stream = *input_->streams[i];
+    if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) AddTrack(stream);
+    if (tracks_[i].output < 0) stream.discard = AVDISCARD_ALL;
+  }
+  // Where the file cannot jump, everything before the range is read and dropped.
+  constexpr double kLeadSeconds = 1;
+  const auto from = static_cast<std::int64_t>((range.begin - kLeadSeconds) * AV_TIME_BASE);
+  if (from > 0) avformat_seek_file(input_.get(), -1, INT64_MIN, from, from, 0);
+}
+
+void SoundCopy::AddTrack(const AVStream& input) {
+  if (!Takes(*output_.oformat, input)) {
+    notes_.push_back(fmt::format("the sound of '{}' is left out: {} cannot hold {}",
+                                 range_.path.filename().string(), output_.oformat->name,
+                                 avcodec_get_name(input.codecpar->codec_id)));
+    return;
+  }
+  Track& track = tracks_[static_cast<std::size_t>(input.index)];
+  track.output = AddCopy(input, output_).index;
+  track.begin = std::llround(range_.begin / av_q2d(input.time_base));
+  const AVRational sample{1, std::max(1, input.codecpar->sample_rate)};
+  track.padding = av_rescale_q(input.codecpar->initial_padding, sample, input.time_base);
+}
+
+/// Finds the next packet of the range; false at its end.
+bool SoundCopy::Fetch() {
+  while (!hasNext_ && !atEnd_) {
+    if (av_read_frame(input_.get(), next_.get()) < 0) {
+      atEnd_ = true;
+      break;
+    }
+    const Track& track = tracks_[static_cast<std::size_t>(next_->stream_index)];
+    // Edit lists let a packet that began before the range stay; elsewhere it would move the picture.
+    const bool edits = (output_.oformat->flags & AVFMT_TS_NEGATIVE) != 0;
+    const std::int64_t firstEnd = edits ? next_->duration : track.padding + 1;
+    hasNext_ = track.output >= 0 && next_->pts != AV_NOPTS_VALUE && next_->pts + firstEnd > track.begin;
+    if (!hasNext_) av_packet_unref(next_.get());
+  }
+  return hasNext_;
+}
+
+int SoundCopy::CopyUntil(double seconds) {
+  while (Fetch()) {
+    const AVRational timeBase = input_->streams[next_->stream_index]->time_base;
+    const double time = static_cast<double>(next_->pts) * av_q2d(timeBase);
+    if (time >= range_.end) {
+      // Streams are interleaved loosely, so that others may still have something before the end.
+      constexpr double kLooseSeconds = 5;
+      atEnd_ = time >= range_.end + kLooseSeconds;
+      hasNext_ = false;
+      av_packet_unref(next_.get());
+      continue;
+    }
+    if (time >= range_.begin + seconds) return 0;
+    const int error = Send();
+    if (error < 0) return error;
+  }
+  return 0;
+}
+
+int SoundCopy::Send() {
+  const Track& track = tracks_[static_cast<std::size_t>(next_->stream_index)];
+  const AVRational from = input_->streams[next_->stream_index]->time_base;
+  next_->pts -= track.begin;
+  if (next_->dts != AV_NOPTS_VALUE) next_->dts -= track.begin;
+  next_->stream_index = track.output;
+  next_->pos = -1;
+  av_packet_rescale_ts(next_.get(), from, output_.streams[track.output]->time_base);
+  hasNext_ = false;
+  return av_interleaved_write_frame(&output_, next_.get());
+}
+
+}  // namespace cli

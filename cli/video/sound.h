@@ -1,0 +1,54 @@
+// The sound of a video, carried over from file to file as it is.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "cli/video/libav.h"
+
+namespace cli {
+
+/// A stretch of a file's sound, in seconds on the file's clock.
+struct SoundRange {
+  std::filesystem::path path;
+  double begin = 0;
+  double end = 0;
+};
+
+/// Copies packets of all sound streams to an output of which the frame at `range.begin` is the first.
+class SoundCopy {
+ public:
+  /// Adds streams to `output`, which has no header yet and outlives this. Throws ToolError(kInput) when the
+  /// file cannot be read.
+  SoundCopy(const SoundRange& range, AVFormatContext& output);
+
+  /// Writes what begins before `seconds`, counted from the start of the range. Returns 0 or the libraries'
+  /// error of the output.
+  int CopyUntil(double seconds);
+
+  /// Of streams that the output cannot hold.
+  const std::vector<std::string>& Notes() const { return notes_; }
+
+ private:
+  struct Track {
+    int output = -1;           // the index of the stream there; -1 is left out
+    std::int64_t begin = 0;    // in the input's time base
+    std::int64_t padding = 0;  // what decoders throw away at the start of the stream
+  };
+
+  void AddTrack(const AVStream& input);
+  bool Fetch();
+  int Send();
+
+  SoundRange range_;
+  AVFormatContext& output_;
+  AvInput input_;
+  std::vector<Track> tracks_;  // by the index of the stream in the input
+  AvPacket next_;
+  bool hasNext_ = false;
+  bool atEnd_ = false;
+  std::vector<std::string> notes_;
+};
+
+}  // namespace cli

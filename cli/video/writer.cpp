@@ -1,0 +1,245 @@
+#include "cli/video/writer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <stdexcept>
+
+#include "cli/report/tool_error.h"
+#include "cli/video/pixels.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+}
+
+namespace cli {
+namespace {
+
+using minihost::Depth;
+using minihost::Image;
+
+struct VideoFrame : EncodedFrame {
+  AvFrame frame;
+};
+
+/// Options of muxers and encoders by name.
+class Options {
+ public:
+  Options() = default;
+  ~Options() { av_dict_free(&entries_); }
+  Options(const Options&) = delete;
+  Options& operator=(const Options&) = delete;
+
+  void Set(const char* name, const char* value) {
+    if (av_dict_set(&entries_, name, value, 0) < 0) throw std::bad_alloc();
+  }
+  AVDictionary** Get() { return &entries_; }
+
+ private:
+  AVDictionary* entries_ = nullptr;
+};
+
+VideoFormat FormatOrRefuse(const std::filesystem::path& path) {
+  if (const auto format = VideoFormatOf(path)) return *format;
+  throw ToolError(ExitCode::kUsage,
+                  fmt::format("video '{}' must end in .mp4, .mov or .mkv", path.filename().string()));
+}
+
+AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
+  switch (format) {
+    case VideoFormat::kMp4:
+      return AV_PIX_FMT_YUV420P;
+    case VideoFormat::kMov:
+      return traits.hasAlpha ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV444P10;
+    case VideoFormat::kMkv:
+      break;
+  }
+  if (traits.depth == Depth::kBits8) return traits.hasAlpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
+  return traits.hasAlpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
+}
+
+const char* EncoderOf(VideoFormat format) {
+  return format == VideoFormat::kMp4 ? "libx264" : format == VideoFormat::kMov ? "prores_ks" : "ffv1";
+}
+
+void ChooseOptions(VideoFormat format, const VideoTraits& traits, AVCodecContext& codec, Options& options) {
+  // The number of threads changes what some encoders write, so it does not follow the machine.
+  constexpr int kThreads = 2;
+  codec.thread_count = kThreads;
+  codec.flags |= AV_CODEC_FLAG_BITEXACT;
+  switch (format) {
+    case VideoFormat::kMp4:
+      options.Set("crf", "16");
+      options.Set("preset", "medium");
+      options.Set("x264-params",
+                  "cpu-independent=1");  // the same bytes on every processor
+      return;
+    case VideoFormat::kMov:
+      options.Set("profile", "4444");
+      options.Set("alpha_bits", traits.hasAlpha ? "16" : "0");
+      return;
+    case VideoFormat::kMkv: {
+      constexpr int kSmallestToDivide = 32;  // pixels a side
+      codec.level = 3;
+      codec.gop_size = 1;  // every picture stands alone
+      codec.slices = std::min(traits.width, traits.height) < kSmallestToDivide ? 1 : 4;
+      options.Set("slicecrc", "1");
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
+  std::string extension = path.extension().string();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  if (extension == ".mp4") return VideoFormat::kMp4;
+  if (extension == ".mov") return VideoFormat::kMov;
+  if (extension == ".mkv") return VideoFormat::kMkv;
+  return {};
+}
+
+VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& traits)
+    : path_(path), format_(FormatOrRefuse(path)), pending_(path), packet_(Allocated(av_packet_alloc())) {
+  SilenceLibav();
+  if (format_ == VideoFormat::kMp4 && (traits.width % 2 || traits.height % 2)) {
+    Refuse(
+        fmt::format("MP4 takes an even width and height, and the picture is "
+                    "{} x {}; crop it by a column "
+                    "or a row, or write .mov or .mkv",
+                    traits.width, traits.height));
+  }
+  if (format_ == VideoFormat::kMp4 && traits.hasAlpha) {
+    notes_.push_back(fmt::format("'{}' cannot hold alpha; the picture lies over black", path.string()));
+  }
+  OpenOutput();
+  OpenCodec(traits);
+  if (traits.sound) OpenSound(*traits.sound);
+  WriteHeader();
+}
+
+VideoWriter::~VideoWriter() = default;
+
+void VideoWriter::Refuse(const std::string& reason) const {
+  throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", path_.string(), reason));
+}
+
+/// For what the libraries return.  Of a failing disk the file itself knows best, and sometimes alone.
+void VideoWriter::Check(int error) const {
+  if (file_->pb && file_->pb->error < 0) Refuse(LibavMessage(file_->pb->error));
+  if (error < 0) Refuse(LibavMessage(error));
+}
+
+void VideoWriter::OpenOutput() {
+  constexpr const char* kMuxers[] = {"mp4", "mov", "matroska"};
+  // Under its hidden name, because MP4 is read once more when its index moves to the front.
+  const std::string name = LibavName(pending_.HiddenPath().string());
+  AVFormatContext* file = nullptr;
+  const int error =
+      avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], name.c_str());
+  if (error < 0) Refuse(LibavMessage(error));
+  file_.reset(file);
+  file_->flags |= AVFMT_FLAG_BITEXACT;  // no date, no random numbers
+  Check(avio_open(&file_->pb, name.c_str(), AVIO_FLAG_WRITE));
+}
+
+void VideoWriter::OpenCodec(const VideoTraits& traits) {
+  const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(format_));
+  if (!encoder) Refuse(fmt::format("the encoder {} is not there", EncoderOf(format_)));
+  codec_.reset(Allocated(avcodec_alloc_context3(encoder)));
+  const AVPixelFormat pixels = PixelFormatOf(format_, traits);
+  const ColorTags tags = CompleteTags(traits.tags, pixels, traits.height);
+  constexpr int kFinestAspect = 10'000;
+  codec_->width = traits.width;
+  codec_->height = traits.height;
+  codec_->pix_fmt = pixels;
+  codec_->time_base = {traits.rate.timeStep, traits.rate.timeScale};
+  codec_->framerate = {traits.rate.timeScale, traits.rate.timeStep};
+  codec_->sample_aspect_ratio = av_d2q(traits.pixelAspect, kFinestAspect);
+  codec_->colorspace = tags.matrix;
+  codec_->color_primaries = tags.primaries;
+  codec_->color_trc = tags.transfer;
+  codec_->color_range = IsYuv(pixels) ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
+  if (file_->oformat->flags & AVFMT_GLOBALHEADER) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  Options options;
+  ChooseOptions(format_, traits, *codec_, options);
+  const int error = avcodec_open2(codec_.get(), encoder, options.Get());
+  if (error < 0) {
+    Refuse(fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
+                       traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
+  }
+  stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
+  Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
+  stream_->time_base = codec_->time_base;
+  stream_->avg_frame_rate = codec_->framerate;
+  stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
+}
+
+void VideoWriter::OpenSound(const SoundRange& sound) {
+  sound_.emplace(sound, *file_);
+  notes_.insert(notes_.end(), sound_->Notes().begin(), sound_->Notes().end());
+}
+
+void VideoWriter::WriteHeader() {
+  Options options;
+  if (format_ != VideoFormat::kMkv) options.Set("movflags", "+faststart");
+  Check(avformat_write_header(file_.get(), options.Get()));
+}
+
+std::unique_ptr<EncodedFrame> VideoWriter::Encode(std::int32_t, const Image& image,
+                                                  const PictureTraits&) const {
+  if (image.width() != codec_->width || image.height() != codec_->height) {
+    throw std::invalid_argument("a frame of another size than the video");
+  }
+  auto encoded = std::make_unique<VideoFrame>();
+  encoded->frame = AllocateFrame(codec_->pix_fmt, codec_->width, codec_->height);
+  AVFrame& frame = *encoded->frame;
+  frame.sample_aspect_ratio = codec_->sample_aspect_ratio;
+  frame.colorspace = codec_->colorspace;
+  frame.color_primaries = codec_->color_primaries;
+  frame.color_trc = codec_->color_trc;
+  frame.color_range = codec_->color_range;
+  EncodePixels(image, codec_->colorspace, frame);
+  return encoded;
+}
+
+void VideoWriter::Write(std::int32_t, std::unique_ptr<EncodedFrame> encoded) {
+  AVFrame& frame = *static_cast<VideoFrame&>(*encoded).frame;
+  frame.pts = written_++;
+  SendFrame(&frame);
+  if (sound_) Check(sound_->CopyUntil(SecondsWritten()));
+}
+
+double VideoWriter::SecondsWritten() const {
+  return static_cast<double>(written_) * av_q2d(codec_->time_base);
+}
+
+/// Null ends the stream.
+void VideoWriter::SendFrame(AVFrame* frame) {
+  Check(avcodec_send_frame(codec_.get(), frame));
+  for (;;) {
+    const int error = avcodec_receive_packet(codec_.get(), packet_.get());
+    if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
+    Check(error);
+    packet_->stream_index = stream_->index;
+    packet_->duration = 1;
+    av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
+    Check(av_interleaved_write_frame(file_.get(), packet_.get()));
+  }
+}
+
+void VideoWriter::Finish() {
+  SendFrame(nullptr);
+  if (sound_) Check(sound_->CopyUntil(SecondsWritten()));
+  Check(av_write_trailer(file_.get()));
+  avio_flush(file_->pb);
+  Check(0);
+  const int closed = avio_closep(&file_->pb);
+  Check(closed);
+  pending_.Commit();
+}
+
+}  // namespace cli

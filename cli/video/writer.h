@@ -1,0 +1,80 @@
+// Frames into a video file: H.264 in .mp4, ProRes 4444 in .mov, lossless FFV1 in .mkv.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/file/pending_file.h"
+#include "cli/frames/frame_io.h"
+#include "cli/video/color.h"
+#include "cli/video/libav.h"
+#include "cli/video/sound.h"
+
+namespace cli {
+
+enum class VideoFormat { kMp4, kMov, kMkv };
+
+/// The format that the extension stands for, upper or lower case; empty for others.
+std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path);
+
+/// What a video needs to know before its first frame.
+struct VideoTraits {
+  int width = 0;  // pixels
+  int height = 0;
+  minihost::Depth depth = minihost::Depth::kBits8;
+  bool hasAlpha = false;
+  double pixelAspect = 1;
+  FrameRate rate;
+  ColorTags tags{};                   // of the source; what is unspecified is chosen by the height
+  std::optional<SoundRange> sound{};  // copied where the container takes it
+};
+
+/// Writes the same bytes for the same frames, with any number of threads that encode.
+///
+/// MP4: 8 bits, limited range, 4:2:0, nearly without visible loss, over black where the picture is
+/// transparent.  MOV: 10 bits, limited range, 4:4:4, straight alpha (stored in 16 bits,
+/// of which the encoder fills 10; clear and opaque are exact).  MKV: RGB without loss, straight alpha,
+/// 8 bits from 8-bit frames, else 16.
+class VideoWriter : public FrameSink {
+ public:
+  /// Throws ToolError(kUsage) for other extensions and ToolError(kOutput), naming the file, when the format
+  /// cannot hold the size (MP4 wants it even) or the file cannot be written.
+  VideoWriter(const std::filesystem::path& path, const VideoTraits& traits);
+  ~VideoWriter() override;
+
+  /// Frames have the size that was announced.
+  std::unique_ptr<EncodedFrame> Encode(std::int32_t frame, const minihost::Image& image,
+                                       const PictureTraits& traits) const override;
+
+  /// Frames follow each other in the file whatever their numbers.
+  void Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encoded) override;
+  void Finish() override;
+
+  /// What the video does not hold of what it was given; for the user.
+  const std::vector<std::string>& Notes() const { return notes_; }
+
+ private:
+  [[noreturn]] void Refuse(const std::string& reason) const;
+  void Check(int error) const;
+  void OpenOutput();
+  void OpenCodec(const VideoTraits& traits);
+  void OpenSound(const SoundRange& sound);
+  void WriteHeader();
+  void SendFrame(AVFrame* frame);
+  double SecondsWritten() const;
+
+  std::filesystem::path path_;
+  VideoFormat format_;
+  PendingFile pending_;
+  AvOutput file_;
+  AvCodec codec_;
+  AvPacket packet_;
+  AVStream* stream_ = nullptr;
+  std::optional<SoundCopy> sound_;
+  std::int64_t written_ = 0;  // frames
+  std::vector<std::string> notes_;
+};
+
+}  // namespace cli

@@ -1,0 +1,286 @@
+#include "effect/pixel/fast/blend_list.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "effect/pixel/fast/transfer.h"
+
+namespace {
+
+// One block of listed pixels: of one flake, so no pixel twice but for repeats of the same entry.
+template <class T>
+struct ListedBlock {
+  std::byte* image;
+  const std::uint32_t* offsets;
+  const typename CoverageList<T>::Alpha* alphas;
+  T colour;
+};
+
+template <BlendMode mode, class Operators, class Pixel>
+VINTREL_INLINE Pixel Combine(const Pixel& flake, const Pixel& picture) {
+  if constexpr (mode == BlendMode::kLighten) {
+    return Operators::Lighten(flake, picture);
+  } else if constexpr (mode == BlendMode::kComposite) {
+    return Operators::Composite(flake, picture);
+  } else {
+    return Operators::Composite(picture, flake);
+  }
+}
+
+template <class Word>
+VINTREL_INLINE Word LoadWord(const std::byte* from) {
+  Word word;
+  std::memcpy(&word, from, sizeof word);
+  return word;
+}
+template <class Word>
+VINTREL_INLINE void StoreWord(Word word, std::byte* to) {
+  std::memcpy(to, &word, sizeof word);
+}
+
+VINTREL_INLINE std::int32_t Field(std::uint32_t word, int shift, std::uint32_t mask) {
+  return static_cast<std::int32_t>((word >> shift) & mask);
+}
+VINTREL_INLINE std::uint32_t Bits(std::int32_t value, int shift) {
+  return static_cast<std::uint32_t>(value) << shift;
+}
+
+struct Operators8 {
+  VINTREL_INLINE static WidePixel Lighten(const WidePixel& top, const WidePixel& bottom) {
+    return branchless::Lighten8(top, bottom);
+  }
+  VINTREL_INLINE static WidePixel Composite(const WidePixel& top, const WidePixel& bottom) {
+    return branchless::Composite8(top, bottom);
+  }
+};
+
+struct Operators16 {
+  VINTREL_INLINE static WidePixel Lighten(const WidePixel& top, const WidePixel& bottom) {
+    return branchless::Lighten16(top, bottom);
+  }
+  VINTREL_INLINE static WidePixel Composite(const WidePixel& top, const WidePixel& bottom) {
+    return branchless::Composite16(top, bottom);
+  }
+};
+
+// Pixels are taken apart and put together as words, so that the loop between has one lane for each pixel.
+// Memory order is alpha, red, green, blue; the words are read as little-endian.
+template <BlendMode mode>
+VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel>& block) {
+  constexpr std::size_t kBlock = CoverageList<PF_Pixel>::kBlock;
+  constexpr std::uint32_t kMask = 0xFF;
+  std::uint32_t words[kBlock];
+#pragma GCC unroll 1
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    words[k] = LoadWord<std::uint32_t>(block.image + block.offsets[k]);
+  }
+  const std::int32_t red = block.colour.red;
+  const std::int32_t green = block.colour.green;
+  const std::int32_t blue = block.colour.blue;
+#pragma GCC unroll 1
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    const WidePixel flake = {block.alphas[k], red, green, blue};
+    const WidePixel picture = {Field(words[k], 0, kMask), Field(words[k], 8, kMask),
+                               Field(words[k], 16, kMask), Field(words[k], 24, kMask)};
+    const WidePixel result = Combine<mode, Operators8>(flake, picture);
+    words[k] = Bits(result.alpha, 0) | Bits(result.red, 8) | Bits(result.green, 16) | Bits(result.blue, 24);
+  }
+#pragma GCC unroll 8
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    StoreWord(words[k], block.image + block.offsets[k]);
+  }
+}
+
+template <BlendMode mode>
+VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel16>& block) {
+  constexpr std::size_t kBlock = CoverageList<PF_Pixel16>::kBlock;
+  // Channels above white do not occur; read as white they cannot overflow the products.
+  const auto channel = [](std::uint32_t word, int shift) __attribute__((always_inline)) {
+    const std::int32_t value = Field(word, shift, 0xFFFF);
+    return value < 32768 ? value : 32768;
+  };
+  std::uint64_t words[kBlock];
+#pragma GCC unroll 1
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    words[k] = LoadWord<std::uint64_t>(block.image + block.offsets[k]);
+  }
+  const std::int32_t red = block.colour.red;
+  const std::int32_t green = block.colour.green;
+  const std::int32_t blue = block.colour.blue;
+#pragma GCC unroll 1
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    const WidePixel flake = {block.alphas[k], red, green, blue};
+    const auto alphaRed = static_cast<std::uint32_t>(words[k]);
+    const auto greenBlue = static_cast<std::uint32_t>(words[k] >> 32);
+    const WidePixel picture = {channel(alphaRed, 0), channel(alphaRed, 16), channel(greenBlue, 0),
+                               channel(greenBlue, 16)};
+    const WidePixel result = Combine<mode, Operators16>(flake, picture);
+    words[k] = Bits(result.alpha, 0) | Bits(result.red, 16) |
+               std::uint64_t{Bits(result.green, 0) | Bits(result.blue, 16)} << 32;
+  }
+#pragma GCC unroll 8
+  for (std::size_t k = 0; k < kBlock; ++k) {
+    StoreWord(words[k], block.image + block.offsets[k]);
+  }
+}
+
+// Four lanes, a vector on every processor; wider ones would be taken apart where the target lacks them.
+using FloatVector = float __attribute__((vector_size(16)));
+
+// Four pixels, a lane for each.
+struct PlanarPixels {
+  FloatVector alpha;
+  FloatVector red;
+  FloatVector green;
+  FloatVector blue;
+};
+
+// Four pixels to four channels, and back: a transposition either way.
+VINTREL_INLINE PlanarPixels Transpose(const PlanarPixels& m) {
+  const FloatVector low01 = __builtin_shufflevector(m.alpha, m.red, 0, 4, 1, 5);
+  const FloatVector high01 = __builtin_shufflevector(m.alpha, m.red, 2, 6, 3, 7);
+  const FloatVector low23 = __builtin_shufflevector(m.green, m.blue, 0, 4, 1, 5);
+  const FloatVector high23 = __builtin_shufflevector(m.green, m.blue, 2, 6, 3, 7);
+  return {__builtin_shufflevector(low01, low23, 0, 1, 4, 5),
+          __builtin_shufflevector(low01, low23, 2, 3, 6, 7),
+          __builtin_shufflevector(high01, high23, 0, 1, 4, 5),
+          __builtin_shufflevector(high01, high23, 2, 3, 6, 7)};
+}
+
+struct OperatorsFloat {
+  VINTREL_INLINE static FloatVector Over(FloatVector topAlpha, FloatVector top, FloatVector bottomWeight,
+                                         FloatVector bottom, FloatVector normalize) {
+    return (topAlpha * top + bottomWeight * bottom) * normalize;
+  }
+
+  VINTREL_INLINE static PlanarPixels Composite(const PlanarPixels& top, const PlanarPixels& bottom) {
+    const FloatVector bottomWeight = (1.0f - top.alpha) * bottom.alpha;
+    const FloatVector normalize = 1.0f / (top.alpha + bottomWeight);
+    const PlanarPixels over = {(bottom.alpha + top.alpha) - bottom.alpha * top.alpha,
+                               Over(top.alpha, top.red, bottomWeight, bottom.red, normalize),
+                               Over(top.alpha, top.green, bottomWeight, bottom.green, normalize),
+                               Over(top.alpha, top.blue, bottomWeight, bottom.blue, normalize)};
+    return ChooseCase(top, bottom, over);
+  }
+
+  VINTREL_INLINE static FloatVector Raise(FloatVector top, FloatVector bottom, FloatVector topAlpha,
+                                          FloatVector weight, FloatVector divisor) {
+    const FloatVector base = (weight * bottom) / divisor;
+    const FloatVector raised = base + ((top - base) * topAlpha) / divisor;
+    return top > base ? raised : base;
+  }
+
+  // Over an opaque union the bottom's colour stays and the raise is not divided: a product with 1 divided
+  // by 1.
+  VINTREL_INLINE static PlanarPixels Lighten(const PlanarPixels& top, const PlanarPixels& bottom) {
+    const FloatVector one = {1.0f, 1.0f, 1.0f, 1.0f};
+    const FloatVector alpha = (top.alpha + bottom.alpha) - top.alpha * bottom.alpha;
+    const FloatVector weight = alpha < one ? bottom.alpha : one;
+    const FloatVector divisor = alpha < one ? alpha : one;
+    const PlanarPixels raised = {alpha, Raise(top.red, bottom.red, top.alpha, weight, divisor),
+                                 Raise(top.green, bottom.green, top.alpha, weight, divisor),
+                                 Raise(top.blue, bottom.blue, top.alpha, weight, divisor)};
+    return ChooseCase(top, bottom, raised);
+  }
+
+ private:
+  // A transparent bottom yields the top before a transparent top yields the bottom.
+  VINTREL_INLINE static PlanarPixels ChooseCase(const PlanarPixels& top, const PlanarPixels& bottom,
+                                                const PlanarPixels& mixed) {
+    const FloatVector zero = {};
+    const auto choose = [&](FloatVector t, FloatVector b, FloatVector m) __attribute__((always_inline)) {
+      const FloatVector seen = top.alpha > zero ? m : b;
+      return bottom.alpha > zero ? seen : t;
+    };
+    return {choose(top.alpha, bottom.alpha, mixed.alpha), choose(top.red, bottom.red, mixed.red),
+            choose(top.green, bottom.green, mixed.green), choose(top.blue, bottom.blue, mixed.blue)};
+  }
+};
+
+VINTREL_INLINE FloatVector LoadVector(const void* from) {
+  FloatVector vector;
+  std::memcpy(&vector, from, sizeof vector);
+  return vector;
+}
+VINTREL_INLINE void StoreVector(const FloatVector& vector, std::byte* to) {
+  std::memcpy(to, &vector, sizeof vector);
+}
+
+template <BlendMode mode>
+VINTREL_INLINE void BlendBlock(const ListedBlock<PF_PixelFloat>& block) {
+  static_assert(CoverageList<PF_PixelFloat>::kBlock == 4);
+  const auto pixel = [&](std::size_t k) __attribute__((always_inline)) {
+    return block.image + block.offsets[k];
+  };
+  const auto lanes = [](float v) __attribute__((always_inline)) {
+    return FloatVector{v, v, v, v};
+  };
+  const PlanarPixels picture =
+      Transpose({LoadVector(pixel(0)), LoadVector(pixel(1)), LoadVector(pixel(2)), LoadVector(pixel(3))});
+  const PlanarPixels flake = {LoadVector(block.alphas), lanes(block.colour.red), lanes(block.colour.green),
+                              lanes(block.colour.blue)};
+  const PlanarPixels result = Transpose(Combine<mode, OperatorsFloat>(flake, picture));
+  StoreVector(result.alpha, pixel(0));
+  StoreVector(result.red, pixel(1));
+  StoreVector(result.green, pixel(2));
+  StoreVector(result.blue, pixel(3));
+}
+
+template <class T, BlendMode mode>
+VINTREL_INLINE void BlendBlocks(const CoverageList<T>& list, std::size_t begin, std::size_t end,
+                                const Lanes<T>& colours, void* pixels) {
+  constexpr std::size_t kBlock = CoverageList<T>::kBlock;
+  std::byte* const image = static_cast<std::byte*>(pixels);
+  for (std::size_t entry = begin; entry < end; entry += kBlock) {
+    // Flakes fall anywhere in a picture that no cache holds, but the list knows where.
+    for (std::size_t k = 0; k < kBlock; ++k) {
+      __builtin_prefetch(image + list.offsets[entry + k + CoverageList<T>::kPrefetch], 1);
+    }
+    BlendBlock<mode>(ListedBlock<T>{image, &list.offsets[entry], &list.alphas[entry],
+                                    colours[list.lanes[entry / kBlock]]});
+  }
+}
+
+template <class T>
+VINTREL_INLINE void BlendMany(const CoverageList<T>& list, std::size_t begin, std::size_t end,
+                              const Lanes<T>& colours, BlendMode mode, void* pixels) {
+  switch (mode) {
+    case BlendMode::kLighten:
+      return BlendBlocks<T, BlendMode::kLighten>(list, begin, end, colours, pixels);
+    case BlendMode::kComposite:
+      return BlendBlocks<T, BlendMode::kComposite>(list, begin, end, colours, pixels);
+    case BlendMode::kCompositeUnder:
+      return BlendBlocks<T, BlendMode::kCompositeUnder>(list, begin, end, colours, pixels);
+  }
+}
+
+template <class T>
+void BlendBaseline(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
+                   BlendMode mode, void* pixels) {
+  BlendMany(list, begin, end, colours, mode, pixels);
+}
+template <class T>
+VINTREL_AVX2 void BlendAvx2(const CoverageList<T>& list, std::size_t begin, std::size_t end,
+                            const Lanes<T>& colours, BlendMode mode, void* pixels) {
+  BlendMany(list, begin, end, colours, mode, pixels);
+}
+template <class T>
+VINTREL_AVX512 void BlendAvx512(const CoverageList<T>& list, std::size_t begin, std::size_t end,
+                                const Lanes<T>& colours, BlendMode mode, void* pixels) {
+  BlendMany(list, begin, end, colours, mode, pixels);
+}
+
+}  // namespace
+
+template <class T>
+void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
+               BlendMode mode, void* pixels, CpuPath path) {
+  SelectPath(path, BlendBaseline<T>, BlendAvx2<T>, BlendAvx512<T>)(list, begin, end, colours, mode, pixels);
+}
+
+template void BlendList(const CoverageList<PF_Pixel>&, std::size_t, std::size_t, const Lanes<PF_Pixel>&,
+                        BlendMode, void*, CpuPath);
+template void BlendList(const CoverageList<PF_Pixel16>&, std::size_t, std::size_t, const Lanes<PF_Pixel16>&,
+                        BlendMode, void*, CpuPath);
+template void BlendList(const CoverageList<PF_PixelFloat>&, std::size_t, std::size_t,
+                        const Lanes<PF_PixelFloat>&, BlendMode, void*, CpuPath);

@@ -1,0 +1,96 @@
+#include "effect/render/fast/loop.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+#include "effect/pixel/fast/blend_list.h"
+#include "effect/render/fast/scratch.h"
+
+namespace {
+
+template <class T>
+BlendMode ModeOf(const FrameSetup<T>& frame, std::int32_t inFront) {
+  if (inFront == 0) {
+    return BlendMode::kCompositeUnder;
+  }
+  return frame.transferOp == JLightenT<T> ? BlendMode::kLighten : BlendMode::kComposite;
+}
+
+// Blends what is listed, a run of flakes on the same side of the layer at a time.
+template <class T>
+void BlendRuns(const FrameSetup<T>& frame, const ShadedBatch<T>& shaded, const CoverageList<T>& list,
+               CpuPath path) {
+  constexpr std::size_t kBlock = CoverageList<T>::kBlock;
+  const auto sideAt = [&](std::size_t entry) { return shaded.inFront[list.lanes[entry / kBlock]]; };
+  std::size_t begin = 0;
+  while (begin < list.count) {
+    const std::int32_t side = sideAt(begin);
+    std::size_t end = begin + kBlock;
+    while (end < list.count && sideAt(end) == side) {
+      end += kBlock;
+    }
+    BlendList(list, begin, end, shaded.colours, ModeOf(frame, side), frame.output->data, path);
+    begin = end;
+  }
+}
+
+template <class T>
+void DrawBatch(const FrameSetup<T>& frame, BatchScratch<T>& scratch, CpuPath path) {
+  const PF_LayerDef& output = *frame.output;
+  const auto peakAlpha = static_cast<float>(frame.flakeColor.alpha);
+  SetStrokeTerms(scratch.batch.stroke, peakAlpha, frame.scale, output.width, output.height, scratch.terms,
+                 path);
+  ListCursor cursor = {.lane = scratch.batch.first};
+  bool done = false;
+  while (!done) {
+    done = ListCoverage(scratch.terms, frame.scale, scratch.batch.last, cursor,
+                        static_cast<std::uint32_t>(output.rowbytes), scratch.list, path);
+    BlendRuns(frame, scratch.shaded, scratch.list, path);
+  }
+}
+
+}  // namespace
+
+template <class T>
+bool CanDrawFast(const FrameSetup<T>& frame) {
+  const PF_LayerDef& output = *frame.output;
+  const std::int64_t bytes = std::int64_t{output.rowbytes} * output.height;
+  return std::endian::native == std::endian::little &&
+         (frame.transferOp == JLightenT<T> || frame.transferOp == JCompositeT<T>)&&frame.underOp ==
+             JCompositeUnderT<T> &&
+         output.width > 0 && output.height > 0 && output.rowbytes > 0 &&
+         bytes <= std::numeric_limits<std::uint32_t>::max();
+}
+
+template <class T>
+PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
+  const auto scratch = std::make_unique<BatchScratch<T>>(frame);
+  FlakeBatch& batch = scratch->batch;
+  PF_Err status = PF_Err_NONE;
+  constexpr std::int64_t kFlakes = kLanes;
+  for (std::int64_t start = kFirstBatch; start < frame.flakeCount; start += kFlakes) {
+    batch.first = static_cast<std::size_t>(std::max<std::int64_t>(-start, 0));
+    batch.last = static_cast<std::size_t>(std::min(frame.flakeCount - start, kFlakes));
+    NextBatch(frame, scratch->streams, batch, path);
+    ShadeBatch(frame, scratch->streams, batch, scratch->shaded, status, path);
+    DrawBatch(frame, *scratch, path);
+    if (batch.last == kLanes && batch.drawn[kLanes - 1] != 0.0) {
+      const auto index = static_cast<std::int32_t>(start) + static_cast<std::int32_t>(kLanes) - 1;
+      status = frame.inData->inter.progress(frame.inData->effect_ref, index, frame.flakeCount);
+      if (status != PF_Err_NONE) {
+        break;
+      }
+    }
+  }
+  return status;
+}
+
+template bool CanDrawFast(const FrameSetup<PF_Pixel>&);
+template bool CanDrawFast(const FrameSetup<PF_Pixel16>&);
+template bool CanDrawFast(const FrameSetup<PF_PixelFloat>&);
+template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
+template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
+template PF_Err DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);

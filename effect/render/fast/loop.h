@@ -1,0 +1,21 @@
+// The flake loop by batches: the calls of the host and the bits of the picture are those of the plain loop.
+#pragma once
+
+#include "effect/pixel/fast/cpu_path.h"
+#include "effect/render/frame/record.h"
+
+/// Whether the fast loop may draw the frame: its operators are the effect's own, its output's bytes can be
+/// counted in 32 bits, and the processor is little-endian, as the packing of pixels into words expects.
+template <class T>
+bool CanDrawFast(const FrameSetup<T>& frame);
+
+/// DrawFlakes for frames that CanDrawFast, on a path that the machine supports.  Throws std::bad_alloc.
+template <class T>
+PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path);
+
+extern template bool CanDrawFast(const FrameSetup<PF_Pixel>&);
+extern template bool CanDrawFast(const FrameSetup<PF_Pixel16>&);
+extern template bool CanDrawFast(const FrameSetup<PF_PixelFloat>&);
+extern template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
+extern template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
+extern template PF_Err DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);

@@ -1,0 +1,180 @@
+#include "effect/render/fast/shading.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "effect/pixel/fast/flake_random.h"
+#include "effect/pixel/flake_random.h"
+#include "effect/pixel/lit_channel.h"
+
+namespace {
+
+struct SampleLanes {
+  Lanes<PF_Fixed> x;
+  Lanes<PF_Fixed> y;
+};
+
+VINTREL_INLINE void SetSizes(const FrameField& frame, FlakeBatch& batch) {
+  const double sizeVariation = frame.sizeVariation;
+  const double flakeSize = frame.flakeSize;
+  const float flatness = frame.flatness;
+  const bool wiggleOn = frame.wiggleOn;
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const double factor = 1.0 + sizeVariation * SignedFraction(batch.sizeDraw[i]);
+    const float size = static_cast<float>(factor * batch.scale[i] * flakeSize);
+    const float flat = ((std::fabs(batch.wiggle[i]) - 1.0f) * flatness + 1.0f) * size;
+    const float shown = wiggleOn ? flat : size;
+    batch.stroke.size[i] = static_cast<float>(batch.drawn[i]) > 0.0f ? shown : -1.0f;
+  }
+}
+
+// SamplePosition of the plain form; positions beyond 32 bits, on a copy wider than any host's, are its first
+// pixel.
+VINTREL_INLINE PF_Fixed SamplePositionLane(float position, float last) {
+  const float below = position < last ? position : last;
+  const float clamped = (position < 0.0f ? 0.0f : below) * 65536.0f;
+  const float inRange = clamped < 2147483648.0f ? clamped : 0.0f;
+  return static_cast<PF_Fixed>(inRange);
+}
+
+VINTREL_INLINE void DrawSamplePoints(const FrameField& frame, const FlakeBatch& batch, BatchStreams& streams,
+                                     SampleLanes& samples) {
+  constexpr std::uint32_t kDraws = 2;
+  constexpr RandomJump kNextBatch = JumpBy(kDraws * kLanes);
+  constexpr float kCopyScale = 0.1f;
+  const float spreadWidth = frame.spreadWidth;
+  const float spreadHeight = frame.spreadHeight;
+  const float sx = frame.scale.xScaleF;
+  const float sy = frame.scale.yScaleF;
+  const float lastX = static_cast<float>(frame.illumWorld->width - 1);
+  const float lastY = static_cast<float>(frame.illumWorld->height - 1);
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    const std::uint32_t state = streams.illumination[i];
+    const std::uint32_t stateX = FlakeRandom::Step(state);
+    const std::uint32_t stateY = FlakeRandom::Step(stateX);
+    streams.illumination[i] = kNextBatch(state);
+    const float perspective = static_cast<float>(batch.scale[i]);
+    const float jitterX = (perspective * spreadWidth) * SignedFractionF(FlakeRandom::Result(stateX));
+    const float jitterY = (spreadHeight * perspective) * SignedFractionF(FlakeRandom::Result(stateY));
+    const float middleX = (batch.stroke.startX[i] + batch.stroke.endX[i]) * 0.5f;
+    const float middleY = (batch.stroke.startY[i] + batch.stroke.endY[i]) * 0.5f;
+    samples.x[i] = SamplePositionLane(((middleX + jitterX) * sx) * kCopyScale, lastX);
+    samples.y[i] = SamplePositionLane(kCopyScale * ((middleY + jitterY) * sy), lastY);
+  }
+}
+
+VINTREL_INLINE void ShadeLanes(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                               SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  SetSizes(frame, batch);
+  const double embedDistance = frame.embedDistance;
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    inFront[i] = batch.depth[i] <= embedDistance ? 1 : 0;
+  }
+  if (frame.influence > 0.0f) {
+    DrawSamplePoints(frame, batch, streams, samples);
+  }
+}
+
+// LitChannel of the plain form.
+VINTREL_INLINE std::uint32_t LitLane(std::uint32_t sampled, std::int32_t own, float weight) {
+  const float lit =
+      static_cast<float>(static_cast<std::int32_t>(sampled) - own) * weight + static_cast<float>(own);
+  const float aboveLeast = lit >= -2147483648.0f ? lit : 0.0f;
+  const float inRange = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(inRange));
+}
+
+// LitPixel of the plain form, from lights to colours.  Pixels are taken apart and put together as words, so
+// that a lane is a pixel; memory order is alpha, red, green, blue, read as little-endian.
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel>& frame, Lanes<PF_Pixel>& pixels) {
+  const float influenceScale = frame.influenceScale;
+  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
+  const std::uint32_t alpha = frame.flakeColor.alpha;
+  for (PF_Pixel& pixel : pixels) {
+    std::uint32_t word;
+    std::memcpy(&word, &pixel, sizeof word);
+    const float weight = static_cast<float>(static_cast<std::int32_t>(word & 0xFF)) * influenceScale;
+    word = alpha | (LitLane(word >> 8 & 0xFF, red, weight) & 0xFF) << 8 |
+           (LitLane(word >> 16 & 0xFF, green, weight) & 0xFF) << 16 | LitLane(word >> 24, blue, weight) << 24;
+    std::memcpy(&pixel, &word, sizeof word);
+  }
+}
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel16>& frame, Lanes<PF_Pixel16>& pixels) {
+  const float influenceScale = frame.influenceScale;
+  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
+  const std::uint32_t alpha = frame.flakeColor.alpha;
+  for (PF_Pixel16& pixel : pixels) {
+    std::uint64_t word;
+    std::memcpy(&word, &pixel, sizeof word);
+    const auto alphaRed = static_cast<std::uint32_t>(word);
+    const auto greenBlue = static_cast<std::uint32_t>(word >> 32);
+    const float weight = static_cast<float>(static_cast<std::int32_t>(alphaRed & 0xFFFF)) * influenceScale;
+    const std::uint32_t low = alpha | LitLane(alphaRed >> 16, red, weight) << 16;
+    const std::uint32_t high =
+        (LitLane(greenBlue & 0xFFFF, green, weight) & 0xFFFF) | LitLane(greenBlue >> 16, blue, weight) << 16;
+    word = low | std::uint64_t{high} << 32;
+    std::memcpy(&pixel, &word, sizeof word);
+  }
+}
+VINTREL_INLINE void LightLanes(const FrameSetup<PF_PixelFloat>& frame, Lanes<PF_PixelFloat>& pixels) {
+  for (PF_PixelFloat& pixel : pixels) {
+    pixel = LitPixel(frame.flakeColor, pixel, frame.influenceScale);
+  }
+}
+
+template <class T>
+void LightBaseline(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+template <class T>
+VINTREL_AVX2 void LightAvx2(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+template <class T>
+VINTREL_AVX512 void LightAvx512(const FrameSetup<T>& frame, Lanes<T>& pixels) {
+  LightLanes(frame, pixels);
+}
+
+void ShadeBaseline(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch, SampleLanes& samples,
+                   Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+VINTREL_AVX2 void ShadeAvx2(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                            SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+VINTREL_AVX512 void ShadeAvx512(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
+                                SampleLanes& samples, Lanes<std::int32_t>& inFront) {
+  ShadeLanes(frame, streams, batch, samples, inFront);
+}
+
+}  // namespace
+
+template <class T>
+void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& batch, ShadedBatch<T>& shaded,
+                PF_Err& status, CpuPath path) {
+  SampleLanes samples;
+  SelectPath(path, ShadeBaseline, ShadeAvx2, ShadeAvx512)(frame, streams, batch, samples, shaded.inFront);
+  if (!(frame.influence > 0.0f)) {
+    shaded.colours.fill(frame.flakeColor);
+    return;
+  }
+  // The sampler leaves its light where the colour is to be; where it fails there is none.
+  shaded.colours.fill({});
+  const PF_SampPB samplePoint = {.src = frame.illumWorld};
+  for (std::size_t i = batch.first; i < batch.last; ++i) {
+    if (batch.drawn[i] == 0.0) {
+      continue;
+    }
+    status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint,
+                            &shaded.colours[i]);
+  }
+  SelectPath(path, LightBaseline<T>, LightAvx2<T>, LightAvx512<T>)(frame, shaded.colours);
+}
+
+template void ShadeBatch(const FrameSetup<PF_Pixel>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel>&,
+                         PF_Err&, CpuPath);
+template void ShadeBatch(const FrameSetup<PF_Pixel16>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel16>&,
+                         PF_Err&, CpuPath);
+template void ShadeBatch(const FrameSetup<PF_PixelFloat>&, BatchStreams&, FlakeBatch&,
+                         ShadedBatch<PF_PixelFloat>&, PF_Err&, CpuPath);

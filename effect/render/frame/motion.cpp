@@ -1,0 +1,66 @@
+#include "effect/render/frame/motion.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include "effect/host/parameter_index.h"
+#include "effect/host/parameter_readers.h"
+#include "effect/pixel/integer.h"
+#include "effect/render/frame/parameters.h"
+
+namespace {
+
+MotionSums SampleMotion(const FrameField& frame, std::int32_t time, std::int32_t timeStep) {
+  const auto read = [&](ParameterIndex index) {
+    return Get_Float_Slider(frame.inData, index, time, timeStep, frame.timeScale);
+  };
+  MotionSums sample;
+  sample.speed = read(kSpeed);
+  sample.wind = read(kWind);
+  sample.frequency = read(kFrequency);
+  return sample;
+}
+
+void AddWeighted(MotionSums& sums, const MotionSums& sample, double weight) {
+  sums.speed += weight * sample.speed;
+  sums.wind += weight * sample.wind;
+  sums.frequency += weight * sample.frequency;
+}
+
+MotionSums IntegrateFromStart(const FrameField& frame) {
+  const double layerFrames = static_cast<double>(frame.renderTime) / static_cast<double>(frame.localTimeStep);
+  const double wholeFrames = std::floor(layerFrames);
+  const double fraction = layerFrames - wholeFrames;
+
+  MotionSums sums;
+  std::int32_t time = 0;
+  const auto last = static_cast<std::int64_t>(wholeFrames);
+  for (std::int64_t i = 0; i <= last; ++i) {
+    AddWeighted(sums, SampleMotion(frame, time, frame.localTimeStep), 1.0);
+    time = WrapAdd(time, frame.localTimeStep);
+  }
+  if (fraction > 0.0) {
+    // The share of the unfinished frame is sampled one frame further on, at the end of the frame after it.
+    time = WrapAdd(time, frame.localTimeStep);
+    AddWeighted(sums, SampleMotion(frame, time, frame.localTimeStep), fraction);
+  }
+  return sums;
+}
+
+}  // namespace
+
+MotionSums IntegrateMotion(const FrameField& frame, const SequenceState& cached) {
+  if (WrapSubtract(frame.renderTime, frame.localTimeStep) != cached.cachedTime) {
+    return IntegrateFromStart(frame);
+  }
+  MotionSums sums = {cached.speedSum, cached.windSum, cached.frequencySum};
+  AddWeighted(sums, SampleMotion(frame, frame.renderTime, frame.timeStep), 1.0);
+  return sums;
+}
+
+ShutterMotion SampleShutterMotion(const FrameField& frame) {
+  const MotionSums rates = SampleMotion(frame, frame.shutterEndTime, frame.timeStep);
+  const double open = ShutterFraction(frame.inData);
+  return {rates.speed * frame.stepSeconds * open, rates.wind * frame.stepSeconds * open,
+          rates.frequency * frame.stepSeconds * open};
+}

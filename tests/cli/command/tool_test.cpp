@@ -1,0 +1,263 @@
+// From the command line to the files: in this process, and for formats and exit codes as the built tool.
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "cli/command/options.h"
+#include "cli/command/render.h"
+#include "cli/command/sheet.h"
+#include "cli/file/pending_file.h"
+#include "cli/picture/reader.h"
+#include "cli/picture/writer.h"
+#include "cli/report/tool_error.h"
+#include "cli/run/open_source.h"
+#include "hostapi/commands.h"
+#include "tests/support/cli/temporary_folder.h"
+
+namespace {
+
+using minihost::Depth;
+using minihost::Image;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Tool : public testing::Test {
+ protected:
+  struct Outcome {
+    int code;
+    std::string out;
+    std::string err;
+  };
+
+  /// Runs the built tool in the folder, with these arguments as a shell reads them.
+  Outcome Run(const std::string& arguments) {
+    const std::string out = streams_ / "out";
+    const std::string err = streams_ / "err";
+    const std::string command = "cd '" + (folder_ / "").string() + "' && >'" + out + "' 2>'" + err + "' '" +
+                                VINTREL_TOOL "' " + arguments;
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(out), ReadAll(err)};
+  }
+
+  /// The same in this process, without the time that starting takes.  Renders and sheets alone.
+  Outcome RunHere(const std::string& arguments) {
+    cli::Options options;
+    const auto app = cli::MakeParser(options);
+    try {
+      app->parse(arguments);
+      const bool isSheet = app->got_subcommand("sheet");
+      const auto code = isSheet ? cli::RunSheet(options.render, options.sheetFrames, effect_)
+                                : cli::RunRender(options.render, effect_);
+      return {static_cast<int>(code), "", ""};
+    } catch (const CLI::ParseError& error) {
+      return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error)};
+    } catch (const cli::ToolError& error) {
+      return {static_cast<int>(error.Code()), "", error.what()};
+    }
+  }
+
+  void Render(const std::string& arguments) {
+    const Outcome outcome = RunHere("render -q " + arguments);
+    EXPECT_EQ(outcome.code, 0) << arguments << ": " << outcome.err;
+  }
+
+  /// A plate with slow gradients, not quite opaque when it has alpha.
+  void WritePlate(const std::string& name, Depth depth, bool hasAlpha) {
+    Image image(96, 64, Depth::kFloat);
+    for (int row = 0; row < image.height(); ++row) {
+      auto pixels = image.Row<PF_PixelFloat>(row);
+      for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const float light = static_cast<float>(i) / 400;
+        pixels[i] = {hasAlpha ? 0.75f : 1.0f, light, 0.1f, static_cast<float>(row) / 300};
+      }
+    }
+    // Through a float file, so that it is the reader that makes the depth.
+    const auto raw = streams_ / "raw.tif";
+    cli::WriteWhole(raw, cli::EncodePicture(image, {.hasAlpha = hasAlpha}, cli::FileFormat::kTiff));
+    const cli::Picture plate = cli::ReadPicture(raw, depth);
+    cli::WriteWhole(folder_ / name, cli::EncodePicture(plate.image, plate.traits, cli::FormatOf(name)));
+  }
+
+  /// Stands for a file's bytes.
+  std::size_t Digest(const std::string& name) { return std::hash<std::string>()(ReadAll(folder_ / name)); }
+
+  TemporaryFolder folder_;
+  TemporaryFolder streams_;
+  std::shared_ptr<const minihost::Effect> effect_ = minihost::Effect::Linked(&MainEntry);
+
+ private:
+  void SetUp() override { std::filesystem::current_path(folder_ / ""); }
+  void TearDown() override { std::filesystem::current_path("/"); }
+};
+
+/// Stands for all the pixels.
+std::size_t PixelDigest(const Image& image) {
+  std::string pixels;
+  for (int row = 0; row < image.height(); ++row) {
+    const std::byte* first = image.data() + static_cast<std::size_t>(row) * image.rowBytes();
+    pixels.append(reinterpret_cast<const char*>(first),
+                  static_cast<std::size_t>(image.width()) * minihost::BytesPerPixel(image.depth()));
+  }
+  return std::hash<std::string>()(pixels);
+}
+
+TEST_F(Tool, SnowsInEveryFormatAndDepth) {
+  const std::pair<Depth, bool> cases[] = {
+      {Depth::kBits8, false}, {Depth::kBits8, true}, {Depth::kBits16, true}, {Depth::kFloat, false}};
+  for (const auto& [depth, hasAlpha] : cases) {
+    WritePlate("plate.tif", depth, hasAlpha);
+    for (const std::string name : {".%d.png", ".%d.tif", ".%d.exr", ".mp4", ".mov", ".mkv"}) {
+      SCOPED_TRACE(testing::Message() << name << " depth " << int(depth) << " alpha " << hasAlpha);
+      const Outcome outcome = Run("render -q plate.tif --frames 7-8 -o 'snow" + name + "'");
+      EXPECT_EQ(outcome.code, 0);
+      EXPECT_EQ(outcome.err + outcome.out, "");
+      Render("plate.tif --frames 7-8 -o 'bare" + name + "' --set flakes=0");
+      const auto snow = cli::OpenSource(folder_ / ("snow" + name), {.depth = depth});
+      const auto bare = cli::OpenSource(folder_ / ("bare" + name), {.depth = depth});
+      const cli::SourceTraits traits = snow.frames->Traits();
+      EXPECT_EQ(*traits.lastFrame, *traits.firstFrame + 1);
+      EXPECT_EQ(traits.hasAlpha, hasAlpha && name != ".mp4");
+      const std::size_t ground = PixelDigest(bare.frames->Read(*traits.firstFrame)->image);
+      EXPECT_NE(PixelDigest(snow.frames->Read(*traits.firstFrame)->image), ground);
+      // PNG and MKV have no float; colour times alpha and back costs a rounding each way.
+      if (name == ".%d.tif" || (name == ".%d.exr" && !hasAlpha) ||
+          ((name == ".%d.png" || name == ".mkv") && depth != Depth::kFloat)) {
+        EXPECT_EQ(ground, PixelDigest(cli::ReadPicture(folder_ / "plate.tif", depth).image));
+      }
+      if (depth != Depth::kBits16) continue;
+      const std::string file = name[1] == '%' ? "snow.7" + name.substr(3) : "snow" + name;
+      const std::size_t bytes = Digest(file);
+      Render("plate.tif --frames 7-8 --jobs 1 -o 'snow" + name + "'");
+      EXPECT_EQ(Digest(file), bytes) << "at any number of jobs";
+    }
+  }
+}
+
+TEST_F(Tool, FramesOfASequenceAreThoseRenderedAlone) {
+  WritePlate("a.png", Depth::kBits8, false);
+  Render("a.png -o s.###.png --frames=-1-2,9 --fps 23.976");
+  EXPECT_THAT(folder_.Names(), ElementsAre(".s.###.png.vintrel", "a.png", "s.-001.png", "s.000.png",
+                                           "s.001.png", "s.002.png", "s.009.png"));
+  Render("a.png -o alone.png --frames 9 --fps 24000/1001");
+  EXPECT_EQ(Digest("alone.png"), Digest("s.009.png"));
+  EXPECT_NE(Digest("s.001.png"), Digest("s.002.png"));
+  Render("a.png -o alone.png");
+  EXPECT_NE(Digest("alone.png"), Digest("s.009.png")) << "replaced";
+}
+
+TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
+  for (const char* name : {"p.1.png", "p.2.png", "p.3.png"}) WritePlate(name, Depth::kBits8, false);
+  const auto render = [&](const std::string& options) {
+    return Run("render 'p.%d.png' -o 's.%d.png' --resume " + options).err;
+  };
+  EXPECT_THAT(render("--part 1/3"), HasSubstr("1 frame, "));
+  std::ofstream(folder_ / ".s.2.tmp-1.png") << "of a process that was killed";
+  EXPECT_THAT(render(""), AllOf(HasSubstr("2 frames, "), HasSubstr("1 done before")));
+  const std::size_t digest = Digest("s.2.png");
+  EXPECT_THAT(render(""), HasSubstr("3 done before"));
+  EXPECT_THAT(render("--seed 1"), testing::Not(HasSubstr("done before")));
+  render("");
+  std::filesystem::resize_file(folder_ / "s.2.png", 100);
+  EXPECT_THAT(render(""), HasSubstr("2 done before"));
+  EXPECT_EQ(Digest("s.2.png"), digest);
+  WritePlate("p.2.png", Depth::kBits8, true);
+  EXPECT_THAT(render("--proxy 1"), HasSubstr("2 done before"));
+  EXPECT_THAT(folder_.Names(), ElementsAre(".s.%d.png.vintrel", "p.1.png", "p.2.png", "p.3.png", "s.1.png",
+                                           "s.2.png", "s.3.png"));
+}
+
+TEST_F(Tool, OptionsReachTheEffect) {
+  WritePlate("a.png", Depth::kBits8, false);
+  const auto render = [&](const std::string& options) {
+    Render("a.png -o out.png " + options);
+    return Digest("out.png");
+  };
+  const std::size_t standard = render("");
+  for (const char* options :
+       {"--seed 5", "--shutter 720", "--only-snow", "--frames 1", "--set color=#f00",
+        "--set 'Offset=10%,10%'", "--depth float", "--frames 20 --set wiggle/amount=500"}) {
+    EXPECT_NE(render(options), standard) << options;
+  }
+  // Whichever options change a parameter, the last one counts.
+  EXPECT_EQ(render("--seed 5"), render("--seed 4 --set 'RANDOM SEED=5'"));
+  EXPECT_EQ(render("--seed 5"), render("--set random-seed=4 --key random-seed@0=3 --seed 5"));
+  EXPECT_EQ(render("--set size=9"), render("--key size@0=3,8=5 --set size=9"));
+  EXPECT_EQ(render("--set size=3"), render("--set size=9 --key size@0=3,8=5"));
+  EXPECT_EQ(render("--only-snow --set composite-with-original=on"), standard);
+  EXPECT_EQ(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30000/1001"));
+  EXPECT_NE(render("--frames 2 --fps 29.97"), render("--frames 2 --fps 30"));
+  EXPECT_EQ(render("--set 'Composite With Original=off'"), render("--only-snow"));
+  const cli::Picture snow = cli::ReadPicture(folder_ / "out.png");
+  ASSERT_TRUE(snow.traits.hasAlpha);
+  EXPECT_NE(snow.image.Row<PF_Pixel>(0)[0].alpha, 255);
+}
+
+TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
+  for (const char* name : {"a.png", "5.png"}) WritePlate(name, Depth::kBits8, false);
+  struct Case {
+    const char* arguments;
+    int code;
+    const char* part;
+  };
+  const Case cases[] = {
+      {"", 2, "no command; begin with: vintrel render"},
+      {"rendr", 2, "there is no command 'rendr' (did you mean 'render'?)"},
+      {"render a.png -o b.png --franes 1", 2, "'--franes' is one too many (did you mean '--frames'?)"},
+      {"render a.png -o b.png --frames 0-1", 2, "2 frames need a place for their number"},
+      {"render a.png -o b.png --frames 5-", 2, "--frames: '5-'"},
+      {"render a.png -o b.png --frames 2147483647 --fps 23.976", 2, "beyond frame 2145337"},
+      {"render a.png -o b.png --set flaks=1", 2, "did you mean 'flakes'?"},
+      {"render a.png -o b.png --seed -1", 2, "Random Seed: '-1' is not possible; it takes 0 to 10000"},
+      {"render a.png -o b.png --shutter nan", 2, "not between 1 and 720"},
+      {"render a.png -o b.png --jobs 1.5", 2, "--jobs: '1.5' is not a whole number"},
+      {"render a.png -o b.png --depth 10", 2, "8, 16 or float"},
+      {"render a.png -o b.jpg", 2, "must end in .png, .tif, .exr, .mp4, .mov or .mkv"},
+      {"render a.png -o b.tif --compression piz", 2, "a TIFF takes (did you mean 'zip'?): none, packbits"},
+      {"render a.png -o b.mkv --compression none", 2, "a video has its own"},
+      {"render a.png -o b.mkv --part 1/2", 1, "no frame to write, so 'b.mkv' was not made"},
+      {"render a.png -o b.mkv --resume", 2, "cannot be taken up in the middle"},
+      {"render a.png -o b.png --resume", 2, "cannot be taken up in the middle"},
+      {"render 5.png -o '%d.png' --frames 3-6", 2, "'5.png' would overwrite the input"},
+      {"render '%d.png' -o '%d.png'", 2, "'5.png' would overwrite the input"},
+      {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
+      {"sheet 5.png -o 5.png", 2, "'5.png' would overwrite the input"},
+      {"render none.png -o b.png", 3, "cannot read 'none.png': No such file"},
+      {"render a.png -o none/b.png", 4, "mkdir -p 'none'"}};
+  for (const auto& [arguments, code, part] : cases) {
+    const Outcome outcome = RunHere(arguments);
+    EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr(part)) << arguments;
+  }
+  const Case ofTheProcess[] = {{"rendr", 2, "there is no command"},
+                               {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
+                               {"render none.png -o b.png", 3, "cannot read 'none.png'"},
+                               {"params >/dev/full", 4, "cannot write"}};
+  for (const auto& [arguments, code, part] : ofTheProcess) {
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.code, code) << arguments;
+    EXPECT_THAT(outcome.err, HasSubstr(std::string("vintrel: ") + part)) << arguments;
+  }
+  EXPECT_THAT(folder_.Names(), ElementsAre("5.png", "a.png"));
+  EXPECT_THAT(Run("render a.png -o b.png").err, HasSubstr("1 frame, 96 x 64, 8 bits, "));
+}
+
+TEST_F(Tool, Explains) {
+  const Outcome help = Run("--help");
+  EXPECT_EQ(help.code, 0);
+  EXPECT_LE(std::ranges::count(help.out, '\n'), 24);
+  EXPECT_THAT(Run("--version").out, testing::MatchesRegex("vintrel [0-9.]+\n"));
+  EXPECT_THAT(Run("about").out, HasSubstr("snow"));
+  const std::string table = Run("params").out;
+  for (const char* line :
+       {"\n1 +Flakes +flakes +number +0 to 2000000 +10000 +yes\n",
+        "\n3 +Variation % .Size. +variation-size +number +0 to 100 +25.0 +no\n",
+        "\n15 +Stochastic Wiggle +stochastic-wiggle +checkbox +on or off +on +no +Wiggle\n",
+        "\n25 +Transfer Mode +transfer-mode +popup +Composite or Lighten +Lighten +yes\n",
+        "\n28 +Offset +offset +point +x%,y% from -32767 to 32767 +50%,50% +yes +Extras\n",
+        "\n31 +Random Seed +random-seed +integer +0 to 10000, whole +0 +yes +Extras\n"}) {
+    EXPECT_THAT(table, testing::ContainsRegex(line));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// The small grammars of the command line: frames, names of sequences, frame rates.
+#include <gmock/gmock.h>
+
+#include <numeric>
+
+#include "cli/file/output_name.h"
+#include "cli/scene/frame_range.h"
+#include "cli/scene/frame_rate.h"
+#include "tests/support/cli/expect_error.h"
+
+namespace {
+
+using cli::ExitCode;
+using testing::ElementsAre;
+
+TEST(Frames, AreListedInOrderEachOnce) {
+  EXPECT_THAT(cli::ParseFrames("7"), ElementsAre(7));
+  EXPECT_THAT(cli::ParseFrames("-5--3"), ElementsAre(-5, -4, -3));
+  EXPECT_THAT(cli::ParseFrames("-1-1"), ElementsAre(-1, 0, 1));
+  EXPECT_THAT(cli::ParseFrames("0008-0010,2,9,2147483647"), ElementsAre(8, 9, 10, 2, 2147483647));
+  EXPECT_EQ(cli::ParseFrames("1-1000000").size(), cli::kMaxFrames);
+  EXPECT_THAT(cli::ParseFrames("1-10x5,2,3-9x2"), ElementsAre(1, 6, 2, 3, 5, 7, 9));
+  EXPECT_THAT(cli::ParseFrames("-4--1x2,7-7x100"), ElementsAre(-4, -2, 7));
+  EXPECT_THAT(cli::ParseFrames("2147483646-2147483647x2147483647"), ElementsAre(2147483646));
+}
+
+TEST(Frames, RefuseWhatIsNotAList) {
+  for (const char* text : {"", ",", "1,", "1-", "-", "--1", "a", "1-2-3", "1..3", "1 - 2", "+1", "1.5", "5x2",
+                           "1-9x", "1-9x2x2", "1-9y2", "1-9 x2", "1x2-9"}) {
+    ExpectError(ExitCode::kUsage, "is not a frame", [&] { cli::ParseFrames(text); });
+  }
+  ExpectError(ExitCode::kUsage, "did you mean 0-47?", [] { cli::ParseFrames("5,47-0"); });
+  ExpectError(ExitCode::kUsage, "2147483648", [] { cli::ParseFrames("2147483648"); });
+  ExpectError(ExitCode::kUsage, "more than 1000000", [] { cli::ParseFrames("0-2147483647"); });
+  ExpectError(ExitCode::kUsage, "more than 1000000", [] { cli::ParseFrames("0-2147483647x2"); });
+  ExpectError(ExitCode::kUsage, "steps by 0", [] { cli::ParseFrames("0-9x0"); });
+  ExpectError(ExitCode::kUsage, "steps by -2", [] { cli::ParseFrames("0-9x-2"); });
+}
+
+TEST(Parts, CoverEveryFrameOnceAndDifferByOneAtMost) {
+  EXPECT_EQ(cli::ParsePart("3/10"), (cli::Part{3, 10}));
+  EXPECT_THAT(cli::TakePart({5, 3, 9, 1, 7}, {2, 2}), ElementsAre(9, 1, 7));
+  for (const std::size_t length : {0u, 1u, 6u, 7u, 100u}) {
+    std::vector<std::int32_t> frames(length);
+    std::iota(frames.begin(), frames.end(), -3);
+    for (const std::size_t count : {1u, 2u, 3u, 7u, 9u}) {
+      std::vector<std::int32_t> joined;
+      for (std::size_t number = 1; number <= count; ++number) {
+        const auto share = cli::TakePart(frames, {number, count});
+        EXPECT_GE(share.size(), length / count) << length << ' ' << number << '/' << count;
+        EXPECT_LE(share.size(), (length + count - 1) / count) << length << ' ' << number << '/' << count;
+        joined.insert(joined.end(), share.begin(), share.end());
+      }
+      EXPECT_EQ(joined, frames);
+    }
+  }
+  for (const char* text : {"", "3", "/", "3/", "/3", "0/3", "4/3", "-1/3", "1/3/5", "1 /3", "1/0", "1/x",
+                           "1/1000001", "1/99999999999999999999"}) {
+    ExpectError(ExitCode::kUsage, std::string("--part: '") + text + "' is not a share",
+                [&] { cli::ParsePart(text); });
+  }
+}
+
+TEST(ContactSheet, SpreadsFramesFromTheFirstToTheLast) {
+  EXPECT_THAT(cli::SpreadFrames({1, 2, 3}, 5), ElementsAre(1, 2, 3));
+  EXPECT_THAT(cli::SpreadFrames({1, 2, 3, 4, 5, 6, 7}, 4), ElementsAre(1, 3, 5, 7));
+  EXPECT_THAT(cli::SpreadFrames({4, 5}, 1), ElementsAre(4));
+}
+
+TEST(OutputName, PutsTheNumberInItsPlace) {
+  const struct {
+    const char* pattern;
+    std::int32_t frame;
+    const char* name;
+  } cases[] = {{"out.####.png", 7, "out.0007.png"},
+               {"out.#.png", 12, "out.0012.png"},
+               {"##.exr", 123, "123.exr"},
+               {"o.####.png", -7, "o.-0007.png"},
+               {"out.%04d.png", 7, "out.0007.png"},
+               {"out.%04d.png", -7, "out.-007.png"},
+               {"out%d.tif", 42, "out42.tif"},
+               {"out%3d.tif", 42, "out 42.tif"},
+               {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
+               {"/r/100%.png", 5, "/r/100%.png"},
+               {"####", -2147483647 - 1, "-2147483648"},
+               {"{}#.png", 1, "{}0001.png"}};
+  for (const auto& [pattern, frame, name] : cases) {
+    EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
+    EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
+    const std::string file = std::filesystem::path(name).filename();
+    EXPECT_TRUE(cli::OutputName(pattern).Makes(file)) << pattern;
+    EXPECT_FALSE(cli::OutputName(pattern).Makes('0' + file)) << pattern;
+  }
+  EXPECT_EQ(cli::OutputName("a/out.v2.png").SuggestedPattern(), "a/out.v2.####.png");
+}
+
+TEST(FrameRate, IsExact) {
+  const struct {
+    const char* text;
+    std::int32_t scale;
+    std::int32_t step;
+  } cases[] = {{"24", 24, 1},
+               {"12.5", 25, 2},
+               {"23.976", 24000, 1001},
+               {"23.98", 24000, 1001},
+               {"29.97", 30000, 1001},
+               {"24000/1001", 24000, 1001},
+               {"48/2", 24, 1},
+               {"29.98", 1499, 50},
+               {"0.01", 1, 100},
+               {"1000", 1000, 1},
+               {"999.999999", 999999999, 1000000}};
+  for (const auto& [text, scale, step] : cases) {
+    const cli::FrameRate rate = cli::ParseFrameRate(text);
+    EXPECT_EQ(rate.timeScale, scale) << text;
+    EXPECT_EQ(rate.timeStep, step) << text;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+// Codes of luma and chroma to colours and back.
+#include "cli/video/pixels.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "cli/frames/sample_convert.h"
+
+namespace {
+
+using namespace cli;
+using minihost::Depth;
+using minihost::Image;
+
+constexpr Depth kDepths[] = {Depth::kBits8, Depth::kBits16, Depth::kFloat};
+
+/// A planar frame by its codes: YUV420P, else 4:4:4 in more than 8 bits.
+struct Codes {
+  Codes(AVPixelFormat format, int width, int height) : frame(AllocateFrame(format, width, height)) {}
+
+  bool IsSmall() const { return frame->format == AV_PIX_FMT_YUV420P; }
+  int Planes() const { return frame->format == AV_PIX_FMT_YUVA444P10 ? 4 : 3; }
+  int Get(int plane, int row, int column) const {
+    const std::uint8_t* start = frame->data[plane] + row * frame->linesize[plane];
+    return IsSmall() ? start[column] : reinterpret_cast<const std::uint16_t*>(start)[column];
+  }
+  /// Every code from `make(plane, column)`.
+  template <class Make>
+  void Fill(Make make) {
+    Visit([&](int plane, int row, int column) {
+      std::uint8_t* start = frame->data[plane] + row * frame->linesize[plane];
+      const int code = make(plane, column);
+      if (IsSmall()) start[column] = static_cast<std::uint8_t>(code);
+      if (!IsSmall()) reinterpret_cast<std::uint16_t*>(start)[column] = static_cast<std::uint16_t>(code);
+    });
+  }
+  template <class Visitor>
+  void Visit(Visitor visit) const {
+    for (int plane = 0; plane < Planes(); ++plane) {
+      const int shift = IsSmall() && plane ? 1 : 0;
+      for (int row = 0; row < AV_CEIL_RSHIFT(frame->height, shift); ++row) {
+        for (int column = 0; column < AV_CEIL_RSHIFT(frame->width, shift); ++column)
+          visit(plane, row, column);
+      }
+    }
+  }
+  AvFrame frame;
+};
+
+// With colours that RGB can show nothing moves, at hard edges neither.
+TEST(VideoPixels, KeepTheirCodes) {
+  std::mt19937 random(7);
+  const auto any = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+  for (const AVColorSpace matrix : {AVCOL_SPC_BT709, AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT2020_NCL}) {
+    for (const Depth depth : kDepths) {
+      const auto check = [&](const Codes& was) {
+        Codes is(static_cast<AVPixelFormat>(was.frame->format), was.frame->width, was.frame->height);
+        const YuvCoding coding{matrix, AVCOL_RANGE_MPEG};
+        EncodePixels(DecodePixels(*was.frame, coding, depth, AlphaForm::kStraight), matrix, *is.frame);
+        was.Visit([&](int plane, int row, int column) {
+          ASSERT_EQ(was.Get(plane, row, column), is.Get(plane, row, column)) << matrix << " plane " << plane;
+        });
+      };
+      Codes small(AV_PIX_FMT_YUV420P, 66, 46);
+      small.Fill([&](int plane, int) { return plane ? any(108, 148) : any(70, 180); });
+      check(small);
+      if (depth == Depth::kBits8) continue;
+      Codes fine(AV_PIX_FMT_YUVA444P10, 5, 3);
+      fine.Fill([&](int plane, int) { return plane == 3 ? any(0, 1023) : any(450, 570); });
+      check(fine);
+    }
+  }
+}
+
+// Colours as the standards tabulate them, in a last column that is a block of its own beside grey.
+TEST(VideoPixels, HaveTheColorsOfTheStandards) {
+  struct Case {
+    AVPixelFormat format;
+    YuvCoding coding;
+    std::array<int, 3> codes;
+    std::array<double, 3> color;
+    double tolerance;
+  };
+  const YuvCoding high{AVCOL_SPC_BT709, AVCOL_RANGE_MPEG};
+  const YuvCoding standard{AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG};
+  const YuvCoding full{AVCOL_SPC_BT470BG, AVCOL_RANGE_JPEG};
+  constexpr double kRounded = 2.0 / 255;  // the code itself is
+  constexpr double kFine = 1e-4;
+  const Case cases[] = {{AV_PIX_FMT_YUV420P, high, {235, 128, 128}, {1, 1, 1}, kFine},
+                        {AV_PIX_FMT_YUV420P, high, {16, 128, 128}, {0, 0, 0}, kFine},
+                        {AV_PIX_FMT_YUV420P, high, {63, 102, 240}, {1, 0, 0}, kRounded},
+                        {AV_PIX_FMT_YUV420P, standard, {81, 90, 240}, {1, 0, 0}, kRounded},
+                        {AV_PIX_FMT_YUV420P, full, {76, 85, 255}, {1, 0, 0}, kRounded},
+                        {AV_PIX_FMT_YUV444P10, high, {940, 512, 512}, {1, 1, 1}, kFine},
+                        {AV_PIX_FMT_YUV444P10, full, {1023, 512, 512}, {1, 1, 1}, kFine}};
+  for (const Case& c : cases) {
+    Codes codes(c.format, 7, 5);
+    codes.Fill([&](int plane, int column) {
+      const bool last = column == (codes.IsSmall() && plane ? 3 : 6);
+      return last ? c.codes[static_cast<std::size_t>(plane)] : codes.IsSmall() ? 128 : 512;
+    });
+    for (const Depth depth : kDepths) {
+      const Image image = DecodePixels(*codes.frame, c.coding, depth, AlphaForm::kStraight);
+      minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
+        const Pixel last = image.Row<Pixel>(4)[6];
+        const std::array found{last.red, last.green, last.blue};
+        for (std::size_t i = 0; i < 3; ++i) {
+          EXPECT_NEAR((ConvertSample<ToOne, WayOf<Pixel>>(found[i])), c.color[i], c.tolerance)
+              << c.codes[0] << " depth " << static_cast<int>(depth);
+        }
+        EXPECT_EQ(image.Row<Pixel>(4)[5].red, image.Row<Pixel>(4)[5].blue) << "grey beside it";
+      });
+    }
+  }
+}
+
+// Snow is nominal white, the picture lies over black, and chroma is the mean of its block.
+TEST(VideoPixels, WriteNominalWhiteAndMeans) {
+  for (const Depth depth : kDepths) {
+    Image image(6, 4, depth, minihost::Clearing::kTransparentBlack);
+    minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
+      const auto white = ConvertSample<WayOf<Pixel>, ToOne>(1.0f);
+      const auto half = ConvertSample<WayOf<Pixel>, ToOne>(0.5f);
+      for (int row = 0; row < 4; ++row) {
+        for (std::size_t x = 0; x < 6; ++x)
+          image.Row<Pixel>(row)[x] = {x < 2 ? white : half, white, white, white};
+      }
+      image.Row<Pixel>(0)[4] = {white, 0, 0, white};
+    });
+    const Codes small(AV_PIX_FMT_YUV420P, 6, 4);
+    EncodePixels(image, AVCOL_SPC_BT709, *small.frame);
+    EXPECT_EQ(small.Get(0, 0, 0), 235);
+    EXPECT_NEAR(small.Get(0, 3, 5), 126, 1);
+    EXPECT_NEAR(small.Get(1, 0, 2), 128 + (240 - 128) / 4, 1) << "one of four is blue";
+    const Codes fine(AV_PIX_FMT_YUVA444P10, 6, 4);
+    EncodePixels(image, AVCOL_SPC_BT709, *fine.frame);
+    EXPECT_EQ(fine.Get(0, 3, 5), 940);
+    EXPECT_EQ(fine.Get(3, 3, 0), 1023);
+    EXPECT_NEAR(fine.Get(3, 3, 5), 512, 2);
+  }
+}
+
+}  // namespace

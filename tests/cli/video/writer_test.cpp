@@ -1,0 +1,182 @@
+// Video out: exact pixels, tags that others read, whole files, sound.
+#include "cli/video/writer.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <tuple>
+
+#include "tests/cli/video/video_clip.h"
+#include "tests/support/cli/expect_error.h"
+
+namespace {
+
+using cli::ExitCode;
+using cli::VideoReader;
+using cli::VideoTraits;
+using cli::VideoWriter;
+using minihost::Depth;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class VideoWrite : public VideoTest {};
+
+TEST_F(VideoWrite, LosslessRgbComesBackEqual) {
+  struct Case {
+    const char* pixels;
+    const char* codec;
+    std::optional<Depth> depth;
+    const char* compared;
+  };
+  const Case cases[] = {{"bgr0", "ffv1", {}, "bgr24"},  // the 0 means nothing
+                        {"gbrap", "utvideo", {}, "bgra"},
+                        {"gbrap16le", "ffv1", Depth::kFloat, "gbrap16le"}};
+  for (const Case& c : cases) {
+    const auto clip = folder_ / "clip.mkv";
+    // Noise over all bits, alpha included.
+    MakeClip(clip, std::string("-f lavfi -i \"nullsrc=s=63x47:d=0.12,format=gbrap16le,"
+                               "geq=r='random(1)*65535':g='random(2)*65535':b='random(3)*65535':"
+                               "a='random(4)*65535'\" -c:v ") +
+                       c.codec + " -pix_fmt " + c.pixels);
+    CopyVideo(clip, folder_ / "copy.mkv", c.depth);
+    EXPECT_TRUE(RawFrames(clip, c.compared) == RawFrames(folder_ / "copy.mkv", c.compared)) << c.pixels;
+  }
+}
+
+TEST_F(VideoWrite, WritesWhatOthersRead) {
+  struct Case {
+    const char* name;
+    const char* source;
+    std::vector<const char*> found;
+  };
+  const Case cases[] = {
+      {"a.mp4",
+       "-vf setsar=12/11 -pix_fmt yuv420p -colorspace bt709 -color_primaries bt709 -color_trc bt709 "
+       "-color_range tv",
+       {"codec_name=h264", "pix_fmt=yuv420p", "color_space=bt709", "color_primaries=bt709",
+        "color_transfer=bt709", "color_range=tv", "sample_aspect_ratio=12:11"}},
+      {"b.mp4", "-pix_fmt yuv420p", {"color_space=smpte170m", "color_primaries=smpte170m", "color_range=tv"}},
+      {"a.mov",
+       "-pix_fmt bgra",
+       {"codec_name=prores", "profile=4444", "pix_fmt=yuva444p", "color_space=smpte170m"}},
+      {"b.mov", "-pix_fmt yuv420p -colorspace bt709", {"pix_fmt=yuv444p", "color_space=bt709"}},
+      {"A.MKV",
+       "-vf setsar=12/11 -pix_fmt bgra",
+       {"codec_name=ffv1", "pix_fmt=bgra", "color_space=gbr", "color_range=pc",
+        "sample_aspect_ratio=12:11"}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    MakeClip(folder_ / "clip.mkv",
+             "-f lavfi -i testsrc2=s=64x48:r=30000/1001:d=0.3 -c:v ffv1 " + std::string(c.source));
+    CopyVideo(folder_ / "clip.mkv", folder_ / c.name);
+    const std::string found =
+        Probe(folder_ / c.name, "v",
+              "codec_name,profile,width,height,pix_fmt,r_frame_rate,color_space,color_range,"
+              "color_primaries,color_transfer,sample_aspect_ratio,nb_read_packets");
+    for (const char* part : {"width=64|height=48", "r_frame_rate=30000/1001", "nb_read_packets=9"}) {
+      EXPECT_THAT(found, HasSubstr(part));
+    }
+    for (const char* part : c.found) EXPECT_THAT(found, HasSubstr(part));
+    CopyVideo(folder_ / "clip.mkv", folder_ / (std::string("again-") + c.name));
+    EXPECT_TRUE(ReadAll(folder_ / c.name) == ReadAll(folder_ / (std::string("again-") + c.name)));
+    // Close to the source for ours too.
+    EXPECT_LT(MeanDifference(folder_ / "clip.mkv", folder_ / c.name), 5);
+  }
+  // The index of an MP4 stands in front.
+  const std::string mp4 = ReadAll(folder_ / "a.mp4");
+  EXPECT_LT(mp4.find("moov"), mp4.find("mdat"));
+}
+
+TEST_F(VideoWrite, AppearsWholeOrNotAtAll) {
+  MakeClip(folder_ / "clip.mkv",
+           "-f lavfi -i \"nullsrc=s=128x128:d=0.4,geq='random(1)*255':128:128\" -c:v ffv1 -pix_fmt yuv420p");
+  VideoReader video(folder_ / "clip.mkv");
+  VideoTraits traits = TraitsFrom(video);
+  for (const char* name : {"a.mp4", "a.mov", "a.mkv"}) {
+    SCOPED_TRACE(name);
+    std::ofstream(folder_ / name) << "old";
+    {
+      VideoWriter writer(folder_ / name, traits);
+      WriteFrames(video, writer, 0, 5);
+    }
+    EXPECT_EQ(ReadAll(folder_ / name), "old");
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tiny{40'000, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tiny), 0);
+    ExpectError(ExitCode::kOutput, std::string(name) + "': File too large", [&] {
+      VideoWriter writer(folder_ / name, traits);
+      WriteFrames(video, writer, 0, 9);
+      writer.Finish();
+    });
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(ReadAll(folder_ / name), "old");
+  }
+  EXPECT_THAT(folder_.Names(), ElementsAre("a.mkv", "a.mov", "a.mp4", "clip.mkv"));
+
+  ExpectError(ExitCode::kUsage, ".mp4, .mov or .mkv", [&] { VideoWriter(folder_ / "a.avi", traits); });
+  ExpectError(ExitCode::kOutput, "mkdir", [&] { VideoWriter(folder_ / "no/a.mkv", traits); });
+  traits.width = 127;
+  ExpectError(ExitCode::kOutput, "127 x 128; crop", [&] { VideoWriter(folder_ / "b.mp4", traits); });
+  EXPECT_THAT(folder_.Names(), ElementsAre("a.mkv", "a.mov", "a.mp4", "clip.mkv"));
+}
+
+TEST_F(VideoWrite, CarriesTheSoundOfItsFrames) {
+  const auto clip = folder_ / "clip.mov";
+  MakeClip(
+      clip,
+      "-f lavfi -i testsrc2=s=64x48:r=25:d=2 -f lavfi -i sine=440:r=48000:d=2 -pix_fmt yuv420p -c:a aac");
+  VideoReader video(clip);
+  VideoTraits traits = TraitsFrom(video);
+  for (const char* name : {"a.mp4", "a.mov", "a.mkv"}) {
+    SCOPED_TRACE(name);
+    traits.sound = video.Sound(10, 34);
+    ASSERT_TRUE(traits.sound);
+    VideoWriter writer(folder_ / name, traits);
+    EXPECT_THAT(writer.Notes(), IsEmpty());
+    WriteFrames(video, writer, 10, 34);
+    writer.Finish();
+    // Decoded, and so trimmed by edit lists, it is one second long, give or take a packet of 1024 samples.
+    const std::string sound =
+        RunShell("ffmpeg -v error -i '" + (folder_ / name).string() + "' -f s16le -ac 1 -");
+    EXPECT_NEAR(static_cast<double>(sound.size()) / 2, 48000, 1100);
+    EXPECT_THAT(Probe(folder_ / name, "v", "start_time"), HasSubstr("start_time=0.000000"));
+    EXPECT_THAT(Probe(folder_ / name, "v", "nb_read_packets"), HasSubstr("nb_read_packets=25"));
+  }
+  // A click in the middle stays at its frame.
+  MakeClip(folder_ / "click.mkv",
+           "-f lavfi -i testsrc2=s=64x48:r=25:d=2 -f lavfi -i "
+           "\"aevalsrc='if(between(t,1,1.01),1,0)':s=48000:d=2\" "
+           "-c:v ffv1 -c:a pcm_s16le");
+  VideoReader clicking(folder_ / "click.mkv");
+  traits = TraitsFrom(clicking);
+  traits.sound = clicking.Sound(20, 49);
+  {
+    VideoWriter writer(folder_ / "click.mov", traits);
+    WriteFrames(clicking, writer, 20, 49);
+    writer.Finish();
+  }
+  const std::string sound =
+      RunShell("ffmpeg -v error -i '" + (folder_ / "click.mov").string() + "' -f s8 -ac 1 -");
+  const std::size_t click = sound.find_first_not_of('\0');
+  EXPECT_NEAR(static_cast<double>(click) / 48000, 0.2, 0.001);
+  // What a container cannot hold stays away without taking the picture with it.
+  MakeClip(folder_ / "flac.mkv", std::string(kTenFrames) + "-f lavfi -i sine=d=0.4 -c:v ffv1 -c:a flac");
+  const auto flac = VideoReader(folder_ / "flac.mkv").Sound(0, 9);
+  for (const auto& [name, range, codec] : {std::tuple{"click.mp4", traits.sound, "pcm_s16le"},
+                                           {"f.mov", flac, "flac"},
+                                           {"f.mp4", flac, "flac"}}) {
+    traits.sound = range;
+    EXPECT_THAT(VideoWriter(folder_ / name, traits).Notes(),
+                Contains(AllOf(HasSubstr("left out"), HasSubstr(codec))));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,109 @@
+// The fast road against the plain loop: the same bits and the same calls, on every path of this machine.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "effect/render/fast/loop.h"
+#include "effect/render/plain/loop.h"
+#include "tests/support/random_frame.h"
+
+namespace {
+
+template <class T>
+bool SamePixels(GuardedWorld<T>& a, GuardedWorld<T>& b) {
+  const PF_LayerDef& first = *a.World();
+  const PF_LayerDef& second = *b.World();
+  for (std::ptrdiff_t row = 0; row < first.height; ++row) {
+    if (std::memcmp(static_cast<std::byte*>(first.data) + row * first.rowbytes,
+                    static_cast<std::byte*>(second.data) + row * second.rowbytes,
+                    static_cast<std::size_t>(first.width) * sizeof(T)) != 0) {
+      return false;
+    }
+  }
+  return b.GuardsIntact();
+}
+
+// Renders the frame of a seed both ways, after `change` has had its hand in both.
+template <class T, class Change>
+void ExpectFastEqualsPlain(std::uint32_t seed, Change change) {
+  RandomFrame<T> plain(seed);
+  change(plain);
+  const PF_Err status = DrawFlakesPlainly(plain.record);
+  for (const CpuPath path : kCpuPaths) {
+    if (!SupportsCpuPath(path)) {
+      continue;
+    }
+    RandomFrame<T> fast(seed);
+    change(fast);
+    ASSERT_TRUE(CanDrawFast(fast.record)) << "seed " << seed;
+    ASSERT_EQ(DrawFlakesFast(fast.record, path), status) << "seed " << seed;
+    ASSERT_EQ(fast.host.calls, plain.host.calls) << "seed " << seed;
+    ASSERT_TRUE(SamePixels(plain.output, fast.output))
+        << "seed " << seed << ", path " << static_cast<int>(path) << ", " << sizeof(T) << " bytes a pixel";
+  }
+}
+
+template <class T>
+class FastLoop : public testing::Test {};
+using PixelTypes = testing::Types<PF_Pixel, PF_Pixel16, PF_PixelFloat>;
+TYPED_TEST_SUITE(FastLoop, PixelTypes);
+
+TYPED_TEST(FastLoop, EqualsPlainOnRandomFrames) {
+  for (std::uint32_t seed = 1; seed <= 1500; ++seed) {
+    ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [](RandomFrame<TypeParam>&) {}));
+  }
+}
+
+TYPED_TEST(FastLoop, EqualsPlainAtTheEdgesOfBatches) {
+  for (const std::int32_t flakes : {1, 2, 3, 127, 128, 129, 130, 131, 255, 256, 257, 258, 259, 1000}) {
+    for (std::uint32_t seed = 1; seed <= 12; ++seed) {
+      ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(
+          seed, [flakes](RandomFrame<TypeParam>& frame) { frame.record.flakeCount = flakes; }))
+          << flakes << " flakes";
+    }
+  }
+}
+
+// Still, large and all in one place: every flake of a batch covers the same pixels, in flake order.
+TYPED_TEST(FastLoop, KeepsTheOrderOfFlakesOnOnePixel) {
+  for (std::uint32_t seed = 1; seed <= 300; ++seed) {
+    ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [](RandomFrame<TypeParam>& frame) {
+      FrameSetup<TypeParam>& record = frame.record;
+      const PF_LayerDef& output = *record.output;
+      record.flakeCount = 300;
+      record.flakeSize = 9.0;
+      record.halfFrameWidth = output.width * record.scale.xScaleInv / 2.0;
+      record.halfFrameHeight = output.height * record.scale.yScaleInv / 2.0;
+      record.fieldWidth = record.fieldHeight = 12.0;
+      record.halfFieldWidth = record.halfFieldHeight = 6.0;
+      record.originX = record.originY = 0.0f;
+    }));
+  }
+}
+
+TYPED_TEST(FastLoop, StopsWherePlainStops) {
+  for (std::uint32_t seed = 1; seed <= 60; ++seed) {
+    for (const std::int32_t stop : {1, 129, 257, 385}) {
+      ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [stop](RandomFrame<TypeParam>& frame) {
+        frame.record.flakeCount = 500;
+        frame.host.answer = [stop](const HostCall& call) {
+          return call.kind == HostCall::kProgress && call.x >= stop ? 77 : PF_Err_NONE;
+        };
+      }));
+    }
+  }
+}
+
+TYPED_TEST(FastLoop, LeavesUnknownOperatorsAndHugeWorldsToThePlainLoop) {
+  RandomFrame<TypeParam> frame(1);
+  frame.record.transferOp = [](const TypeParam*, const TypeParam*, TypeParam&) {};
+  EXPECT_FALSE(CanDrawFast(frame.record));
+  RandomFrame<TypeParam> other(1);
+  PF_LayerDef huge = *other.record.output;
+  huge.rowbytes = 1 << 20;
+  huge.height = 1 << 12;
+  other.record.output = &huge;
+  EXPECT_FALSE(CanDrawFast(other.record));
+}
+
+}  // namespace
