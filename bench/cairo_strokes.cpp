@@ -33,7 +33,7 @@ class Canvas {
 
   void Restore(const minihost::Image& picture) {
     cairo_surface_flush(surface_.get());
-    for (int row = 0; row < picture.height(); ++row) {
+    for (int row = 0; row < picture.Height(); ++row) {
       int column = 0;
       for (const PF_Pixel& pixel : picture.Row<PF_Pixel>(row)) {
         At(column++, row) = 0xFF000000u | std::uint32_t{pixel.red} << 16 | std::uint32_t{pixel.green} << 8 |
@@ -73,7 +73,7 @@ class Canvas {
 // Strokes cannot give our bytes, but they must reach the pixels that ours reach, and few others.
 void CheckSamePixels(Canvas& canvas, const std::vector<Capsule>& capsules, const SnowFrame<PF_Pixel>& frame,
                      const std::vector<std::uint32_t>& covered) {
-  const minihost::Image black(frame.Background().width(), frame.Background().height(),
+  const minihost::Image black(frame.Background().Width(), frame.Background().Height(),
                               minihost::Depth::kBits8);
   canvas.Restore(black);
   std::vector<Capsule> white = capsules;
@@ -81,18 +81,18 @@ void CheckSamePixels(Canvas& canvas, const std::vector<Capsule>& capsules, const
     capsule.red = capsule.green = capsule.blue = capsule.alpha = 1.0f;
   }
   canvas.Draw(white);
-  const auto pixels = static_cast<std::size_t>(black.width()) * static_cast<std::size_t>(black.height());
+  const auto pixels = static_cast<std::size_t>(black.Width()) * static_cast<std::size_t>(black.Height());
   std::vector<bool> ours(pixels);
   for (const std::uint32_t offset : covered) {
-    const std::size_t row = offset / black.rowBytes();
-    ours[row * static_cast<std::size_t>(black.width()) + offset % black.rowBytes() / sizeof(PF_Pixel)] = true;
+    const std::size_t row = offset / black.RowBytes();
+    ours[row * static_cast<std::size_t>(black.Width()) + offset % black.RowBytes() / sizeof(PF_Pixel)] = true;
   }
   std::size_t both = 0;
   std::size_t oursAlone = 0;
   std::size_t theirsAlone = 0;
   std::size_t pixel = 0;
-  for (int row = 0; row < black.height(); ++row) {
-    for (int column = 0; column < black.width(); ++column, ++pixel) {
+  for (int row = 0; row < black.Height(); ++row) {
+    for (int column = 0; column < black.Width(); ++column, ++pixel) {
       // A stroke's rim reaches a little into pixels whose middle it does not.
       const std::uint32_t value = canvas.At(column, row) & 0xFF;
       if (ours[pixel]) {
@@ -119,7 +119,7 @@ void RunStrokes(const std::string& name, const Snow& snow, Effort effort, Report
   frame.Restore();
   const std::vector<std::uint32_t> covered = CoveredPixels(frame.Record(), path);
   const std::vector<Capsule> capsules = CapsulesOf(frame.Record());
-  Canvas canvas(frame.Background().width(), frame.Background().height());
+  Canvas canvas(frame.Background().Width(), frame.Background().Height());
   CheckSamePixels(canvas, capsules, frame, covered);
 
   const std::vector<Samples> times =

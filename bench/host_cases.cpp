@@ -18,15 +18,15 @@ namespace {
 constexpr double kNano = 1e9;
 
 std::size_t BytesOf(const minihost::Image& image) {
-  return image.rowBytes() * static_cast<std::size_t>(image.height());
+  return image.RowBytes() * static_cast<std::size_t>(image.Height());
 }
 
 // Copies onto an image that holds other bytes before; returns the seconds.
 template <class Copy>
 double TimeCopy(const minihost::Image& source, minihost::Image& target, const Copy& copy) {
-  std::memset(target.data(), 0xA5, BytesOf(target));
+  std::memset(target.Data(), 0xA5, BytesOf(target));
   const double seconds = SecondsOf(copy);
-  if (std::memcmp(target.data(), source.data(), BytesOf(source)) != 0) {
+  if (std::memcmp(target.Data(), source.Data(), BytesOf(source)) != 0) {
     throw Difference("the copy differs from its source");
   }
   return seconds;
@@ -37,14 +37,14 @@ TimedForm CopyByHost(const minihost::Image& source, minihost::Image& target) {
     const PF_LayerDef from = source.World();
     const PF_LayerDef to = target.World();
     return TimeCopy(source, target, [&] {
-      CopyPixels(from, minihost::BoundsOf(from), to, minihost::BoundsOf(to), source.depth());
+      CopyPixels(from, minihost::BoundsOf(from), to, minihost::BoundsOf(to), source.PixelDepth());
     });
   };
 }
 
 TimedForm CopyByMemcpy(const minihost::Image& source, minihost::Image& target) {
   return [&] {
-    return TimeCopy(source, target, [&] { std::memcpy(target.data(), source.data(), BytesOf(source)); });
+    return TimeCopy(source, target, [&] { std::memcpy(target.Data(), source.Data(), BytesOf(source)); });
   };
 }
 
@@ -66,7 +66,7 @@ void RunCopy(Effort effort, Report& report) {
   memcpyTimes.insert(memcpyTimes.end(), times[2].begin(), times[2].end());
   Samples hostTimes = times[1];
   hostTimes.insert(hostTimes.end(), times[3].begin(), times[3].end());
-  const double scale = kNano / (source.width() * source.height());
+  const double scale = kNano / (source.Width() * source.Height());
   report.Add({.name = "copy (memcpy), a pixel",
               .depth = NameOf(minihost::kDepthOf<T>),
               .reference = Median(memcpyTimes) * scale,
@@ -82,8 +82,8 @@ void ReduceSimply(const minihost::Image& source, minihost::Image& target) {
     constexpr bool kIsFloat = sizeof(Channel) == 4;
     return static_cast<Channel>(kIsFloat ? sum / 100.0 : std::floor(sum / 100.0 + 0.5));
   };
-  for (int row = 0; row < target.height(); ++row) {
-    for (int column = 0; column < target.width(); ++column) {
+  for (int row = 0; row < target.Height(); ++row) {
+    for (int column = 0; column < target.Width(); ++column) {
       double alpha = 0.0, red = 0.0, green = 0.0, blue = 0.0;
       for (int y = 0; y < 10; ++y) {
         const std::span<const T> pixels = source.Row<T>(row * 10 + y);
@@ -111,20 +111,20 @@ bool Near(const T& a, const T& b, double tolerance) {
 template <class T>
 void RunReduction(Effort effort, Report& report) {
   const minihost::Image source = Painted(effort, minihost::kDepthOf<T>);
-  minihost::Image simple(source.width() / 10, source.height() / 10, source.depth());
-  minihost::Image reduced(simple.width(), simple.height(), source.depth());
+  minihost::Image simple(source.Width() / 10, source.Height() / 10, source.PixelDepth());
+  minihost::Image reduced(simple.Width(), simple.Height(), source.PixelDepth());
   // Only whole tens: what is left over at the edges would make both do different work.
   const PF_LayerDef from = source.World();
   const PF_LayerDef to = reduced.World();
-  const PF_LRect tens = {0, 0, simple.width() * 10, simple.height() * 10};
+  const PF_LRect tens = {0, 0, simple.Width() * 10, simple.Height() * 10};
   const std::vector<Samples> times = TimeInTurn(
       {[&] { return SecondsOf([&] { ReduceSimply<T>(source, simple); }); },
        [&] {
-         return SecondsOf([&] { CopyPixels(from, tens, to, minihost::BoundsOf(to), source.depth()); });
+         return SecondsOf([&] { CopyPixels(from, tens, to, minihost::BoundsOf(to), source.PixelDepth()); });
        }},
       effort.Rounds(9), effort.WarmUps());
-  for (int row = 0; row < simple.height(); ++row) {
-    for (int column = 0; column < simple.width(); ++column) {
+  for (int row = 0; row < simple.Height(); ++row) {
+    for (int column = 0; column < simple.Width(); ++column) {
       const auto at = static_cast<std::size_t>(column);
       if (!Near(simple.Row<T>(row)[at], reduced.Row<T>(row)[at], sizeof(T) == 16 ? 1e-6 : 0.0)) {
         throw Difference(
@@ -132,7 +132,7 @@ void RunReduction(Effort effort, Report& report) {
       }
     }
   }
-  const double scale = kNano / (source.width() * source.height());
+  const double scale = kNano / (source.Width() * source.Height());
   report.Add({.name = "reduction (simple mean), a pixel",
               .depth = NameOf(minihost::kDepthOf<T>),
               .reference = Median(times[0]) * scale,
@@ -154,8 +154,8 @@ T SampleSimply(const minihost::Image& image, Position at) {
   const double u = (at.x & 0xFFFF) / 65536.0;
   const double v = (at.y & 0xFFFF) / 65536.0;
   const auto pixel = [&](int dx, int dy) -> const T& {
-    const int c = std::min(column + dx, image.width() - 1);
-    return image.Row<T>(std::min(row + dy, image.height() - 1))[static_cast<std::size_t>(c)];
+    const int c = std::min(column + dx, image.Width() - 1);
+    return image.Row<T>(std::min(row + dy, image.Height() - 1))[static_cast<std::size_t>(c)];
   };
   const auto mix = [&](Channel T::*channel) {
     const double top = pixel(0, 0).*channel * (1.0 - u) + pixel(1, 0).*channel * u;
@@ -170,7 +170,7 @@ template <class T>
 void RunSampling(Effort effort, Report& report) {
   constexpr std::size_t kCalls = 200'000;
   const minihost::Image picture = Painted(effort, minihost::kDepthOf<T>);
-  const minihost::Image light = minihost::Resized(picture, picture.width() / 10, picture.height() / 10);
+  const minihost::Image light = minihost::Resized(picture, picture.Width() / 10, picture.Height() / 10);
   const PF_LayerDef world = light.World();
   std::vector<Position> positions(kCalls);
   std::uint32_t state = 7;
@@ -179,15 +179,16 @@ void RunSampling(Effort effort, Report& report) {
     return static_cast<PF_Fixed>((std::uint64_t{state} * static_cast<std::uint64_t>(last) << 16) >> 32);
   };
   for (Position& position : positions) {
-    position = {upTo(light.width() - 1), upTo(light.height() - 1)};
+    position = {upTo(light.Width() - 1), upTo(light.Height() - 1)};
   }
   std::vector<T> simple(kCalls);
   std::vector<T> sampled(kCalls);
   const std::vector<Samples> times =
       TimeInTurn({[&] {
                     return SecondsOf([&] {
-                      for (std::size_t i = 0; i < kCalls; ++i)
+                      for (std::size_t i = 0; i < kCalls; ++i) {
                         simple[i] = SampleSimply<T>(light, positions[i]);
+                      }
                     });
                   },
                   [&] {

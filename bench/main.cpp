@@ -98,7 +98,7 @@ int DrawOnce(const std::string& form) {
 int Run(const Options& options) {
   if (!options.capsules.empty()) {
     const SnowFrame<PF_Pixel> frame(Default(200'000));
-    WriteCapsules(options.capsules, frame.Background().width(), frame.Background().height(),
+    WriteCapsules(options.capsules, frame.Background().Width(), frame.Background().Height(),
                   CapsulesOf(frame.Record()));
     return 0;
   }

@@ -58,11 +58,11 @@ PF_Err Sample(PF_ProgPtr, PF_Fixed x, PF_Fixed y, const PF_SampPB* params, T* pi
 }
 
 std::size_t BytesOf(const minihost::Image& image) {
-  return image.rowBytes() * static_cast<std::size_t>(image.height());
+  return image.RowBytes() * static_cast<std::size_t>(image.Height());
 }
 
 void CheckEqual(const minihost::Image& got, const minihost::Image& wanted, const char* form) {
-  if (std::memcmp(got.data(), wanted.data(), BytesOf(wanted)) != 0) {
+  if (std::memcmp(got.Data(), wanted.Data(), BytesOf(wanted)) != 0) {
     throw Difference(std::string(form) + " left other bytes in the picture than it must");
   }
 }
@@ -168,7 +168,7 @@ void SnowFrame<T>::Fill(const Snow& snow) {
 template <class T>
 void SnowFrame<T>::Restore() {
   current_ = 1 - current_;
-  std::memcpy(pictures_[current_].data(), background_.data(), BytesOf(background_));
+  std::memcpy(pictures_[current_].Data(), background_.Data(), BytesOf(background_));
   output_ = pictures_[current_].World();
 }
 
@@ -177,7 +177,7 @@ void SnowFrame<T>::SetExpected() {
   Restore();
   DrawFlakesPlainly(record_);
   expected_ = Picture().Clone();
-  if (std::memcmp(expected_.data(), background_.data(), BytesOf(background_)) == 0) {
+  if (std::memcmp(expected_.Data(), background_.Data(), BytesOf(background_)) == 0) {
     throw Difference("the plain loop drew nothing");
   }
 }

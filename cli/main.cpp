@@ -13,7 +13,7 @@
 #include "cli/command/params.h"
 #include "cli/command/render.h"
 #include "cli/command/sheet.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/scene/presets.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
@@ -31,19 +31,25 @@ int Fail(ExitCode code, const std::string& message) {
 /// Output that somebody asked for has to arrive: a full disk is an error.
 void PrintToStdout(const std::string& text) {
   const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-  if (std::fflush(stdout) != 0 || !written) throw ToolError(ExitCode::kOutput, "cannot write the output");
+  if (std::fflush(stdout) != 0 || !written) {
+    throw ToolError(ExitCode::kOutput, "cannot write the output");
+  }
 }
 
 ExitCode Run(const CLI::App& app, const cli::Options& options) {
   const auto effect = minihost::Effect::Linked(&MainEntry);
-  if (app.got_subcommand("render")) return cli::RunRender(options.render, effect);
-  if (app.got_subcommand("sheet")) return cli::RunSheet(options.render, options.sheetFrames, effect);
+  if (app.got_subcommand("render")) {
+    return cli::RunRender(options.render, effect);
+  }
+  if (app.got_subcommand("sheet")) {
+    return cli::RunSheet(options.render, options.sheetFrames, effect);
+  }
   if (app.got_subcommand("info")) {
     PrintToStdout(cli::DescribeInput(options.infoFile));
   } else if (app.got_subcommand("presets")) {
     PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
   } else if (app.got_subcommand("params")) {
-    PrintToStdout(cli::ParameterTable(effect->parameters()));
+    PrintToStdout(cli::ParameterTable(effect->Parameters()));
   } else {
     PrintToStdout(effect->About() + '\n');
   }
@@ -72,7 +78,9 @@ int main(int argc, char** argv) {
       app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
       // Help and version come this way too, as successes.
-      if (error.get_exit_code() == 0) return app->exit(error);
+      if (error.get_exit_code() == 0) {
+        return app->exit(error);
+      }
       return Fail(ExitCode::kUsage, cli::Explain(*app, error));
     }
     return static_cast<int>(Run(*app, options));

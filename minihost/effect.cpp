@@ -17,7 +17,9 @@ EffectVersion VersionOf(std::uint32_t word) noexcept {
 }
 
 void RequireSuccess(const CommandResult& result, const char* command) {
-  if (result.err == PF_Err_NONE) return;
+  if (result.err == PF_Err_NONE) {
+    return;
+  }
   const std::string message = result.message.empty() ? "" : ": " + result.message;
   throw EffectError(
       "the effect's " + std::string(command) + " failed with code " + std::to_string(result.err) + message,
@@ -26,9 +28,15 @@ void RequireSuccess(const CommandResult& result, const char* command) {
 
 void RequireClean(const Ledger& ledger, const char* command) {
   std::string wrong;
-  for (const std::string& line : ledger.Missing()) wrong += "; kept " + line;
-  for (const std::string& line : ledger.faults()) wrong += "; " + line;
-  if (wrong.empty()) return;
+  for (const std::string& line : ledger.Missing()) {
+    wrong += "; kept " + line;
+  }
+  for (const std::string& line : ledger.Faults()) {
+    wrong += "; " + line;
+  }
+  if (wrong.empty()) {
+    return;
+  }
   throw EffectError("the effect's " + std::string(command) + " broke the rules" + wrong,
                     PF_Err_BAD_CALLBACK_PARAM);
 }
@@ -52,7 +60,9 @@ std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, 
     throw std::runtime_error("cannot load the effect module " + path + ": " + (why == nullptr ? "?" : why));
   }
   const auto entry = reinterpret_cast<EntryPoint>(dlsym(loaded.get(), "MainEntry"));
-  if (entry == nullptr) throw std::runtime_error("the module " + path + " exports no MainEntry");
+  if (entry == nullptr) {
+    throw std::runtime_error("the module " + path + " exports no MainEntry");
+  }
   return std::shared_ptr<const Effect>(new Effect(std::move(loaded), entry, faults));
 }
 
@@ -64,9 +74,9 @@ Effect::Effect(Module module, EntryPoint mainEntry, const Faults& faults)
     Command setup(session, scene);
     RequireSuccess(setup.Run(entry_, PF_Cmd_GLOBAL_SETUP, nullptr, nullptr, nullptr), "global set-up");
     RequireClean(session.ledger, "global set-up");
-    version_ = VersionOf(setup.outData().my_version);
-    flags_ = setup.outData().out_flags;
-    flags2_ = setup.outData().out_flags2;
+    version_ = VersionOf(setup.OutData().my_version);
+    flags_ = setup.OutData().out_flags;
+    flags2_ = setup.OutData().out_flags2;
   }
   PF_ParamDef inputLayer{};
   inputLayer.param_type = PF_Param_LAYER;
@@ -75,8 +85,8 @@ Effect::Effect(Module module, EntryPoint mainEntry, const Faults& faults)
   Command setup(session, scene);
   RequireSuccess(setup.Run(entry_, PF_Cmd_PARAMS_SETUP, nullptr, nullptr, nullptr), "parameter set-up");
   RequireClean(session.ledger, "parameter set-up");
-  if (setup.outData().num_params != std::ssize(definitions_)) {
-    throw EffectError("the effect counts " + std::to_string(setup.outData().num_params) +
+  if (setup.OutData().num_params != std::ssize(definitions_)) {
+    throw EffectError("the effect counts " + std::to_string(setup.OutData().num_params) +
                           " parameters but declared " + std::to_string(definitions_.size()) +
                           ", the input layer included",
                       PF_Err_BAD_CALLBACK_PARAM);

@@ -22,7 +22,7 @@ using EntryPoint = PF_Err (*)(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_da
 class EffectError : public std::runtime_error {
  public:
   EffectError(const std::string& text, PF_Err code) : std::runtime_error(text), code_(code) {}
-  PF_Err code() const noexcept { return code_; }
+  PF_Err Code() const noexcept { return code_; }
 
  private:
   PF_Err code_;
@@ -57,20 +57,20 @@ class Effect {
   Effect& operator=(const Effect&) = delete;
 
   /// Every parameter in the order of its index, the input layer first.
-  const ParameterList& parameters() const noexcept { return *parameters_; }
-  SharedParameterList sharedParameters() const noexcept { return parameters_; }
+  const ParameterList& Parameters() const noexcept { return *parameters_; }
+  SharedParameterList SharedParameters() const noexcept { return parameters_; }
 
-  const EffectVersion& version() const noexcept { return version_; }
-  PF_OutFlags flags() const noexcept { return flags_; }
-  PF_OutFlags2 flags2() const noexcept { return flags2_; }
-  bool supportsSmartRender() const noexcept { return (flags2_ & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0; }
+  const EffectVersion& Version() const noexcept { return version_; }
+  PF_OutFlags Flags() const noexcept { return flags_; }
+  PF_OutFlags2 Flags2() const noexcept { return flags2_; }
+  bool SupportsSmartRender() const noexcept { return (flags2_ & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0; }
 
   /// The effect's text about itself, its carriage returns turned into line feeds.
   std::string About() const;
 
   /// For the host's own use: the declarations as the effect made them, element 0 the input layer.
-  const std::vector<PF_ParamDef>& definitions() const noexcept { return definitions_; }
-  EntryPoint entry() const noexcept { return entry_; }
+  const std::vector<PF_ParamDef>& Definitions() const noexcept { return definitions_; }
+  EntryPoint Entry() const noexcept { return entry_; }
 
  private:
   struct CloseModule {

@@ -51,11 +51,11 @@ struct Instance::State {
   State(std::shared_ptr<const Effect> theEffect, ParameterSet theParameters, Faults faults)
       : effect(std::move(theEffect)), parameters(std::move(theParameters)), session(std::move(faults)) {
     RequireOwn(parameters);
-    session.definitions = effect->definitions();
+    session.definitions = effect->Definitions();
   }
 
   void RequireOwn(const ParameterSet& candidate) const {
-    if (&candidate.list() != &effect->parameters()) {
+    if (&candidate.List() != &effect->Parameters()) {
       throw std::invalid_argument("the parameters belong to another effect than the instance");
     }
   }
@@ -64,14 +64,16 @@ struct Instance::State {
   CommandResult Run(PF_Cmd number, CommandScene scene, PF_ParamDef* params[]) {
     scene.parameters = &parameters;
     Command command(session, scene);
-    CommandResult result = command.Run(effect->entry(), number, params, nullptr, nullptr);
+    CommandResult result = command.Run(effect->Entry(), number, params, nullptr, nullptr);
     session.handles.MoveUnlocked();
     session.ledger.SetKept({session.sequenceData, nullptr});
     return result;
   }
 
   void RequireOpen() const {
-    if (closed) throw std::logic_error("the effect instance is closed");
+    if (closed) {
+      throw std::logic_error("the effect instance is closed");
+    }
   }
 
   std::shared_ptr<const Effect> effect;
@@ -92,7 +94,7 @@ Instance::Instance(std::shared_ptr<const Effect> effect, ParameterSet parameters
 }
 
 Instance::Instance(const std::shared_ptr<const Effect>& effect)
-    : Instance(effect, ParameterSet(effect->sharedParameters())) {}
+    : Instance(effect, ParameterSet(effect->SharedParameters())) {}
 
 Instance::Instance(Instance&&) noexcept = default;
 
@@ -103,18 +105,20 @@ Instance& Instance::operator=(Instance&& other) noexcept {
 }
 
 Instance::~Instance() {
-  if (state_ == nullptr) return;
+  if (state_ == nullptr) {
+    return;
+  }
   try {
     Close();
   } catch (...) {  // out of memory for a message, or closed while running: nobody is left to tell
   }
 }
 
-const Effect& Instance::effect() const noexcept {
+const Effect& Instance::HostedEffect() const noexcept {
   return *state_->effect;
 }
 
-const ParameterSet& Instance::parameters() const noexcept {
+const ParameterSet& Instance::Parameters() const noexcept {
   return state_->parameters;
 }
 
@@ -156,13 +160,15 @@ CommandResult Instance::Send(PF_Cmd command) {
 
 CommandResult Instance::Close() {
   const Turn turn(state_->busy);
-  if (std::exchange(state_->closed, true)) return {};
+  if (std::exchange(state_->closed, true)) {
+    return {};
+  }
   CommandResult result = state_->Run(PF_Cmd_SEQUENCE_SETDOWN, {}, nullptr);
   state_->session.ledger.SetKept({});  // nothing is kept for an instance that is over
   return result;
 }
 
-const Ledger& Instance::ledger() const noexcept {
+const Ledger& Instance::HostLedger() const noexcept {
   return state_->session.ledger;
 }
 

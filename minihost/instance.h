@@ -34,9 +34,9 @@ class Instance {
   /// Closes, if that has not happened.
   ~Instance();
 
-  const Effect& effect() const noexcept;
+  const Effect& HostedEffect() const noexcept;
 
-  const ParameterSet& parameters() const noexcept;
+  const ParameterSet& Parameters() const noexcept;
   /// Takes effect with the next command.  Throws std::invalid_argument when they belong to another effect.
   void SetParameters(ParameterSet parameters);
 
@@ -60,7 +60,7 @@ class Instance {
   CommandResult Close();
 
   /// What is lent and what is back.  Read it between commands.
-  const Ledger& ledger() const noexcept;
+  const Ledger& HostLedger() const noexcept;
 
   /// Services to refuse from now on, their calls counted from 1 again.
   void SetFaults(Faults faults);

@@ -9,7 +9,9 @@ namespace {
 std::string Describe(Ledger::Kind kind, const char* name, std::int64_t number) {
   constexpr std::string_view kKinds[] = {"suite", "handle", "world", "parameter", "layer"};
   std::string text(kKinds[static_cast<std::size_t>(kind)]);
-  if (name != nullptr) text.append(" \"").append(name).append("\"");
+  if (name != nullptr) {
+    text.append(" \"").append(name).append("\"");
+  }
   return text + " " + std::to_string(number);
 }
 
@@ -61,7 +63,9 @@ std::size_t Ledger::Outstanding(Kind kind) const noexcept {
 std::vector<std::string> Ledger::Missing() const {
   std::vector<std::string> lines;
   for (const Loan& loan : loans_) {
-    if (!IsKept(loan)) lines.push_back(Describe(loan.kind, loan.name, loan.number));
+    if (!IsKept(loan)) {
+      lines.push_back(Describe(loan.kind, loan.name, loan.number));
+    }
   }
   return lines;
 }

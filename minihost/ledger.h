@@ -31,7 +31,7 @@ class Ledger {
 
   /// What the effect did against the rules: returned what was never lent or was back already, wrote beyond
   /// the handshake.  In the order it happened.
-  const std::vector<std::string>& faults() const noexcept { return faults_; }
+  const std::vector<std::string>& Faults() const noexcept { return faults_; }
 
   // The host's side.
 

@@ -25,7 +25,9 @@ std::string DescribeInput(const std::string& path) {
     text +=
         fmt::format("  rate          {}/{} frames a second\n", traits.rate->timeScale, traits.rate->timeStep);
   }
-  for (const std::string& note : opened.notes) text += fmt::format("  note          {}\n", note);
+  for (const std::string& note : opened.notes) {
+    text += fmt::format("  note          {}\n", note);
+  }
   return text;
 }
 

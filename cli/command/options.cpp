@@ -22,8 +22,12 @@ template <class Number>
 std::string CheckNumber(const std::string& text) {
   Number number{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error == std::errc::result_out_of_range) return fmt::format("'{}' is out of all proportion", text);
-  if (error == std::errc() && end == text.data() + text.size()) return {};
+  if (error == std::errc::result_out_of_range) {
+    return fmt::format("'{}' is out of all proportion", text);
+  }
+  if (error == std::errc() && end == text.data() + text.size()) {
+    return {};
+  }
   return fmt::format("'{}' is not a {}number", text, std::is_integral_v<Number> ? "whole " : "");
 }
 
@@ -85,7 +89,9 @@ void AddShot(CLI::App& command, RenderOptions& options, const char* outputs) {
       ->type_name("N");
   command.add_option("--missing", options.missing, "For gaps in a sequence: error (default), skip or black")
       ->type_name("WHAT");
-  for (const char* whole : {"--proxy", "--jobs"}) command.get_option(whole)->check(CheckNumber<int>);
+  for (const char* whole : {"--proxy", "--jobs"}) {
+    command.get_option(whole)->check(CheckNumber<int>);
+  }
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
 }
 
@@ -140,7 +146,9 @@ std::unique_ptr<CLI::App> MakeParser(Options& options) {
       "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
   for (CLI::App* command : app->get_subcommands({})) {
     for (CLI::Option* option : command->get_options()) {
-      if (option->get_expected_min() > 0) option->check(CheckNotEmpty);
+      if (option->get_expected_min() > 0) {
+        option->check(CheckNotEmpty);
+      }
     }
   }
   return app;
@@ -154,16 +162,24 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   if (unknown.empty() && used.empty()) {
     return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
   }
-  if (unknown.empty()) return fmt::format("{}; {}", error.what(), help);
+  if (unknown.empty()) {
+    return fmt::format("{}; {}", error.what(), help);
+  }
   std::vector<std::string> names;
   if (used.empty()) {
-    for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+    for (const CLI::App* command : app.get_subcommands({})) {
+      names.push_back(command->get_name());
+    }
   } else if (unknown[0].starts_with('-')) {
-    for (const CLI::Option* option : used[0]->get_options()) names.push_back(option->get_name());
+    for (const CLI::Option* option : used[0]->get_options()) {
+      names.push_back(option->get_name());
+    }
   }
   const std::string suggestion =
       SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
-  if (used.empty()) return fmt::format("there is no command '{}'{}; {}", unknown[0], suggestion, help);
+  if (used.empty()) {
+    return fmt::format("there is no command '{}'{}; {}", unknown[0], suggestion, help);
+  }
   return fmt::format("'{}' is one too many{}; {}", unknown[0], suggestion, help);
 }
 

@@ -17,7 +17,9 @@ std::string ParameterTable(const minihost::ParameterList& list) {
   std::vector<Row> rows{{"#", "Name", "Slug", "Type", "Range", "Default", "Keys", "Group"}};
   const ParameterNames names(list);
   for (const minihost::ParameterInfo& parameter : list) {
-    if (!parameter.HasValue()) continue;
+    if (!parameter.HasValue()) {
+      continue;
+    }
     rows.push_back({fmt::format("{}", parameter.index), parameter.DisplayName(), names.SlugOf(parameter),
                     std::string(DescribeType(parameter)), DescribeRange(parameter),
                     FormatValue(parameter, *parameter.defaultValue), parameter.animatable ? "yes" : "no",

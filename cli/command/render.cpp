@@ -25,14 +25,18 @@ namespace cli {
 namespace {
 
 void Say(const RenderOptions& options, const std::string& line) {
-  if (!options.quiet) fmt::print(stderr, "{}\n", line);
+  if (!options.quiet) {
+    fmt::print(stderr, "{}\n", line);
+  }
 }
 
 ProgressStyle StyleOf(const RenderOptions& options) {
   if (!options.progress.empty() && options.progress != "json" && options.progress != "text") {
     throw ToolError(ExitCode::kUsage, fmt::format("--progress: '{}' is not text or json", options.progress));
   }
-  if (options.progress == "json") return StyleFor(ProgressWish::kJson);
+  if (options.progress == "json") {
+    return StyleFor(ProgressWish::kJson);
+  }
   return StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText);
 }
 
@@ -43,7 +47,9 @@ std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene
   if (!sink.isVideo && OutputName(scene.output).IsPattern()) {
     return std::optional<Resumption>(std::in_place, scene, inputStamp, *plan.source, plan.job.frames);
   }
-  if (!options.resume) return {};
+  if (!options.resume) {
+    return {};
+  }
   throw ToolError(ExitCode::kUsage,
                   "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
                   "pictures such as -o snow.####.png to be able to resume");
@@ -87,9 +93,15 @@ void PrintSummary(const RenderOptions& options, const Scene& scene, const Render
   if (plan.traits.hasAlpha && plan.video != nullptr) {
     line += fmt::format(", {} alpha", FormatAlphaForm(scene.alpha));
   }
-  if (alreadyDone > 0) line += fmt::format(", {} done before", alreadyDone);
-  if (!summary.skipped.empty()) line += fmt::format(", {} skipped", summary.skipped.size());
-  if (!summary.failed.empty()) line += fmt::format(", {} failed", summary.failed.size());
+  if (alreadyDone > 0) {
+    line += fmt::format(", {} done before", alreadyDone);
+  }
+  if (!summary.skipped.empty()) {
+    line += fmt::format(", {} skipped", summary.skipped.size());
+  }
+  if (!summary.failed.empty()) {
+    line += fmt::format(", {} failed", summary.failed.size());
+  }
   Say(options, line);
 }
 
@@ -112,18 +124,26 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   job.jobs = CheckedJobs(options.jobs);
   job.missing = MissingPolicyOf(options.missing);
   job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
-  if (!options.part.empty()) job.frames = TakePart(job.frames, ParsePart(options.part));
+  if (!options.part.empty()) {
+    job.frames = TakePart(job.frames, ParsePart(options.part));
+  }
 
   const InputFiles inputs(scene, plan);
   const OpenedSink sink = OpenSink(scene, plan, inputs);
   std::optional<Resumption> resumption = ResumptionOf(options, scene, inputStamp, plan, sink);
-  if (!options.saveScene.empty()) SaveScene(options.saveScene, scene, inputs);
+  if (!options.saveScene.empty()) {
+    SaveScene(options.saveScene, scene, inputs);
+  }
   if (options.dryRun) {
     PrintPlan(scene, plan, sink.isVideo);
     return ExitCode::kDone;
   }
-  for (const std::string& note : plan.notes) Say(options, fmt::format("note: {}", note));
-  for (const std::string& note : sink.notes) Say(options, fmt::format("note: {}", note));
+  for (const std::string& note : plan.notes) {
+    Say(options, fmt::format("note: {}", note));
+  }
+  for (const std::string& note : sink.notes) {
+    Say(options, fmt::format("note: {}", note));
+  }
   TidyUp(scene.output);
   const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
 
@@ -134,7 +154,9 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
     summary =
         RunPipeline(job, *plan.source, *sink.frames,
                     {.interrupted = Interrupted, .report = [&](std::int32_t frame, FrameOutcome outcome) {
-                       if (resumption && outcome == FrameOutcome::kWritten) resumption->Note(frame);
+                       if (resumption && outcome == FrameOutcome::kWritten) {
+                         resumption->Note(frame);
+                       }
                        progress.FrameDone(frame);
                      }});
   }
@@ -144,7 +166,9 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
     throw ToolError(ExitCode::kFrameFailed,
                     fmt::format("there was no frame to write, so '{}' was not made", scene.output));
   }
-  if (summary.interrupted) SayHowToGoOn(options, summary, resumption.has_value());
+  if (summary.interrupted) {
+    SayHowToGoOn(options, summary, resumption.has_value());
+  }
   return CodeOf(summary);
 }
 

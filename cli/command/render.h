@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "cli/command/render_options.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "minihost/effect.h"
 
 namespace cli {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/scene/layers.h"
 #include "cli/scene/presets.h"
 
@@ -30,12 +30,18 @@ void ApplyInput(const RenderOptions& options, Scene& scene) {
     scene.blank = Option("--blank", [&] { return ParseFrameSize(options.blank); });
     scene.input.clear();
   }
-  if (!options.output.empty()) scene.output = options.output;
+  if (!options.output.empty()) {
+    scene.output = options.output;
+  }
 }
 
 void ApplyTiming(const RenderOptions& options, Scene& scene) {
-  if (!options.frames.empty()) scene.frames = options.frames;
-  if (!options.fps.empty()) scene.fps = options.fps;
+  if (!options.frames.empty()) {
+    scene.frames = options.frames;
+  }
+  if (!options.fps.empty()) {
+    scene.fps = options.fps;
+  }
   if (options.shutterDegrees) {
     Option("--shutter", [&] { CheckShutter(*options.shutterDegrees); });
     scene.shutterDegrees = *options.shutterDegrees;
@@ -43,9 +49,15 @@ void ApplyTiming(const RenderOptions& options, Scene& scene) {
 }
 
 void ApplyPicture(const RenderOptions& options, Scene& scene) {
-  if (!options.depth.empty()) scene.depth = Option("--depth", [&] { return ParseDepth(options.depth); });
-  if (!options.alpha.empty()) scene.alpha = Option("--alpha", [&] { return ParseAlphaForm(options.alpha); });
-  if (!options.compression.empty()) scene.compression = options.compression;
+  if (!options.depth.empty()) {
+    scene.depth = Option("--depth", [&] { return ParseDepth(options.depth); });
+  }
+  if (!options.alpha.empty()) {
+    scene.alpha = Option("--alpha", [&] { return ParseAlphaForm(options.alpha); });
+  }
+  if (!options.compression.empty()) {
+    scene.compression = options.compression;
+  }
   if (options.proxy) {
     Option("--proxy", [&] { CheckProxy(*options.proxy); });
     scene.proxy = *options.proxy;
@@ -59,7 +71,7 @@ void ApplyPicture(const RenderOptions& options, Scene& scene) {
 }  // namespace
 
 Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect) {
-  Scene scene = MakeScene(effect.sharedParameters(), Presets::OfTool(),
+  Scene scene = MakeScene(effect.SharedParameters(), Presets::OfTool(),
                           {options.preset, options.sceneFile, options.changes});
   ApplyInput(options, scene);
   ApplyTiming(options, scene);

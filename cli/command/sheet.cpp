@@ -30,13 +30,18 @@ std::size_t CheckedCount(int count) {
 
 ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
   const auto say = [&](const std::string& line) {
-    if (!options.quiet) fmt::print(stderr, "{}\n", line);
+    if (!options.quiet) {
+      fmt::print(stderr, "{}\n", line);
+    }
   };
   Scene scene = SceneOf(options, *effect);
-  if (scene.output.empty())
+  if (scene.output.empty()) {
     throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
+  }
   const FileFormat format = FormatOf(scene.output);
-  if (!scene.compression.empty()) CheckCompression(format, scene.compression);
+  if (!scene.compression.empty()) {
+    CheckCompression(format, scene.compression);
+  }
   CheckWritable(scene.output);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   InputFiles(scene, plan).CheckKept(scene.output);
@@ -46,7 +51,9 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   job.missing = MissingPolicyOf(options.missing);
 
   ContactSheet sheet(job.frames, plan.traits);
-  for (const std::string& note : plan.notes) say(fmt::format("note: {}", note));
+  for (const std::string& note : plan.notes) {
+    say(fmt::format("note: {}", note));
+  }
   const InterruptWatch watch;
   RunSummary summary;
   {
@@ -61,8 +68,8 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   } else {
     const Picture& picture = sheet.Sheet();
     WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.compression));
-    say(fmt::format("{} pictures on '{}', {} x {}", summary.written, scene.output, picture.image.width(),
-                    picture.image.height()));
+    say(fmt::format("{} pictures on '{}', {} x {}", summary.written, scene.output, picture.image.Width(),
+                    picture.image.Height()));
   }
   return CodeOf(summary);
 }

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 
@@ -18,14 +18,22 @@ OutputName::Place OutputName::FindPlace(std::string_view name) {
       const int run = static_cast<int>(end - begin);
       return {begin, end, Style::kHashes, run == 1 ? 4 : run};
     }
-    if (name[begin] != '%') continue;
+    if (name[begin] != '%') {
+      continue;
+    }
     std::size_t end = begin + 1;
     const bool zeros = isDigit(end) && name[end] == '0';
-    if (zeros) ++end;
+    if (zeros) {
+      ++end;
+    }
     int digits = 0;
     // Two digits of width at most: a file name has room for no more.
-    for (int i = 0; i < 2 && isDigit(end); ++i) digits = digits * 10 + (name[end++] - '0');
-    if (end == name.size() || name[end] != 'd') continue;  // a percent sign that is just that
+    for (int i = 0; i < 2 && isDigit(end); ++i) {
+      digits = digits * 10 + (name[end++] - '0');
+    }
+    if (end == name.size() || name[end] != 'd') {
+      continue;
+    }  // a percent sign that is just that
     return {begin, end + 1, zeros ? Style::kPrintfZeros : Style::kPrintfSpaces, digits};
   }
   return {name.size(), name.size(), Style::kFixed, 0};
@@ -63,16 +71,24 @@ std::filesystem::path OutputName::ForFrame(std::int32_t frame) const {
 }
 
 std::optional<std::int32_t> OutputName::FrameOf(std::string_view name) const {
-  if (!IsPattern()) return {};
+  if (!IsPattern()) {
+    return {};
+  }
   const auto isDigit = [&](std::size_t at) { return name[at] >= '0' && name[at] <= '9'; };
   for (std::size_t begin = 0; begin < name.size(); ++begin) {
-    if (!isDigit(begin) || (begin > 0 && isDigit(begin - 1))) continue;
+    if (!isDigit(begin) || (begin > 0 && isDigit(begin - 1))) {
+      continue;
+    }
     std::int64_t number = 0;
     const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
-    if (parsed.ec != std::errc()) continue;
+    if (parsed.ec != std::errc()) {
+      continue;
+    }
     for (const std::int64_t signedNumber : {number, -number}) {
       const auto frame = static_cast<std::int32_t>(signedNumber);
-      if (frame == signedNumber && ForFrame(frame).filename() == name) return frame;
+      if (frame == signedNumber && ForFrame(frame).filename() == name) {
+        return frame;
+      }
     }
   }
   return {};

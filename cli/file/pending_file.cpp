@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -30,9 +30,13 @@ std::filesystem::path FolderOf(const std::filesystem::path& path) {
 /// The file that is written, there or not, at the end of symbolic links.
 std::filesystem::path TargetOf(const std::filesystem::path& path) {
   std::error_code error;
-  if (!std::filesystem::is_symlink(path, error)) return path;
+  if (!std::filesystem::is_symlink(path, error)) {
+    return path;
+  }
   auto target = std::filesystem::weakly_canonical(path, error);
-  if (error) Refuse(path, error.message());
+  if (error) {
+    Refuse(path, error.message());
+  }
   return target;
 }
 
@@ -59,26 +63,36 @@ std::filesystem::path HiddenName(const std::filesystem::path& path) {
 std::string NameBehind(std::string_view hidden) {
   constexpr std::string_view kMark = ".tmp-";
   const std::size_t mark = hidden.rfind(kMark);
-  if (!hidden.starts_with('.') || mark == hidden.npos || mark > kLongestStem) return {};
+  if (!hidden.starts_with('.') || mark == hidden.npos || mark > kLongestStem) {
+    return {};
+  }
   const std::size_t number = mark + kMark.size();
   const std::size_t end = std::min(hidden.find_first_not_of("0123456789", number), hidden.size());
   const std::string_view process = hidden.substr(number, end - number);
   // Where locks belong to processes, ours would not keep us from removing what we are writing.
-  if (process.empty() || process == OwnNumber()) return {};
+  if (process.empty() || process == OwnNumber()) {
+    return {};
+  }
   return std::string(hidden.substr(1, mark - 1)) + std::string(hidden.substr(end));
 }
 
 void RemoveUnlessLocked(const std::filesystem::path& hidden) {
   const int descriptor = ::open(hidden.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return;
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) ::unlink(hidden.c_str());
+  if (descriptor < 0) {
+    return;
+  }
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+    ::unlink(hidden.c_str());
+  }
   ::close(descriptor);
 }
 
 /// The file itself is there and whole, so a failure is not one of ours.
 void SyncFolder(const std::filesystem::path& folder) {
   const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
+  if (descriptor < 0) {
+    return;
+  }
   ::fsync(descriptor);
   ::close(descriptor);
 }
@@ -92,7 +106,9 @@ void CheckWritable(const std::filesystem::path& path) {
     Refuse(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
                              folder.string()));
   }
-  if (::access(folder.c_str(), W_OK | X_OK) != 0) Refuse(path, std::generic_category().message(errno));
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) {
+    Refuse(path, std::generic_category().message(errno));
+  }
   const auto status = std::filesystem::status(path, error);
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
     Refuse(path, std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");
@@ -104,18 +120,24 @@ PendingFile::PendingFile(const std::filesystem::path& path) : target_(TargetOf(p
   hidden_ = HiddenName(target_);
   struct stat made {};
   do {
-    if (descriptor_ >= 0) ::close(descriptor_);
+    if (descriptor_ >= 0) {
+      ::close(descriptor_);
+    }
     // Whatever bears this name is left over from a dead process that had our number.
     ::unlink(hidden_.c_str());
     descriptor_ = ::open(hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor_ < 0) RefuseByErrno();
+    if (descriptor_ < 0) {
+      RefuseByErrno();
+    }
     ::flock(descriptor_, LOCK_EX);
     // Before it was locked, another process may have taken it for abandoned.
   } while (::fstat(descriptor_, &made) == 0 && made.st_nlink == 0);
 }
 
 PendingFile::~PendingFile() {
-  if (descriptor_ < 0) return;
+  if (descriptor_ < 0) {
+    return;
+  }
   ::unlink(hidden_.c_str());
   ::close(descriptor_);
 }
@@ -127,8 +149,12 @@ void PendingFile::RefuseByErrno() const {
 void PendingFile::Append(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) RefuseByErrno();
+    if (written < 0 && errno == EINTR) {
+      continue;
+    }
+    if (written < 0) {
+      RefuseByErrno();
+    }
     bytes = bytes.subspan(static_cast<std::size_t>(written));
   }
 }
@@ -136,13 +162,21 @@ void PendingFile::Append(std::span<const std::uint8_t> bytes) {
 void PendingFile::Commit() {
   struct stat old {};
   // Not being allowed to is no reason to lose the file.
-  if (::stat(target_.c_str(), &old) == 0 && ::fchmod(descriptor_, old.st_mode & 07777) != 0) errno = 0;
+  if (::stat(target_.c_str(), &old) == 0 && ::fchmod(descriptor_, old.st_mode & 07777) != 0) {
+    errno = 0;
+  }
   // Some file systems cannot sync, which they say with EINVAL.
-  if (::fsync(descriptor_) != 0 && errno != EINVAL) RefuseByErrno();
+  if (::fsync(descriptor_) != 0 && errno != EINVAL) {
+    RefuseByErrno();
+  }
   // Some speak of a full disk only when a file is closed.  Closing a copy asks them before the name is given.
   const int copy = ::dup(descriptor_);
-  if (copy >= 0 && ::close(copy) != 0 && errno != EINTR) RefuseByErrno();
-  if (::rename(hidden_.c_str(), target_.c_str()) != 0) RefuseByErrno();
+  if (copy >= 0 && ::close(copy) != 0 && errno != EINTR) {
+    RefuseByErrno();
+  }
+  if (::rename(hidden_.c_str(), target_.c_str()) != 0) {
+    RefuseByErrno();
+  }
   ::close(descriptor_);
   descriptor_ = -1;
   SyncFolder(FolderOf(target_));
@@ -155,9 +189,13 @@ void RemoveAbandoned(const std::filesystem::path& folder,
   for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error), end;
        !error && entry != end; entry.increment(error)) {
     const std::string name = NameBehind(entry->path().filename().string());
-    if (!name.empty() && isOurs(name)) hidden.push_back(entry->path());
+    if (!name.empty() && isOurs(name)) {
+      hidden.push_back(entry->path());
+    }
   }
-  for (const std::filesystem::path& file : hidden) RemoveUnlessLocked(file);
+  for (const std::filesystem::path& file : hidden) {
+    RemoveUnlessLocked(file);
+  }
 }
 
 void WriteWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {

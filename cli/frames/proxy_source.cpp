@@ -15,7 +15,9 @@ ProxySource::ProxySource(std::unique_ptr<FrameSource> source, int divisor)
 
 std::optional<Picture> ProxySource::Read(std::int32_t frame) {
   std::optional<Picture> picture = source_->Read(frame);
-  if (picture) picture->image = minihost::Resized(picture->image, traits_.width, traits_.height);
+  if (picture) {
+    picture->image = minihost::Resized(picture->image, traits_.width, traits_.height);
+  }
   return picture;
 }
 

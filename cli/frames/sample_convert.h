@@ -47,8 +47,12 @@ constexpr typename To::Sample ConvertSample(typename From::Sample value) noexcep
   } else if constexpr (kIsFloat<To>) {
     return static_cast<float>(value) / static_cast<float>(From::kWhite);
   } else if constexpr (kIsFloat<From>) {
-    if (!(value > 0)) return 0;
-    if (value >= 1) return static_cast<typename To::Sample>(To::kWhite);
+    if (!(value > 0)) {
+      return 0;
+    }
+    if (value >= 1) {
+      return static_cast<typename To::Sample>(To::kWhite);
+    }
     // The product is exact in double precision, so the rounding is too.
     return static_cast<typename To::Sample>(static_cast<double>(value) * To::kWhite + 0.5);
   } else {

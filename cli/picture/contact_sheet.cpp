@@ -8,7 +8,7 @@
 
 #include "cli/frames/sample_convert.h"
 #include "cli/picture/digits.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "minihost/picture/copy.h"
 
 namespace cli {
@@ -37,10 +37,10 @@ PF_Pixel OnGround(const Pixel& pixel) {
 }
 
 Image OnGround(const Image& image) {
-  Image result(image.width(), image.height(), Depth::kBits8, minihost::Clearing::kNone);
-  minihost::WithPixel(image.depth(), [&](auto zero) {
+  Image result(image.Width(), image.Height(), Depth::kBits8, minihost::Clearing::kNone);
+  minihost::WithPixel(image.PixelDepth(), [&](auto zero) {
     using Pixel = decltype(zero);
-    for (int row = 0; row < image.height(); ++row) {
+    for (int row = 0; row < image.Height(); ++row) {
       std::ranges::transform(image.Row<Pixel>(row), result.Row<PF_Pixel>(row).begin(),
                              [](const Pixel& pixel) { return OnGround(pixel); });
     }
@@ -109,7 +109,9 @@ void ContactSheet::Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encod
   const PF_LayerDef source = reduced.image.World();
   minihost::CopyPixels(source, minihost::BoundsOf(source), sheet_.image.World(),
                        {left, top, left + cellWidth_, top + cellHeight_}, Depth::kBits8);
-  if (sheet_.traits.iccProfile.empty()) sheet_.traits.iccProfile = reduced.iccProfile;
+  if (sheet_.traits.iccProfile.empty()) {
+    sheet_.traits.iccProfile = reduced.iccProfile;
+  }
 }
 
 }  // namespace cli

@@ -39,7 +39,9 @@ void DrawNumber(std::int32_t number, int left, int top, int scale, const PF_Pixe
     const Glyph& glyph = sign == '-' ? kMinus : kDigits[static_cast<std::size_t>(sign - '0')];
     for (int row = 0; row < kDigitHeight; ++row) {
       for (int column = 0; column < kDigitWidth; ++column) {
-        if ((glyph[static_cast<std::size_t>(row)] >> (kDigitWidth - 1 - column) & 1) == 0) continue;
+        if ((glyph[static_cast<std::size_t>(row)] >> (kDigitWidth - 1 - column) & 1) == 0) {
+          continue;
+        }
         const int x = left + column * scale;
         const int y = top + row * scale;
         minihost::FillPixels(color, {x, y, x + scale, y + scale}, world, minihost::Depth::kBits8);

@@ -13,7 +13,7 @@
 
 #include "cli/frames/orientation.h"
 #include "cli/frames/sample_convert.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -41,13 +41,19 @@ Channels FindChannels(const OIIO::ImageSpec& spec) {
   const int red = spec.channelindex("R");
   const int green = spec.channelindex("G");
   const int blue = spec.channelindex("B");
-  if (red >= 0 && green >= 0 && blue >= 0) return {red, green, blue, alpha};
+  if (red >= 0 && green >= 0 && blue >= 0) {
+    return {red, green, blue, alpha};
+  }
   std::array<int, 3> colors{};
   int found = 0;
   for (int channel = 0; channel < spec.nchannels && found < 3; ++channel) {
-    if (channel != alpha) colors[static_cast<std::size_t>(found++)] = channel;
+    if (channel != alpha) {
+      colors[static_cast<std::size_t>(found++)] = channel;
+    }
   }
-  if (found < 3) return {colors[0], colors[0], colors[0], alpha};
+  if (found < 3) {
+    return {colors[0], colors[0], colors[0], alpha};
+  }
   return {colors[0], colors[1], colors[2], alpha};
 }
 
@@ -77,7 +83,9 @@ struct Window {
 };
 
 Window FindWindow(const OIIO::ImageSpec& spec, std::string_view format) {
-  if (format != "openexr") return {spec.width, spec.height, 0, 0};
+  if (format != "openexr") {
+    return {spec.width, spec.height, 0, 0};
+  }
   return {spec.full_width, spec.full_height, spec.x - spec.full_x, spec.y - spec.full_y};
 }
 
@@ -106,11 +114,17 @@ void MakeStraight(std::vector<float>& samples, const OIIO::ImageSpec& spec, cons
   for (std::size_t first = 0; first < samples.size(); first += stride) {
     float* pixel = samples.data() + first;
     const float alpha = pixel[channels.alpha];
-    if (!(alpha > 0)) continue;
+    if (!(alpha > 0)) {
+      continue;
+    }
     pixel[channels.red] /= alpha;
     // Grey has its one channel under three names.
-    if (channels.green != channels.red) pixel[channels.green] /= alpha;
-    if (channels.blue != channels.red) pixel[channels.blue] /= alpha;
+    if (channels.green != channels.red) {
+      pixel[channels.green] /= alpha;
+    }
+    if (channels.blue != channels.red) {
+      pixel[channels.blue] /= alpha;
+    }
   }
 }
 
@@ -120,18 +134,28 @@ class Source {
   explicit Source(const std::filesystem::path& path) : path_(path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status)) Refuse(path, error ? error.message() : "no such file");
-    if (std::filesystem::is_directory(status)) Refuse(path, "it is a folder");
-    if (!std::filesystem::is_regular_file(status)) Refuse(path, "it is not a regular file");
+    if (!std::filesystem::exists(status)) {
+      Refuse(path, error ? error.message() : "no such file");
+    }
+    if (std::filesystem::is_directory(status)) {
+      Refuse(path, "it is a folder");
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+      Refuse(path, "it is not a regular file");
+    }
     OIIO::ImageSpec wish;
     wish[kStraight] = 1;
     input_ = OIIO::ImageInput::open(path.string(), &wish);
-    if (!input_) Refuse(path, FirstLine(OIIO::geterror()));
+    if (!input_) {
+      Refuse(path, FirstLine(OIIO::geterror()));
+    }
     if (std::find(kFormats.begin(), kFormats.end(), input_->format_name()) == kFormats.end()) {
       Refuse(path, fmt::format("it is of the format '{}'; PNG, JPEG, TIFF and EXR are read",
                                input_->format_name()));
     }
-    if (Spec().deep) Refuse(path, "it holds deep pixels; flatten it first");
+    if (Spec().deep) {
+      Refuse(path, "it holds deep pixels; flatten it first");
+    }
   }
 
   const OIIO::ImageSpec& Spec() const { return input_->spec(); }
@@ -147,7 +171,9 @@ class Source {
         input_->read_image(0, 0, 0, spec.nchannels, OIIO::BaseTypeFromC<Sample>::value, samples.data());
     // Of damage in the middle some readers tell here only, and go on.
     const std::string complaint = input_->geterror();
-    if (!done || !complaint.empty()) Refuse(path_, FirstLine(complaint));
+    if (!done || !complaint.empty()) {
+      Refuse(path_, FirstLine(complaint));
+    }
     return samples;
   }
 
@@ -172,7 +198,7 @@ Image Arrange(const std::vector<Sample>& samples, const Source& source, Depth de
   minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
     if (channels.alpha < 0 && !window.IsCovered(spec)) {
       const std::array<Sample, 3> black{};
-      for (int row = 0; row < image.height(); ++row) {
+      for (int row = 0; row < image.Height(); ++row) {
         std::ranges::fill(image.Row<Pixel>(row), ConvertPixel<Pixel>(black.data(), {0, 1, 2, -1}));
       }
     }
@@ -215,16 +241,22 @@ std::vector<std::uint8_t> ReadProfile(const OIIO::ImageSpec& spec) {
   constexpr std::size_t kColorSpaceAt = 16;
   constexpr std::size_t kHeaderSize = 128;
   const OIIO::ParamValue* profile = spec.find_attribute("ICCProfile");
-  if (!profile || static_cast<std::size_t>(profile->datasize()) < kHeaderSize) return {};
+  if (!profile || static_cast<std::size_t>(profile->datasize()) < kHeaderSize) {
+    return {};
+  }
   const auto* bytes = static_cast<const std::uint8_t*>(profile->data());
-  if (std::memcmp(bytes + kColorSpaceAt, "RGB ", 4) != 0) return {};
+  if (std::memcmp(bytes + kColorSpaceAt, "RGB ", 4) != 0) {
+    return {};
+  }
   return {bytes, bytes + profile->datasize()};
 }
 
 double ReadPixelAspect(const OIIO::ImageSpec& spec) {
   constexpr double kMost = 100;  // beyond it is nonsense, not anamorphic
   const double aspect = spec.get_float_attribute("PixelAspectRatio", 1);
-  if (!(aspect >= 1 / kMost && aspect <= kMost)) return 1;
+  if (!(aspect >= 1 / kMost && aspect <= kMost)) {
+    return 1;
+  }
   return Orientation(spec.get_int_attribute("Orientation", 1), {}).Sideways() ? 1 / aspect : aspect;
 }
 

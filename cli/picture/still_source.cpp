@@ -8,16 +8,16 @@
 
 #include "cli/file/output_name.h"
 #include "cli/picture/reader.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
 
 SourceTraits TraitsOf(const Picture& picture) {
   SourceTraits traits;
-  traits.width = picture.image.width();
-  traits.height = picture.image.height();
-  traits.depth = picture.image.depth();
+  traits.width = picture.image.Width();
+  traits.height = picture.image.Height();
+  traits.depth = picture.image.PixelDepth();
   traits.pixelAspect = picture.traits.pixelAspect;
   traits.hasAlpha = picture.traits.hasAlpha;
   return traits;
@@ -27,7 +27,9 @@ SourceTraits TraitsOf(const Picture& picture) {
 std::filesystem::path WithoutAtSigns(const std::filesystem::path& path) {
   std::string name = path.filename().string();
   const std::size_t begin = name.find('@');
-  if (begin == std::string::npos || OutputName(path).IsPattern()) return path;
+  if (begin == std::string::npos || OutputName(path).IsPattern()) {
+    return path;
+  }
   const std::size_t end = std::min(name.find_first_not_of('@', begin), name.size());
   name.replace(begin, end - begin, fmt::format("%0{}d", end - begin));
   return path.parent_path() / name;
@@ -52,7 +54,9 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     const std::string name = entry->path().filename().string();
-    if (const auto number = pattern.FrameOf(name)) files_[*number] = folder / name;
+    if (const auto number = pattern.FrameOf(name)) {
+      files_[*number] = folder / name;
+    }
   }
   if (files_.empty()) {
     throw ToolError(ExitCode::kInput,
@@ -68,13 +72,17 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
 
 std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
   const auto file = files_.find(frame);
-  if (file == files_.end()) return {};
+  if (file == files_.end()) {
+    return {};
+  }
   Picture picture = ReadPicture(file->second, traits_.depth);
-  if (picture.image.width() == traits_.width && picture.image.height() == traits_.height) return picture;
+  if (picture.image.Width() == traits_.width && picture.image.Height() == traits_.height) {
+    return picture;
+  }
   throw ToolError(ExitCode::kInput,
                   fmt::format("'{}' is {} x {} pixels, but '{}' is {} x {}; "
                               "all frames need one size",
-                              file->second.string(), picture.image.width(), picture.image.height(),
+                              file->second.string(), picture.image.Width(), picture.image.Height(),
                               files_.begin()->second.filename().string(), traits_.width, traits_.height));
 }
 
@@ -87,7 +95,9 @@ std::vector<std::int32_t> SequenceSource::Missing() const {
   std::vector<std::int32_t> missing;
   std::int64_t expected = files_.begin()->first;
   for (const auto& [number, path] : files_) {
-    for (; expected < number; ++expected) missing.push_back(static_cast<std::int32_t>(expected));
+    for (; expected < number; ++expected) {
+      missing.push_back(static_cast<std::int32_t>(expected));
+    }
     ++expected;
   }
   return missing;

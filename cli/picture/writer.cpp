@@ -11,8 +11,8 @@
 #include <type_traits>
 
 #include "cli/frames/sample_convert.h"
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 
 namespace cli {
 namespace {
@@ -24,14 +24,16 @@ using minihost::Image;
 template <class FileWay>
 std::vector<typename FileWay::Sample> StraightSamples(const Image& image, const PictureTraits& traits) {
   std::vector<typename FileWay::Sample> samples;
-  samples.reserve(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4);
-  minihost::WithPixel(image.depth(), [&]<class Pixel>(Pixel) {
-    for (int row = 0; row < image.height(); ++row) {
+  samples.reserve(static_cast<std::size_t>(image.Width()) * static_cast<std::size_t>(image.Height()) * 4);
+  minihost::WithPixel(image.PixelDepth(), [&]<class Pixel>(Pixel) {
+    for (int row = 0; row < image.Height(); ++row) {
       for (const Pixel& pixel : image.Row<Pixel>(row)) {
         samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.red));
         samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.green));
         samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.blue));
-        if (traits.hasAlpha) samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.alpha));
+        if (traits.hasAlpha) {
+          samples.push_back(ConvertSample<FileWay, WayOf<Pixel>>(pixel.alpha));
+        }
       }
     }
   });
@@ -40,10 +42,14 @@ std::vector<typename FileWay::Sample> StraightSamples(const Image& image, const 
 
 std::vector<float> PremultipliedSamples(const Image& image, const PictureTraits& traits) {
   std::vector<float> samples = StraightSamples<ToOne>(image, traits);
-  if (!traits.hasAlpha) return samples;
+  if (!traits.hasAlpha) {
+    return samples;
+  }
   for (std::size_t first = 0; first < samples.size(); first += 4) {
     const float alpha = samples[first + 3];
-    if (!(alpha > 0) && traits.clearColor == ClearColor::kLight) continue;
+    if (!(alpha > 0) && traits.clearColor == ClearColor::kLight) {
+      continue;
+    }
     for (std::size_t color = 0; color < 3; ++color) {
       // Not times 0: infinity would become NaN.
       samples[first + color] = alpha > 0 ? samples[first + color] * alpha : 0;
@@ -63,7 +69,9 @@ std::span<const std::string_view> CompressionsOf(FileFormat format) {
 }
 
 void SetCompression(OIIO::ImageSpec& spec, FileFormat format, std::string_view compression) {
-  if (compression.empty() || compression == "zip") return;  // what the writers choose by themselves
+  if (compression.empty() || compression == "zip") {
+    return;
+  }  // what the writers choose by themselves
   if (format == FileFormat::kPng && compression == "none") {
     spec["png:compressionLevel"] = 0;
   } else {
@@ -73,9 +81,13 @@ void SetCompression(OIIO::ImageSpec& spec, FileFormat format, std::string_view c
 
 OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFormat format,
                         std::string_view compression, OIIO::TypeDesc type) {
-  OIIO::ImageSpec spec(image.width(), image.height(), traits.hasAlpha ? 4 : 3, type);
-  if (format != FileFormat::kExr) spec["oiio:UnassociatedAlpha"] = 1;
-  if (traits.pixelAspect != 1) spec["PixelAspectRatio"] = static_cast<float>(traits.pixelAspect);
+  OIIO::ImageSpec spec(image.Width(), image.Height(), traits.hasAlpha ? 4 : 3, type);
+  if (format != FileFormat::kExr) {
+    spec["oiio:UnassociatedAlpha"] = 1;
+  }
+  if (traits.pixelAspect != 1) {
+    spec["PixelAspectRatio"] = static_cast<float>(traits.pixelAspect);
+  }
   if (!traits.iccProfile.empty() && format != FileFormat::kExr) {
     const int size = static_cast<int>(traits.iccProfile.size());
     spec.attribute("ICCProfile", OIIO::TypeDesc(OIIO::TypeDesc::UINT8, size), traits.iccProfile.data());
@@ -95,7 +107,9 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
   std::vector<std::uint8_t> bytes;
   OIIO::Filesystem::IOVecOutput memory(bytes);
   const auto output = OIIO::ImageOutput::create(NameOf(format));
-  if (!output) throw ToolError(ExitCode::kOutput, fmt::format("no encoder: {}", OIIO::geterror()));
+  if (!output) {
+    throw ToolError(ExitCode::kOutput, fmt::format("no encoder: {}", OIIO::geterror()));
+  }
   const bool done = output->set_ioproxy(&memory) && output->open(NameOf(format), spec) &&
                     output->write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data()) &&
                     output->close();
@@ -120,21 +134,31 @@ std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
   std::string extension = path.extension().string();
   std::ranges::transform(extension, extension.begin(),
                          [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-  if (extension == ".png") return FileFormat::kPng;
-  if (extension == ".tif" || extension == ".tiff") return FileFormat::kTiff;
-  if (extension == ".exr") return FileFormat::kExr;
+  if (extension == ".png") {
+    return FileFormat::kPng;
+  }
+  if (extension == ".tif" || extension == ".tiff") {
+    return FileFormat::kTiff;
+  }
+  if (extension == ".exr") {
+    return FileFormat::kExr;
+  }
   return {};
 }
 
 FileFormat FormatOf(const std::filesystem::path& path) {
-  if (const auto format = PictureFormatOf(path)) return *format;
+  if (const auto format = PictureFormatOf(path)) {
+    return *format;
+  }
   throw ToolError(ExitCode::kUsage,
                   fmt::format("output '{}' must end in .png, .tif or .exr", path.filename().string()));
 }
 
 void CheckCompression(FileFormat format, std::string_view compression) {
   const auto names = CompressionsOf(format);
-  if (std::ranges::find(names, compression) != names.end()) return;
+  if (std::ranges::find(names, compression) != names.end()) {
+    return;
+  }
   constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
   throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is none of those that {} takes{}: {}",
                                                 compression, kNames[static_cast<int>(format)],
@@ -146,13 +170,13 @@ std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits&
   using OIIO::TypeDesc;
   const auto specFor = [&](TypeDesc type) { return SpecFor(image, traits, format, compression, type); };
   if (format == FileFormat::kExr) {
-    const TypeDesc type = image.depth() == Depth::kBits8 ? TypeDesc::HALF : TypeDesc::FLOAT;
+    const TypeDesc type = image.PixelDepth() == Depth::kBits8 ? TypeDesc::HALF : TypeDesc::FLOAT;
     return Encode(PremultipliedSamples(image, traits), specFor(type), format);
   }
-  if (image.depth() == Depth::kBits8) {
+  if (image.PixelDepth() == Depth::kBits8) {
     return Encode(StraightSamples<To255>(image, traits), specFor(TypeDesc::UINT8), format);
   }
-  if (image.depth() == Depth::kBits16 || format == FileFormat::kPng) {
+  if (image.PixelDepth() == Depth::kBits16 || format == FileFormat::kPng) {
     return Encode(StraightSamples<To65535>(image, traits), specFor(TypeDesc::UINT16), format);
   }
   return Encode(StraightSamples<ToOne>(image, traits), specFor(TypeDesc::FLOAT), format);

@@ -6,7 +6,7 @@
 #include <array>
 #include <atomic>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -18,7 +18,9 @@ constexpr std::array kSignals = {SIGINT, SIGTERM};
 std::array<struct sigaction, kSignals.size()> earlier;
 
 extern "C" void NoteInterrupt(int) {
-  if (noted.exchange(true)) ::_exit(static_cast<int>(ExitCode::kInterrupted));
+  if (noted.exchange(true)) {
+    ::_exit(static_cast<int>(ExitCode::kInterrupted));
+  }
 }
 
 }  // namespace
@@ -31,12 +33,16 @@ InterruptWatch::InterruptWatch() {
   action.sa_flags = SA_RESTART;
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     ::sigaction(kSignals[i], nullptr, &earlier[i]);
-    if (earlier[i].sa_handler != SIG_IGN) ::sigaction(kSignals[i], &action, nullptr);
+    if (earlier[i].sa_handler != SIG_IGN) {
+      ::sigaction(kSignals[i], &action, nullptr);
+    }
   }
 }
 
 InterruptWatch::~InterruptWatch() {
-  for (std::size_t i = 0; i < kSignals.size(); ++i) ::sigaction(kSignals[i], &earlier[i], nullptr);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    ::sigaction(kSignals[i], &earlier[i], nullptr);
+  }
 }
 
 bool Interrupted() noexcept {

@@ -37,7 +37,9 @@ std::string SuggestNearest(std::string_view typed, std::span<const std::string_v
   std::size_t leastEdits = std::max<std::size_t>(2, typed.size() / 3) + 1;
   for (const std::string_view name : names) {
     const std::size_t edits = EditDistance(typed, name);
-    if (edits >= leastEdits) continue;
+    if (edits >= leastEdits) {
+      continue;
+    }
     leastEdits = edits;
     nearest = name;
   }

@@ -25,7 +25,9 @@ constexpr int kMinBar = 10;  // columns of a bar that is worth drawing
 constexpr std::string_view kEraseLine = "\r\x1b[K";
 
 double SecondsLeft(const ProgressState& state) {
-  if (state.done == 0) return std::numeric_limits<double>::infinity();
+  if (state.done == 0) {
+    return std::numeric_limits<double>::infinity();
+  }
   const auto left = static_cast<double>(state.total - state.done);
   return left * state.seconds / static_cast<double>(state.done);
 }
@@ -53,10 +55,14 @@ double ProgressState::FramesPerSecond() const {
 
 std::string FormatDuration(double seconds) {
   constexpr double kMost = 1000 * 3600;
-  if (!(seconds >= 0 && seconds < kMost)) return "-:--";
+  if (!(seconds >= 0 && seconds < kMost)) {
+    return "-:--";
+  }
   const int whole = static_cast<int>(std::ceil(seconds));
   const int minutes = whole / 60;
-  if (minutes < 60) return fmt::format("{}:{:02}", minutes, whole % 60);
+  if (minutes < 60) {
+    return fmt::format("{}:{:02}", minutes, whole % 60);
+  }
   return fmt::format("{}:{:02}:{:02}", minutes / 60, minutes % 60, whole % 60);
 }
 
@@ -66,11 +72,15 @@ std::string FormatBar(const ProgressState& state, int width, ProgressColor color
                                        state.FramesPerSecond(), FormatDuration(SecondsLeft(state)));
   constexpr int kAround = 4;  // two brackets, two spaces
   const int room = width - static_cast<int>(text.size()) - kAround;
-  if (room < kMinBar) return text.substr(0, static_cast<std::size_t>(std::max(width, 0)));
+  if (room < kMinBar) {
+    return text.substr(0, static_cast<std::size_t>(std::max(width, 0)));
+  }
   const auto columns = static_cast<std::size_t>(room);
   const std::size_t full = state.total == 0 ? 0 : columns * state.done / state.total;
   std::string bar(full, '=');
-  if (full > 0 && full < columns) bar.back() = '>';
+  if (full > 0 && full < columns) {
+    bar.back() = '>';
+  }
   const bool colored = color == ProgressColor::kColored;
   return fmt::format("[{}{}{}{:{}}]  {}", colored ? "\x1b[36m" : "", bar, colored ? "\x1b[0m" : "", "",
                      columns - full, text);
@@ -97,24 +107,34 @@ ProgressOutlet StandardErrorOutlet() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
   };
   outlet.width = &TerminalWidth;
-  if (IsTerminal() && Environment("NO_COLOR").empty()) outlet.color = ProgressColor::kColored;
+  if (IsTerminal() && Environment("NO_COLOR").empty()) {
+    outlet.color = ProgressColor::kColored;
+  }
   return outlet;
 }
 
 ProgressStyle StyleFor(ProgressWish wish) {
-  if (wish == ProgressWish::kNone) return ProgressStyle::kNone;
-  if (wish == ProgressWish::kJson) return ProgressStyle::kJson;
+  if (wish == ProgressWish::kNone) {
+    return ProgressStyle::kNone;
+  }
+  if (wish == ProgressWish::kJson) {
+    return ProgressStyle::kJson;
+  }
   return IsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
 }
 
 Progress::Progress(ProgressStyle style, std::size_t total, ProgressOutlet outlet)
     : style_(style), outlet_(std::move(outlet)), start_(outlet_.clock()), lastWrite_(0) {
   state_.total = total;
-  if (style_ == ProgressStyle::kBar) WriteBar();
+  if (style_ == ProgressStyle::kBar) {
+    WriteBar();
+  }
 }
 
 Progress::~Progress() {
-  if (hasBar_) outlet_.write(std::string(kEraseLine));
+  if (hasBar_) {
+    outlet_.write(std::string(kEraseLine));
+  }
 }
 
 void Progress::FrameDone(std::int32_t frame) {

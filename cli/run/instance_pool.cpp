@@ -14,8 +14,12 @@ Instance InstancePool::Take(std::int32_t frame) {
   const std::scoped_lock lock(mutex_);
   auto chosen = std::ranges::find(free_, std::int64_t{frame} - 1, &Resting::last);
   // The one that has rested longest is the least likely to be the next frame's.
-  if (chosen == free_.end()) chosen = std::ranges::min_element(free_, {}, &Resting::last);
-  if (chosen == free_.end()) return Instance(effect_, parameters_);
+  if (chosen == free_.end()) {
+    chosen = std::ranges::min_element(free_, {}, &Resting::last);
+  }
+  if (chosen == free_.end()) {
+    return Instance(effect_, parameters_);
+  }
   Instance instance = std::move(chosen->instance);
   free_.erase(chosen);
   return instance;

@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -23,12 +23,18 @@ std::uint64_t Hash(std::string_view bytes) {
 
 std::optional<std::string> Contents(const std::filesystem::path& file) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(file, error)) return {};
+  if (!std::filesystem::is_regular_file(file, error)) {
+    return {};
+  }
   std::ifstream stream(file, std::ios::binary | std::ios::ate);
-  if (!stream) return {};
+  if (!stream) {
+    return {};
+  }
   std::string bytes(static_cast<std::size_t>(stream.tellg()), '\0');
   stream.seekg(0).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (!stream) return {};
+  if (!stream) {
+    return {};
+  }
   return bytes;
 }
 
@@ -39,19 +45,27 @@ std::optional<Number> TakeNumber(std::string_view& line, int base) {
   line.remove_prefix(std::min(field.size() + 1, line.size()));
   Number number{};
   const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number, base);
-  if (error != std::errc() || end != field.data() + field.size()) return {};
+  if (error != std::errc() || end != field.data() + field.size()) {
+    return {};
+  }
   return number;
 }
 
 /// In one piece, so that the lines of several processes do not mix.  False, with errno, when that fails.
 bool Append(int descriptor, std::string_view line) {
-  if (descriptor < 0) return false;
+  if (descriptor < 0) {
+    return false;
+  }
   ssize_t written;
   do {
     written = ::write(descriptor, line.data(), line.size());
   } while (written < 0 && errno == EINTR);
-  if (written == static_cast<ssize_t>(line.size())) return true;
-  if (written >= 0) errno = ENOSPC;
+  if (written == static_cast<ssize_t>(line.size())) {
+    return true;
+  }
+  if (written >= 0) {
+    errno = ENOSPC;
+  }
   return false;
 }
 
@@ -59,7 +73,9 @@ bool Append(int descriptor, std::string_view line) {
 
 std::optional<FileMark> MarkOf(const std::filesystem::path& file) {
   const auto bytes = Contents(file);
-  if (!bytes) return {};
+  if (!bytes) {
+    return {};
+  }
   return FileMark{bytes->size(), Hash(*bytes)};
 }
 
@@ -74,12 +90,16 @@ Manifest::Manifest(std::filesystem::path name, std::string_view scene, std::stri
 }
 
 Manifest::~Manifest() {
-  if (descriptor_ >= 0) ::close(descriptor_);
+  if (descriptor_ >= 0) {
+    ::close(descriptor_);
+  }
 }
 
 void Manifest::Read() {
   const auto contents = Contents(name_);
-  if (!contents) return;
+  if (!contents) {
+    return;
+  }
   std::string_view rest = *contents;
   for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos; rest.remove_prefix(end + 1)) {
     TakeLine(rest.substr(0, end));
@@ -88,10 +108,14 @@ void Manifest::Read() {
 
 void Manifest::TakeLine(std::string_view line) {
   const std::size_t space = line.rfind(' ');
-  if (space == std::string_view::npos) return;
+  if (space == std::string_view::npos) {
+    return;
+  }
   std::string_view check = line.substr(space + 1);
   std::string_view fields = line.substr(0, space);
-  if (TakeNumber<std::uint64_t>(check, 16) != Hash(fields)) return;
+  if (TakeNumber<std::uint64_t>(check, 16) != Hash(fields)) {
+    return;
+  }
   const auto frame = TakeNumber<std::int32_t>(fields, 10);
   const auto size = TakeNumber<std::uint64_t>(fields, 10);
   const auto contents = TakeNumber<std::uint64_t>(fields, 16);

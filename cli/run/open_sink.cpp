@@ -9,7 +9,7 @@
 #include "cli/file/pending_file.h"
 #include "cli/picture/still_sink.h"
 #include "cli/picture/writer.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/video/writer.h"
 
 namespace cli {
@@ -19,9 +19,13 @@ namespace {
 // first to the last when none is left out between.
 std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
-  if (plan.video == nullptr || frames.empty()) return {};
+  if (plan.video == nullptr || frames.empty()) {
+    return {};
+  }
   const std::int64_t span = std::int64_t{frames.back()} - frames.front() + 1;
-  if (span != static_cast<std::int64_t>(frames.size())) return {};
+  if (span != static_cast<std::int64_t>(frames.size())) {
+    return {};
+  }
   return plan.video->Sound(frames.front(), frames.back());
 }
 
@@ -62,9 +66,15 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                     fmt::format("output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
                                 name.ForFrame(0).filename().string()));
   }
-  if (!scene.compression.empty()) CheckCompression(*format, scene.compression);
-  if (!plan.job.frames.empty()) CheckWritable(name.ForFrame(plan.job.frames.front()));
-  for (const std::int32_t frame : plan.job.frames) inputs.CheckKept(name.ForFrame(frame));
+  if (!scene.compression.empty()) {
+    CheckCompression(*format, scene.compression);
+  }
+  if (!plan.job.frames.empty()) {
+    CheckWritable(name.ForFrame(plan.job.frames.front()));
+  }
+  for (const std::int32_t frame : plan.job.frames) {
+    inputs.CheckKept(name.ForFrame(frame));
+  }
   return {std::make_unique<StillSink>(name, *format, scene.compression), false};
 }
 

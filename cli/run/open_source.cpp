@@ -10,7 +10,7 @@
 
 #include "cli/picture/reader.h"
 #include "cli/picture/still_source.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -41,10 +41,16 @@ std::string RangesOf(const std::vector<std::int32_t>& numbers) {
   std::string text;
   for (std::size_t i = 0; i < numbers.size();) {
     std::size_t last = i;
-    while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) ++last;
-    if (text.size() > kMostShown) return text + ", ...";
+    while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) {
+      ++last;
+    }
+    if (text.size() > kMostShown) {
+      return text + ", ...";
+    }
     text += fmt::format("{}{}", text.empty() ? "" : ", ", numbers[i]);
-    if (last > i) text += fmt::format("-{}", numbers[last]);
+    if (last > i) {
+      text += fmt::format("-{}", numbers[last]);
+    }
     i = last + 1;
   }
   return text;
@@ -78,14 +84,18 @@ OpenedSource OpenVideo(const std::filesystem::path& path, const OpenOptions& opt
 
 OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& options) {
   std::error_code error;
-  if (!std::filesystem::exists(path, error) && IsSequenceName(path)) return OpenSequence(path, options);
+  if (!std::filesystem::exists(path, error) && IsSequenceName(path)) {
+    return OpenSequence(path, options);
+  }
   const bool isFile = std::filesystem::is_regular_file(path, error);
   // The reader of pictures has the words for what is not a file.
   if (isFile && !LooksLikePicture(path)) {
     try {
       return OpenVideo(path, options);
     } catch (const ToolError&) {
-      if (!IsNamedLikePicture(path)) throw;
+      if (!IsNamedLikePicture(path)) {
+        throw;
+      }
       throw ToolError(
           ExitCode::kInput,
           fmt::format("cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its "

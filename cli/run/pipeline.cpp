@@ -51,7 +51,9 @@ class Run {
           FramesUnderWay(jobs, source_.Traits()),
           tbb::make_filter<void, Token>(tbb::filter_mode::serial_in_order, [this](tbb::flow_control& flow) {
             Token work = Read();
-            if (!work) flow.stop();
+            if (!work) {
+              flow.stop();
+            }
             return work;
           }) & tbb::make_filter<Token, Token>(tbb::filter_mode::parallel, [this](Token work) {
             Process(*work);
@@ -60,10 +62,14 @@ class Run {
             Write(*work);
           }));
     });
-    if (failure_) std::rethrow_exception(failure_);
+    if (failure_) {
+      std::rethrow_exception(failure_);
+    }
     const std::size_t done = summary_.written + summary_.skipped.size() + summary_.failed.size();
     summary_.interrupted = done < summary_.total;
-    if (!summary_.interrupted && summary_.written > 0) sink_.Finish();
+    if (!summary_.interrupted && summary_.written > 0) {
+      sink_.Finish();
+    }
     return std::move(summary_);
   }
 
@@ -87,19 +93,25 @@ class Run {
       std::rethrow_exception(failure);
     } catch (const ToolError& error) {
       const bool ofOneFrame = error.Code() == ExitCode::kInput || error.Code() == ExitCode::kFrameFailed;
-      if (job_.onFailure == OnFailure::kStop || !ofOneFrame) throw;
+      if (job_.onFailure == OnFailure::kStop || !ofOneFrame) {
+        throw;
+      }
       return error.what();
     }
   }
 
   /// Null at the end.
   std::unique_ptr<Work> Read() {
-    if (next_ == job_.frames.size() || IsGivenUp()) return {};
+    if (next_ == job_.frames.size() || IsGivenUp()) {
+      return {};
+    }
     auto work = std::make_unique<Work>(Work{job_.frames[next_]});
     ++next_;
     Attempt(*work, [&] {
       work->input = source_.Read(work->frame);
-      if (!work->input) ReplaceMissing(*work);
+      if (!work->input) {
+        ReplaceMissing(*work);
+      }
     });
     return work;
   }
@@ -126,13 +138,19 @@ class Run {
   }
 
   void Process(Work& work) {
-    if (!work.input || IsGivenUp()) return;
+    if (!work.input || IsGivenUp()) {
+      return;
+    }
     Attempt(work, [&] {
       const Image& input = work.input->image;
-      Image output(input.width(), input.height(), input.depth(), minihost::Clearing::kNone);
-      if (!Render(work, output)) return;
+      Image output(input.Width(), input.Height(), input.PixelDepth(), minihost::Clearing::kNone);
+      if (!Render(work, output)) {
+        return;
+      }
       PictureTraits traits = std::move(work.input->traits);
-      if (job_.addedAlpha == AddedAlpha::kFromEffect) traits.hasAlpha = true;
+      if (job_.addedAlpha == AddedAlpha::kFromEffect) {
+        traits.hasAlpha = true;
+      }
       work.input.reset();
       work.encoded = sink_.Encode(work.frame, output, traits);
     });
@@ -143,7 +161,9 @@ class Run {
   bool Render(const Work& work, Image& output) {
     bool givenUp = false;
     const auto goOn = [&] {
-      if (!givenUp) givenUp = IsGivenUp();
+      if (!givenUp) {
+        givenUp = IsGivenUp();
+      }
       return givenUp ? minihost::Verdict::kStop : minihost::Verdict::kContinue;
     };
     minihost::Frame frame;
@@ -158,7 +178,9 @@ class Run {
 
     minihost::Instance instance = instances_.Take(work.frame);
     const minihost::RenderResult result = instance.Render(frame);
-    if (givenUp) return false;
+    if (givenUp) {
+      return false;
+    }
     if (result.err != PF_Err_NONE) {
       throw ToolError(ExitCode::kFrameFailed,
                       fmt::format("frame {} failed with code {}{}{}", work.frame, result.err,
@@ -169,7 +191,9 @@ class Run {
   }
 
   void Write(Work& work) {
-    if (failure_) return;
+    if (failure_) {
+      return;
+    }
     try {
       Settle(work);
     } catch (...) {
@@ -194,7 +218,9 @@ class Run {
   }
 
   void Report(const Work& work, FrameOutcome outcome) const {
-    if (hooks_.report) hooks_.report(work.frame, outcome);
+    if (hooks_.report) {
+      hooks_.report(work.frame, outcome);
+    }
   }
 
   const RenderJob& job_;
@@ -211,7 +237,9 @@ class Run {
 }  // namespace
 
 ExitCode CodeOf(const RunSummary& summary) {
-  if (summary.interrupted) return ExitCode::kInterrupted;
+  if (summary.interrupted) {
+    return ExitCode::kInterrupted;
+  }
   return summary.failed.empty() ? ExitCode::kDone : ExitCode::kFrameFailed;
 }
 

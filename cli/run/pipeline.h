@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "cli/frames/frame_io.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "minihost/effect.h"
 #include "minihost/frame.h"
 #include "minihost/parameter/set.h"

@@ -9,7 +9,7 @@
 
 #include "cli/frames/blank_source.h"
 #include "cli/frames/proxy_source.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/run/open_source.h"
 #include "cli/scene/frame_range.h"
 #include "cli/scene/frame_rate.h"
@@ -20,7 +20,7 @@ namespace cli {
 namespace {
 
 bool IsOff(const minihost::ParameterSet& parameters, const char* name) {
-  const int index = ParameterNames(parameters.list()).Find(name).index;
+  const int index = ParameterNames(parameters.List()).Find(name).index;
   return std::get<double>(parameters.At(index, 0)) == 0;
 }
 
@@ -38,19 +38,26 @@ void OpenInput(const Scene& scene, RenderPlan& plan) {
         ExitCode::kUsage,
         "nothing to snow on: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
   }
-  if (scene.proxy > 1) plan.source = std::make_unique<ProxySource>(std::move(plan.source), scene.proxy);
+  if (scene.proxy > 1) {
+    plan.source = std::make_unique<ProxySource>(std::move(plan.source), scene.proxy);
+  }
   plan.traits = plan.source->Traits();
 }
 
 FrameRate RateOf(const Scene& scene, const SourceTraits& traits) {
-  if (!scene.fps.empty()) return ParseFrameRate(scene.fps);
+  if (!scene.fps.empty()) {
+    return ParseFrameRate(scene.fps);
+  }
   return traits.rate.value_or(FrameRate{});
 }
 
 std::string FramesOf(const Scene& scene, const SourceTraits& traits) {
-  if (!scene.frames.empty()) return scene.frames;
-  if (traits.firstFrame && traits.lastFrame)
+  if (!scene.frames.empty()) {
+    return scene.frames;
+  }
+  if (traits.firstFrame && traits.lastFrame) {
     return fmt::format("{}-{}", *traits.firstFrame, *traits.lastFrame);
+  }
   return "0";
 }
 
@@ -102,15 +109,23 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
 }
 
 MissingPolicy MissingPolicyOf(const std::string& text) {
-  if (text.empty() || text == "error") return MissingPolicy::kError;
-  if (text == "skip") return MissingPolicy::kSkip;
-  if (text == "black") return MissingPolicy::kBlack;
+  if (text.empty() || text == "error") {
+    return MissingPolicy::kError;
+  }
+  if (text == "skip") {
+    return MissingPolicy::kSkip;
+  }
+  if (text == "black") {
+    return MissingPolicy::kBlack;
+  }
   throw ToolError(ExitCode::kUsage, fmt::format("--missing: '{}' is not error, skip or black", text));
 }
 
 int CheckedJobs(int jobs) {
   constexpr int kMost = 1024;
-  if (jobs >= 0 && jobs <= kMost) return jobs;
+  if (jobs >= 0 && jobs <= kMost) {
+    return jobs;
+  }
   throw ToolError(ExitCode::kUsage,
                   fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
 }

@@ -20,7 +20,9 @@ std::string RecipeOf(Scene scene) {
 
 std::string FileStamp(const std::filesystem::path& file) {
   struct stat status {};
-  if (::stat(file.c_str(), &status) != 0) return {};
+  if (::stat(file.c_str(), &status) != 0) {
+    return {};
+  }
   return fmt::format("{} {}.{:09}", status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
 }
 

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <unordered_set>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -31,8 +31,12 @@ constexpr char kNotFrames[] = "is not a frame or a range of frames";
 std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-  if (error == std::errc::result_out_of_range) Refuse(item, "is beyond the frames that can be counted");
-  if (error != std::errc{}) Refuse(item, kNotFrames);
+  if (error == std::errc::result_out_of_range) {
+    Refuse(item, "is beyond the frames that can be counted");
+  }
+  if (error != std::errc{}) {
+    Refuse(item, kNotFrames);
+  }
   rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
   return number;
 }
@@ -46,17 +50,31 @@ struct Range {
 Range ParseItem(std::string_view item) {
   std::string_view rest = item;
   const std::int32_t first = TakeNumber(rest, item);
-  if (rest.empty()) return {first, first};
-  if (rest.front() != '-') Refuse(item, kNotFrames);
+  if (rest.empty()) {
+    return {first, first};
+  }
+  if (rest.front() != '-') {
+    Refuse(item, kNotFrames);
+  }
   rest.remove_prefix(1);
   const std::int32_t last = TakeNumber(rest, item);
-  if (last < first) Refuse(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
-  if (rest.empty()) return {first, last};
-  if (rest.front() != 'x') Refuse(item, kNotFrames);
+  if (last < first) {
+    Refuse(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
+  }
+  if (rest.empty()) {
+    return {first, last};
+  }
+  if (rest.front() != 'x') {
+    Refuse(item, kNotFrames);
+  }
   rest.remove_prefix(1);
   const std::int32_t step = TakeNumber(rest, item);
-  if (!rest.empty()) Refuse(item, kNotFrames);
-  if (step < 1) Refuse(item, fmt::format("steps by {}, and the least step is 1", step));
+  if (!rest.empty()) {
+    Refuse(item, kNotFrames);
+  }
+  if (step < 1) {
+    Refuse(item, fmt::format("steps by {}, and the least step is 1", step));
+  }
   return {first, last, step};
 }
 
@@ -71,17 +89,25 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
     const Range range = ParseItem(item);
     for (std::int64_t frame = range.first; frame <= range.last; frame += range.step) {
       const auto number = static_cast<std::int32_t>(frame);
-      if (!seen.insert(number).second) continue;
-      if (frames.size() == kMaxFrames) Refuse(item, fmt::format("makes more than {} frames", kMaxFrames));
+      if (!seen.insert(number).second) {
+        continue;
+      }
+      if (frames.size() == kMaxFrames) {
+        Refuse(item, fmt::format("makes more than {} frames", kMaxFrames));
+      }
       frames.push_back(number);
     }
-    if (comma == text.size()) return frames;
+    if (comma == text.size()) {
+      return frames;
+    }
     text.remove_prefix(comma + 1);
   }
 }
 
 std::vector<std::int32_t> SpreadFrames(const std::vector<std::int32_t>& frames, std::size_t count) {
-  if (count >= frames.size()) return frames;
+  if (count >= frames.size()) {
+    return frames;
+  }
   std::vector<std::int32_t> spread;
   for (std::size_t i = 0; i < count; ++i) {
     spread.push_back(frames[count == 1 ? 0 : i * (frames.size() - 1) / (count - 1)]);
@@ -93,10 +119,16 @@ Part ParsePart(std::string_view text) {
   Part part;
   const char* const end = text.data() + text.size();
   const auto number = std::from_chars(text.data(), end, part.number);
-  if (number.ec != std::errc{} || number.ptr == end || *number.ptr != '/') RefusePart(text);
+  if (number.ec != std::errc{} || number.ptr == end || *number.ptr != '/') {
+    RefusePart(text);
+  }
   const auto count = std::from_chars(number.ptr + 1, end, part.count);
-  if (count.ec != std::errc{} || count.ptr != end) RefusePart(text);
-  if (part.number < 1 || part.number > part.count || part.count > kMaxFrames) RefusePart(text);
+  if (count.ec != std::errc{} || count.ptr != end) {
+    RefusePart(text);
+  }
+  if (part.number < 1 || part.number > part.count || part.count > kMaxFrames) {
+    RefusePart(text);
+  }
   return part;
 }
 

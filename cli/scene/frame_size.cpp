@@ -6,7 +6,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "minihost/picture/image.h"
 
 namespace cli {

@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
 
@@ -95,7 +95,7 @@ void AssignKeys(minihost::ParameterSet& parameters, std::string_view text) {
   if (at == text.npos) {
     Refuse(fmt::format("'{}' sets no keys; write a name, @ and keys: Speed@0=100,48=400", text));
   }
-  const ParameterInfo& parameter = ParameterNames(parameters.list()).Find(text.substr(0, at));
+  const ParameterInfo& parameter = ParameterNames(parameters.List()).Find(text.substr(0, at));
   KeyCollector keys(parameter);
   for (std::size_t begin = at + 1; begin <= text.size();) {
     const std::size_t end = std::min(text.find(',', begin), text.size());

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/scene/key_text.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
@@ -18,7 +18,7 @@ void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
                     fmt::format("'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment));
   }
   const minihost::ParameterInfo& parameter =
-      ParameterNames(parameters.list()).Find(assignment.substr(0, equals));
+      ParameterNames(parameters.List()).Find(assignment.substr(0, equals));
   try {
     parameters.Set(parameter.index, ParseValue(parameter, assignment.substr(equals + 1)));
   } catch (const std::invalid_argument& error) {

@@ -6,8 +6,8 @@
 #include <cctype>
 #include <stdexcept>
 
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 
 namespace cli {
 namespace {
@@ -15,7 +15,9 @@ namespace {
 /// The slug of a name, or of a group and a name with the slash kept.
 std::string QualifiedSlug(std::string_view text) {
   const std::size_t slash = text.find('/');
-  if (slash == text.npos) return Slug(text);
+  if (slash == text.npos) {
+    return Slug(text);
+  }
   return Slug(text.substr(0, slash)) + '/' + Slug(text.substr(slash + 1));
 }
 
@@ -30,7 +32,9 @@ std::string Slug(std::string_view name) {
       gap = true;
       continue;
     }
-    if (gap && !slug.empty()) slug += '-';
+    if (gap && !slug.empty()) {
+      slug += '-';
+    }
     gap = false;
     slug += static_cast<char>(std::tolower(letter));
   }
@@ -39,7 +43,9 @@ std::string Slug(std::string_view name) {
 
 ParameterNames::ParameterNames(const minihost::ParameterList& list) {
   for (const minihost::ParameterInfo& parameter : list) {
-    if (!parameter.HasValue()) continue;
+    if (!parameter.HasValue()) {
+      continue;
+    }
     const std::string alone = Slug(parameter.DisplayName());
     entries_.push_back({&parameter, alone, Slug(parameter.group) + '/' + alone, true});
   }
@@ -54,15 +60,21 @@ const minihost::ParameterInfo& ParameterNames::Find(std::string_view text) const
   std::string_view nearest;
   std::size_t leastEdits = std::max<std::size_t>(2, wanted.size() / 3) + 1;
   for (const Entry& entry : entries_) {
-    if (wanted == entry.alone || wanted == entry.qualified) found.push_back(&entry);
+    if (wanted == entry.alone || wanted == entry.qualified) {
+      found.push_back(&entry);
+    }
     for (const std::string_view name : {std::string_view(entry.alone), std::string_view(entry.qualified)}) {
       const std::size_t edits = EditDistance(wanted, name);
-      if (edits >= leastEdits) continue;
+      if (edits >= leastEdits) {
+        continue;
+      }
       leastEdits = edits;
       nearest = entry.unique ? entry.alone : entry.qualified;
     }
   }
-  if (found.size() == 1) return *found.front()->parameter;
+  if (found.size() == 1) {
+    return *found.front()->parameter;
+  }
   if (found.empty()) {
     const std::string hint = nearest.empty() ? "" : fmt::format(" (did you mean '{}'?)", nearest);
     throw ToolError(ExitCode::kUsage,
@@ -78,7 +90,9 @@ const minihost::ParameterInfo& ParameterNames::Find(std::string_view text) const
 
 const std::string& ParameterNames::SlugOf(const minihost::ParameterInfo& parameter) const {
   const auto entry = std::ranges::find(entries_, &parameter, &Entry::parameter);
-  if (entry == entries_.end()) throw std::invalid_argument("SlugOf: a parameter without a value");
+  if (entry == entries_.end()) {
+    throw std::invalid_argument("SlugOf: a parameter without a value");
+  }
   return entry->unique ? entry->alone : entry->qualified;
 }
 

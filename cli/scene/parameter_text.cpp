@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -31,8 +31,12 @@ constexpr double kSinglePrecision = 1e-7;
 
 std::string_view Trimmed(std::string_view text) {
   const auto isSpace = [](char letter) { return letter == ' ' || letter == '\t'; };
-  while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+  while (!text.empty() && isSpace(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isSpace(text.back())) {
+    text.remove_suffix(1);
+  }
   return text;
 }
 
@@ -42,7 +46,9 @@ bool SameWord(std::string_view one, std::string_view other) {
 }
 
 std::string_view WithoutPercentSign(std::string_view text) {
-  if (text.ends_with('%')) text.remove_suffix(1);
+  if (text.ends_with('%')) {
+    text.remove_suffix(1);
+  }
   return Trimmed(text);
 }
 
@@ -51,7 +57,9 @@ std::optional<double> Number(std::string_view text) {
   text = Trimmed(text);
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(number)) return {};
+  if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(number)) {
+    return {};
+  }
   return number;
 }
 
@@ -60,7 +68,9 @@ std::vector<std::string_view> SplitAtCommas(std::string_view text) {
   while (true) {
     const std::size_t comma = std::min(text.find(','), text.size());
     parts.push_back(Trimmed(text.substr(0, comma)));
-    if (comma == text.size()) return parts;
+    if (comma == text.size()) {
+      return parts;
+    }
     text.remove_prefix(comma + 1);
   }
 }
@@ -68,27 +78,39 @@ std::vector<std::string_view> SplitAtCommas(std::string_view text) {
 std::optional<double> ParseSlider(const ParameterInfo& parameter, std::string_view text) {
   const bool percent = parameter.name.find('%') != std::string::npos;
   const auto number = Number(percent ? WithoutPercentSign(text) : text);
-  if (!number) return {};
+  if (!number) {
+    return {};
+  }
   // A bound is single precision: what it reads as in decimals may lie a rounding error beyond it.
   const double within = std::clamp(*number, parameter.validMin, parameter.validMax);
-  if (std::abs(*number - within) > std::abs(within) * kSinglePrecision) return {};
-  if (parameter.type == PF_Param_SLIDER && within != std::floor(within)) return {};
+  if (std::abs(*number - within) > std::abs(within) * kSinglePrecision) {
+    return {};
+  }
+  if (parameter.type == PF_Param_SLIDER && within != std::floor(within)) {
+    return {};
+  }
   return within;
 }
 
 std::optional<double> ParseCheckbox(std::string_view text) {
   for (const std::string_view word : {"on", "true", "1"}) {
-    if (SameWord(text, word)) return 1;
+    if (SameWord(text, word)) {
+      return 1;
+    }
   }
   for (const std::string_view word : {"off", "false", "0"}) {
-    if (SameWord(text, word)) return 0;
+    if (SameWord(text, word)) {
+      return 0;
+    }
   }
   return {};
 }
 
 std::optional<double> ParsePopup(const ParameterInfo& parameter, std::string_view text) {
   for (std::size_t i = 0; i < parameter.choices.size(); ++i) {
-    if (SameWord(text, parameter.choices[i])) return static_cast<double>(i + 1);
+    if (SameWord(text, parameter.choices[i])) {
+      return static_cast<double>(i + 1);
+    }
   }
   const auto number = Number(text);
   if (!number || *number < parameter.validMin || *number > parameter.validMax ||
@@ -101,7 +123,9 @@ std::optional<double> ParsePopup(const ParameterInfo& parameter, std::string_vie
 std::optional<Color> ParseHexColor(std::string_view digits) {
   std::uint32_t bits = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
-  if (error != std::errc{} || end != digits.data() + digits.size()) return {};
+  if (error != std::errc{} || end != digits.data() + digits.size()) {
+    return {};
+  }
   if (digits.size() == 6) {
     return Color{static_cast<double>(bits >> 16), static_cast<double>(bits >> 8 & 255),
                  static_cast<double>(bits & 255)};
@@ -114,13 +138,19 @@ std::optional<Color> ParseHexColor(std::string_view digits) {
 }
 
 std::optional<Color> ParseColor(std::string_view text) {
-  if (text.starts_with('#')) return ParseHexColor(text.substr(1));
+  if (text.starts_with('#')) {
+    return ParseHexColor(text.substr(1));
+  }
   const auto parts = SplitAtCommas(text);
-  if (parts.size() != 3) return {};
+  if (parts.size() != 3) {
+    return {};
+  }
   double channels[3];
   for (std::size_t i = 0; i < 3; ++i) {
     const auto number = Number(parts[i]);
-    if (!number || *number < 0 || *number > 255 || *number != std::floor(*number)) return {};
+    if (!number || *number < 0 || *number > 255 || *number != std::floor(*number)) {
+      return {};
+    }
     channels[i] = *number;
   }
   return Color{channels[0], channels[1], channels[2]};
@@ -128,18 +158,24 @@ std::optional<Color> ParseColor(std::string_view text) {
 
 std::optional<Point> ParsePoint(const ParameterInfo& parameter, std::string_view text) {
   const auto parts = SplitAtCommas(text);
-  if (parts.size() != 2) return {};
+  if (parts.size() != 2) {
+    return {};
+  }
   const double least = parameter.restrictedToLayer ? 0 : -kMostPercent;
   const double most = parameter.restrictedToLayer ? 100 : kMostPercent;
   const auto x = Number(WithoutPercentSign(parts[0]));
   const auto y = Number(WithoutPercentSign(parts[1]));
-  if (!x || !y || std::min(*x, *y) < least || std::max(*x, *y) > most) return {};
+  if (!x || !y || std::min(*x, *y) < least || std::max(*x, *y) > most) {
+    return {};
+  }
   return Point{*x, *y};
 }
 
 template <class Parsed>
 Value OrRefuse(const std::optional<Parsed>& parsed, const ParameterInfo& parameter, std::string_view text) {
-  if (!parsed) Refuse(parameter, text);
+  if (!parsed) {
+    Refuse(parameter, text);
+  }
   return *parsed;
 }
 
@@ -171,10 +207,16 @@ std::string FormatValue(const ParameterInfo& parameter, const Value& value) {
     return fmt::format("#{:02x}{:02x}{:02x}", std::lround(color->red), std::lround(color->green),
                        std::lround(color->blue));
   }
-  if (const auto* point = std::get_if<Point>(&value)) return fmt::format("{}%,{}%", point->x, point->y);
+  if (const auto* point = std::get_if<Point>(&value)) {
+    return fmt::format("{}%,{}%", point->x, point->y);
+  }
   const double number = std::get<double>(value);
-  if (parameter.type == PF_Param_CHECKBOX) return number != 0 ? "on" : "off";
-  if (parameter.type == PF_Param_POPUP) return parameter.choices.at(static_cast<std::size_t>(number) - 1);
+  if (parameter.type == PF_Param_CHECKBOX) {
+    return number != 0 ? "on" : "off";
+  }
+  if (parameter.type == PF_Param_POPUP) {
+    return parameter.choices.at(static_cast<std::size_t>(number) - 1);
+  }
   return FormatNumber(number, parameter.decimals);
 }
 

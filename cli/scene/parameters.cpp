@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 #include "cli/scene/key_text.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
@@ -52,7 +52,9 @@ std::string_view ExpectedType(const ParameterInfo& parameter) {
 
 /// The number with as many digits as tell it apart; empty for anything else.
 std::string NumberText(const toml::node& node) {
-  if (const auto integer = node.value_exact<std::int64_t>()) return fmt::format("{}", *integer);
+  if (const auto integer = node.value_exact<std::int64_t>()) {
+    return fmt::format("{}", *integer);
+  }
   const auto number = node.value_exact<double>();
   return number ? fmt::format("{}", *number) : "";
 }
@@ -68,7 +70,9 @@ std::string AssignmentText(const ParameterInfo& parameter, const toml::node& nod
       return node.value_exact<std::string>().value_or("");
     case PF_Param_POINT: {
       const toml::array* pair = node.as_array();
-      if (!pair || pair->size() != 2 || !(*pair)[0].is_number() || !(*pair)[1].is_number()) return "";
+      if (!pair || pair->size() != 2 || !(*pair)[0].is_number() || !(*pair)[1].is_number()) {
+        return "";
+      }
       return fmt::format("{},{}", NumberText((*pair)[0]), NumberText((*pair)[1]));
     }
     default:
@@ -110,7 +114,7 @@ Key ReadKey(const ParameterInfo& parameter, const toml::node& node, Ease default
 
 class ParametersReader {
  public:
-  ParametersReader(ParameterSet& parameters) : parameters_(parameters), names_(parameters.list()) {}
+  ParametersReader(ParameterSet& parameters) : parameters_(parameters), names_(parameters.List()) {}
 
   void Read(const toml::key& name, const toml::node& node) {
     if (name.str().size() > kMaxNameLength) {
@@ -132,7 +136,9 @@ class ParametersReader {
   minihost::Track ReadTrack(const ParameterInfo& parameter, const toml::table& animation) {
     constexpr std::string_view kNames[] = {"keys", "ease"};
     for (const auto& [key, value] : EntriesOf(animation)) {
-      if (key->str() == kNames[0] || key->str() == kNames[1]) continue;
+      if (key->str() == kNames[0] || key->str() == kNames[1]) {
+        continue;
+      }
       RefuseAt(key->source(), fmt::format("{}: '{}' is neither keys nor ease{}", parameter.DisplayName(),
                                           key->str().substr(0, kMaxNameLength),
                                           SuggestNearest(key->str().substr(0, kMaxNameLength), kNames)));
@@ -168,7 +174,9 @@ class ParametersReader {
 
 void ApplyParameters(const toml::table& section, ParameterSet& parameters) {
   ParametersReader reader(parameters);
-  for (const auto& [key, value] : EntriesOf(section)) reader.Read(*key, *value);
+  for (const auto& [key, value] : EntriesOf(section)) {
+    reader.Read(*key, *value);
+  }
 }
 
 }  // namespace cli

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/reader.h"
 
@@ -19,7 +19,9 @@ fs::path FolderOfTool() {
   std::error_code error;
   const fs::path tool = fs::read_symlink("/proc/self/exe", error);
   fs::path installed = (tool.parent_path() / VINTREL_PRESETS_FROM_TOOL).lexically_normal();
-  if (!error && fs::is_directory(installed, error)) return installed;
+  if (!error && fs::is_directory(installed, error)) {
+    return installed;
+  }
   return VINTREL_PRESETS_OF_SOURCES;
 }
 
@@ -32,7 +34,9 @@ Presets Presets::OfTool() {
 Presets::Presets(const fs::path& folder) {
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-    if (entry.path().extension() != ".toml") continue;
+    if (entry.path().extension() != ".toml") {
+      continue;
+    }
     const PresetLabel label = ReadPresetLabel(entry.path());
     presets_.push_back({entry.path().stem().string(), label.name, label.description, entry.path()});
   }
@@ -43,7 +47,9 @@ const Preset& Presets::Find(std::string_view text) const {
   const std::string wanted = Slug(text);
   std::vector<std::string_view> ids;
   for (const Preset& preset : presets_) {
-    if (wanted == Slug(preset.id) || wanted == Slug(preset.name)) return preset;
+    if (wanted == Slug(preset.id) || wanted == Slug(preset.name)) {
+      return preset;
+    }
     ids.push_back(preset.id);
   }
   throw ToolError(ExitCode::kUsage,

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
-#include "cli/report/tool_error.h"
 #include "cli/scene/frame_range.h"
 #include "cli/scene/frame_rate.h"
 #include "cli/scene/parameters.h"
@@ -22,19 +22,27 @@ namespace {
 
 std::string Text(const toml::node& node) {
   const auto text = node.value_exact<std::string>();
-  if (!text) Refuse(fmt::format("takes a string, not {}", DescribeNode(node)));
-  if (text->empty()) Refuse("is empty; leave the key out");
+  if (!text) {
+    Refuse(fmt::format("takes a string, not {}", DescribeNode(node)));
+  }
+  if (text->empty()) {
+    Refuse("is empty; leave the key out");
+  }
   return *text;
 }
 
 double Number(const toml::node& node) {
-  if (!node.is_number()) Refuse(fmt::format("takes a number, not {}", DescribeNode(node)));
+  if (!node.is_number()) {
+    Refuse(fmt::format("takes a number, not {}", DescribeNode(node)));
+  }
   return *node.value<double>();
 }
 
 /// For keys that may be written with or without quotes.
 std::string TextOrNumber(const toml::node& node) {
-  if (const auto integer = node.value_exact<std::int64_t>()) return fmt::format("{}", *integer);
+  if (const auto integer = node.value_exact<std::int64_t>()) {
+    return fmt::format("{}", *integer);
+  }
   return node.is_number() ? fmt::format("{}", Number(node)) : Text(node);
 }
 
@@ -89,7 +97,9 @@ constexpr RenderKey kRenderKeys[] = {
 /// An option's message begins with the option; in a file it is a key, without dashes.
 std::string AboutKey(std::string_view key, std::string_view message) {
   const std::string option = fmt::format("--{}: ", key);
-  if (message.starts_with(option)) message.remove_prefix(option.size());
+  if (message.starts_with(option)) {
+    message.remove_prefix(option.size());
+  }
   const bool isSentence = message.starts_with("takes") || message.starts_with("is ");
   return fmt::format("{}{}{}", key, isSentence ? " " : ": ", message);
 }
@@ -102,7 +112,9 @@ void ApplyRender(const toml::table& section, Scene& scene) {
     const auto known = std::ranges::find(kRenderKeys, key->str(), &RenderKey::name);
     if (known == std::end(kRenderKeys)) {
       std::vector<std::string_view> names;
-      for (const RenderKey& renderKey : kRenderKeys) names.push_back(renderKey.name);
+      for (const RenderKey& renderKey : kRenderKeys) {
+        names.push_back(renderKey.name);
+      }
       RefuseAt(key->source(), fmt::format("[render] has no key '{}'{}; it takes {}", key->str(),
                                           SuggestNearest(key->str(), names), fmt::join(names, ", ")));
     }
@@ -124,7 +136,9 @@ PresetLabel ReadLabel(const toml::table& section) {
     }
     try {
       const std::string text = Text(*value);
-      if (text.find('\n') != text.npos) Refuse("is more than one line");
+      if (text.find('\n') != text.npos) {
+        Refuse("is more than one line");
+      }
       (key->str() == "name" ? label.name : label.description) = text;
     } catch (const ToolError& error) {
       RefuseAt(value->source(), AboutKey(key->str(), error.what()));
@@ -147,9 +161,15 @@ void Apply(const toml::table& document, Scene& scene) {
       RefuseAt(value->source(), fmt::format("'{}' is {}; write it as a section, [{}]", key->str(),
                                             DescribeNode(*value), key->str()));
     }
-    if (key->str() == "render") ApplyRender(*section, changed);
-    if (key->str() == "parameters") ApplyParameters(*section, changed.parameters);
-    if (key->str() == "preset") ReadLabel(*section);
+    if (key->str() == "render") {
+      ApplyRender(*section, changed);
+    }
+    if (key->str() == "parameters") {
+      ApplyParameters(*section, changed.parameters);
+    }
+    if (key->str() == "preset") {
+      ReadLabel(*section);
+    }
   }
   scene = std::move(changed);
 }

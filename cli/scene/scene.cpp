@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -34,27 +34,37 @@ template <class Choice, std::size_t count>
 Choice ParseChoice(const std::pair<Choice, std::string_view> (&choices)[count], std::string_view text) {
   std::string names;
   for (std::size_t i = 0; i < count; ++i) {
-    if (choices[i].second == text) return choices[i].first;
+    if (choices[i].second == text) {
+      return choices[i].first;
+    }
     names += fmt::format("{}{}", i == 0 ? "" : i + 1 == count ? " or " : ", ", choices[i].second);
   }
   Refuse(fmt::format("'{}' is not {}", text, names));
 }
 
 bool SameCourse(const Track& one, const Track& other) {
-  if (!one.animated() && !other.animated()) return one.keys().front().value == other.keys().front().value;
-  const auto& keys = one.keys();
-  const auto& others = other.keys();
-  if (keys.size() != others.size()) return false;
+  if (!one.Animated() && !other.Animated()) {
+    return one.Keys().front().value == other.Keys().front().value;
+  }
+  const auto& keys = one.Keys();
+  const auto& others = other.Keys();
+  if (keys.size() != others.size()) {
+    return false;
+  }
   for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (keys[i].frame != others[i].frame || keys[i].value != others[i].value) return false;
-    if (i + 1 < keys.size() && keys[i].ease != others[i].ease) return false;
+    if (keys[i].frame != others[i].frame || keys[i].value != others[i].value) {
+      return false;
+    }
+    if (i + 1 < keys.size() && keys[i].ease != others[i].ease) {
+      return false;
+    }
   }
   return true;
 }
 
 bool SameParameters(const minihost::ParameterSet& one, const minihost::ParameterSet& other) {
-  return one.list().size() == other.list().size() &&
-         std::ranges::all_of(one.list(), [&](const minihost::ParameterInfo& parameter) {
+  return one.List().size() == other.List().size() &&
+         std::ranges::all_of(one.List(), [&](const minihost::ParameterInfo& parameter) {
            return !parameter.HasValue() ||
                   SameCourse(one.TrackOf(parameter.index), other.TrackOf(parameter.index));
          });
@@ -88,7 +98,9 @@ std::string_view FormatAlphaForm(AlphaForm form) {
 }
 
 void CheckShutter(double degrees) {
-  if (degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees) return;
+  if (degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees) {
+    return;
+  }
   Refuse(
       fmt::format("{} is not between {} and {} degrees (no shutter at all would count as one open for the "
                   "whole frame; the least blur is {})",

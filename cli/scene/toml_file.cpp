@@ -8,7 +8,7 @@
 #include <fstream>
 #include <utility>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -45,8 +45,12 @@ bool HasDeepKey(std::string_view text) {
     } else if (letter == '#') {
       at = std::min(text.find('\n', at), text.size());
     } else {
-      if (letter == '.' && ++dots > kMaxDotsInKey) return true;
-      if (std::string_view("\n=,[]{}").find(letter) != std::string_view::npos) dots = 0;
+      if (letter == '.' && ++dots > kMaxDotsInKey) {
+        return true;
+      }
+      if (std::string_view("\n=,[]{}").find(letter) != std::string_view::npos) {
+        dots = 0;
+      }
       ++at;
     }
   }
@@ -58,7 +62,9 @@ bool HasDeepKey(std::string_view text) {
 toml::table ReadTomlFile(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   std::string text(kMaxTomlBytes + 1, '\0');
-  if (stream) stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (stream) {
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  }
   if (!stream.eof() && stream.gcount() != static_cast<std::streamsize>(text.size())) {
     throw ToolError(ExitCode::kInput,
                     fmt::format("cannot read scene '{}': {}", file.string(), std::strerror(errno)));
@@ -110,7 +116,9 @@ std::string_view DescribeNode(const toml::node& node) {
 
 std::vector<TomlEntry> EntriesOf(const toml::table& table) {
   std::vector<TomlEntry> entries;
-  for (const auto& [key, value] : table) entries.push_back({&key, &value});
+  for (const auto& [key, value] : table) {
+    entries.push_back({&key, &value});
+  }
   std::ranges::sort(entries, [](const TomlEntry& one, const TomlEntry& other) {
     const auto& a = one.key->source().begin;
     const auto& b = other.key->source().begin;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/scene/key_text.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
@@ -52,7 +52,9 @@ std::string KeyText(std::string_view name) {
 std::string NameOf(const ParameterInfo& parameter, const ParameterNames& names) {
   const std::string& slug = names.SlugOf(parameter);
   const std::string& name = parameter.DisplayName();
-  if (name.find('/') != name.npos) return slug;
+  if (name.find('/') != name.npos) {
+    return slug;
+  }
   return slug.find('/') == slug.npos ? name : parameter.group + '/' + name;
 }
 
@@ -64,14 +66,18 @@ std::string ValueText(const ParameterInfo& parameter, const Value& value) {
     return Quoted(FormatValue(parameter, value));
   }
   const double number = std::get<double>(value);
-  if (parameter.type == PF_Param_CHECKBOX) return number != 0 ? "true" : "false";
+  if (parameter.type == PF_Param_CHECKBOX) {
+    return number != 0 ? "true" : "false";
+  }
   return fmt::format("{}", number);
 }
 
 /// An ease that all keys share stands once; else every key names its own, linear ones aside.
 std::string TrackText(const ParameterInfo& parameter, const Track& track) {
-  const std::vector<Key>& keys = track.keys();
-  if (!track.animated()) return ValueText(parameter, keys.front().value);
+  const std::vector<Key>& keys = track.Keys();
+  if (!track.Animated()) {
+    return ValueText(parameter, keys.front().value);
+  }
   const Ease first = keys.front().ease;
   const bool shared = std::ranges::all_of(keys, [&](const Key& key) { return key.ease == first; });
   const bool inLine = keys.size() <= kKeysInLine;
@@ -95,26 +101,44 @@ std::string RenderText(const Scene& scene) {
   const auto add = [&](std::string_view key, std::string_view value) {
     text += fmt::format("{} = {}\n", key, value);
   };
-  if (!scene.input.empty()) add("input", Quoted(scene.input));
-  if (scene.blank) add("blank", Quoted(FormatFrameSize(*scene.blank)));
-  if (!scene.output.empty()) add("output", Quoted(scene.output));
-  if (!scene.frames.empty()) add("frames", Quoted(scene.frames));
-  if (!scene.fps.empty()) add("fps", Quoted(scene.fps));
+  if (!scene.input.empty()) {
+    add("input", Quoted(scene.input));
+  }
+  if (scene.blank) {
+    add("blank", Quoted(FormatFrameSize(*scene.blank)));
+  }
+  if (!scene.output.empty()) {
+    add("output", Quoted(scene.output));
+  }
+  if (!scene.frames.empty()) {
+    add("frames", Quoted(scene.frames));
+  }
+  if (!scene.fps.empty()) {
+    add("fps", Quoted(scene.fps));
+  }
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
-  if (scene.depth) add("depth", Quoted(FormatDepth(*scene.depth)));
+  if (scene.depth) {
+    add("depth", Quoted(FormatDepth(*scene.depth)));
+  }
   add("alpha", Quoted(FormatAlphaForm(scene.alpha)));
-  if (!scene.compression.empty()) add("compression", Quoted(scene.compression));
+  if (!scene.compression.empty()) {
+    add("compression", Quoted(scene.compression));
+  }
   add("proxy", fmt::format("{}", scene.proxy));
-  if (scene.pixelAspect) add("pixel-aspect", fmt::format("{}", *scene.pixelAspect));
+  if (scene.pixelAspect) {
+    add("pixel-aspect", fmt::format("{}", *scene.pixelAspect));
+  }
   return text;
 }
 
 std::string ParametersText(const minihost::ParameterSet& parameters) {
-  const ParameterNames names(parameters.list());
+  const ParameterNames names(parameters.List());
   std::string text = "\n[parameters]\n";
   std::string group;
-  for (const ParameterInfo& parameter : parameters.list()) {
-    if (!parameter.HasValue()) continue;
+  for (const ParameterInfo& parameter : parameters.List()) {
+    if (!parameter.HasValue()) {
+      continue;
+    }
     if (parameter.group != group) {
       group = parameter.group;
       text += group.empty() ? "\n" : fmt::format("\n# {}\n", group);

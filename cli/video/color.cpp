@@ -34,18 +34,26 @@ ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height) {
     tags.matrix = AVCOL_SPC_RGB;
     return tags;
   }
-  if (!IsKnown(tags.matrix)) tags.matrix = MatrixByHeight(height);
+  if (!IsKnown(tags.matrix)) {
+    tags.matrix = MatrixByHeight(height);
+  }
   const bool high = tags.matrix == AVCOL_SPC_BT709;
   const bool standard = tags.matrix == AVCOL_SPC_SMPTE170M || tags.matrix == AVCOL_SPC_BT470BG;
   if (tags.primaries == AVCOL_PRI_UNSPECIFIED) {
-    if (high) tags.primaries = AVCOL_PRI_BT709;
+    if (high) {
+      tags.primaries = AVCOL_PRI_BT709;
+    }
     if (standard) {
       tags.primaries = tags.matrix == AVCOL_SPC_BT470BG ? AVCOL_PRI_BT470BG : AVCOL_PRI_SMPTE170M;
     }
   }
   if (tags.transfer == AVCOL_TRC_UNSPECIFIED) {
-    if (high) tags.transfer = AVCOL_TRC_BT709;
-    if (standard) tags.transfer = AVCOL_TRC_SMPTE170M;
+    if (high) {
+      tags.transfer = AVCOL_TRC_BT709;
+    }
+    if (standard) {
+      tags.transfer = AVCOL_TRC_SMPTE170M;
+    }
   }
   return tags;
 }
@@ -63,19 +71,27 @@ bool HasAlpha(AVPixelFormat format) {
 Depth DepthOf(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
   int bits = 0;
-  for (int i = 0; i < desc->nb_components; ++i) bits = std::max(bits, desc->comp[i].depth);
-  if ((desc->flags & AV_PIX_FMT_FLAG_FLOAT) || bits > 15) return Depth::kFloat;
+  for (int i = 0; i < desc->nb_components; ++i) {
+    bits = std::max(bits, desc->comp[i].depth);
+  }
+  if ((desc->flags & AV_PIX_FMT_FLAG_FLOAT) || bits > 15) {
+    return Depth::kFloat;
+  }
   return bits > 8 ? Depth::kBits16 : Depth::kBits8;
 }
 
 std::optional<std::string> WhyUnreadable(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
-  if (!desc) return "its pixel format is not known";
+  if (!desc) {
+    return "its pixel format is not known";
+  }
   const bool noColors = (desc->flags & (AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BAYER)) != 0 ||
                         format == AV_PIX_FMT_XYZ12LE || format == AV_PIX_FMT_XYZ12BE;
   const bool half = (desc->flags & AV_PIX_FMT_FLAG_FLOAT) && desc->comp[0].depth < 32;
   const bool unknownYuv = IsYuv(format) && !sws_isSupportedInput(format);
-  if (!noColors && !half && !unknownYuv) return {};
+  if (!noColors && !half && !unknownYuv) {
+    return {};
+  }
   return std::string("pixels of the format '") + desc->name + "' cannot be read; convert it to RGB or YUV";
 }
 

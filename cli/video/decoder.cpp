@@ -2,14 +2,16 @@
 
 #include <fmt/format.h>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/video/ffv1_check.h"
 
 namespace cli {
 namespace {
 
 std::string WhyNotOpened(int error) {
-  if (error == AVERROR_EOF) return "it ends before its first picture";
+  if (error == AVERROR_EOF) {
+    return "it ends before its first picture";
+  }
   if (error == AVERROR_INVALIDDATA) {
     return "it is not in a format that is known, or its start or index is damaged or cut off";
   }
@@ -38,19 +40,29 @@ void VideoDecoder::Open() {
   AVFormatContext* file = nullptr;
   int error = avformat_open_input(&file, LibavName(path_.string()).c_str(), nullptr, nullptr);
   file_.reset(file);
-  if (error >= 0) error = avformat_find_stream_info(file, nullptr);
-  if (error < 0) Refuse(WhyNotOpened(error));
+  if (error >= 0) {
+    error = avformat_find_stream_info(file, nullptr);
+  }
+  if (error < 0) {
+    Refuse(WhyNotOpened(error));
+  }
   stream_ = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  if (stream_ < 0) Refuse("there is no video in it");
+  if (stream_ < 0) {
+    Refuse("there is no video in it");
+  }
   for (int i = 0; i < static_cast<int>(file->nb_streams); ++i) {
-    if (i != stream_) file->streams[i]->discard = AVDISCARD_ALL;
+    if (i != stream_) {
+      file->streams[i]->discard = AVDISCARD_ALL;
+    }
   }
 }
 
 void VideoDecoder::OpenCodec() {
   const AVCodecParameters& video = *Stream().codecpar;
   const AVCodec* decoder = avcodec_find_decoder(video.codec_id);
-  if (!decoder) Refuse(fmt::format("there is no decoder for {}", avcodec_get_name(video.codec_id)));
+  if (!decoder) {
+    Refuse(fmt::format("there is no decoder for {}", avcodec_get_name(video.codec_id)));
+  }
   codec_.reset(Allocated(avcodec_alloc_context3(decoder)));
   codec_->pkt_timebase = Stream().time_base;
   codec_->thread_count = 0;  // as many as there are processors; pictures do not depend on it
@@ -61,8 +73,12 @@ void VideoDecoder::OpenCodec() {
     codec_->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
   }
   int error = avcodec_parameters_to_context(codec_.get(), &video);
-  if (error >= 0) error = avcodec_open2(codec_.get(), decoder, nullptr);
-  if (error < 0) Refuse(LibavMessage(error));
+  if (error >= 0) {
+    error = avcodec_open2(codec_.get(), decoder, nullptr);
+  }
+  if (error < 0) {
+    Refuse(LibavMessage(error));
+  }
 }
 
 /// To the start.  Not every format can jump there, but every file can be opened again.
@@ -87,7 +103,9 @@ void VideoDecoder::SeekTo(std::size_t picture) {
 void VideoDecoder::StartNear(std::size_t picture) {
   constexpr std::size_t kWorthAJump = 16;  // pictures that a jump saves
   const std::size_t key = index_->KeyBefore(picture);
-  if (position_ && *position_ <= picture && key <= *position_ + kWorthAJump) return;
+  if (position_ && *position_ <= picture && key <= *position_ + kWorthAJump) {
+    return;
+  }
   const bool atStart = fromStart_ && !position_;
   if (key > 0) {
     SeekTo(key);
@@ -101,7 +119,9 @@ const AVFrame& VideoDecoder::Decode(std::size_t picture) {
   for (;;) {
     std::string reason = "its picture does not come out of the decoder";
     try {
-      if (Reach(picture)) return *frame_;
+      if (Reach(picture)) {
+        return *frame_;
+      }
     } catch (const DecodeFailure& failure) {
       reason = failure.what();
     }
@@ -117,7 +137,9 @@ const AVFrame& VideoDecoder::Decode(std::size_t picture) {
 
 bool VideoDecoder::Reach(std::size_t picture) {
   while (!position_ || *position_ < picture) {
-    if (!Advance()) return false;
+    if (!Advance()) {
+      return false;
+    }
   }
   return *position_ == picture;
 }
@@ -126,14 +148,20 @@ bool VideoDecoder::Reach(std::size_t picture) {
 bool VideoDecoder::Advance() {
   for (;;) {
     const int error = avcodec_receive_frame(codec_.get(), frame_.get());
-    if (error == AVERROR_EOF) return false;
+    if (error == AVERROR_EOF) {
+      return false;
+    }
     if (error == AVERROR(EAGAIN)) {
       SendPacket();
       continue;
     }
-    if (error < 0) throw DecodeFailure(LibavMessage(error));
+    if (error < 0) {
+      throw DecodeFailure(LibavMessage(error));
+    }
     const auto position = PositionOfFrame();
-    if (!position) continue;
+    if (!position) {
+      continue;
+    }
     if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) ||
         damaged_.contains(frame_->best_effort_timestamp)) {
       throw DecodeFailure("it, or one that it is built on, is damaged");
@@ -157,14 +185,22 @@ void VideoDecoder::SendPacket() {
   // The index knows where the file breaks off; for the decoder that is the end like any other.
   error = avcodec_send_packet(codec_.get(), error < 0 ? nullptr : packet_.get());
   av_packet_unref(packet_.get());
-  if (error < 0 && error != AVERROR_EOF) throw DecodeFailure(LibavMessage(error));
+  if (error < 0 && error != AVERROR_EOF) {
+    throw DecodeFailure(LibavMessage(error));
+  }
 }
 
 std::optional<std::size_t> VideoDecoder::PositionOfFrame() {
-  if (!index_->HasTimes()) return decoded_++;
+  if (!index_->HasTimes()) {
+    return decoded_++;
+  }
   const std::size_t position = index_->PictureAtTime(frame_->best_effort_timestamp);
-  if (position == index_->PictureCount()) return {};
-  if (index_->TimeOf(position) != frame_->best_effort_timestamp) return {};
+  if (position == index_->PictureCount()) {
+    return {};
+  }
+  if (index_->TimeOf(position) != frame_->best_effort_timestamp) {
+    return {};
+  }
   return position;
 }
 

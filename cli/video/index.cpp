@@ -14,18 +14,24 @@ namespace {
 
 /// VP8 has packets that only prepare later pictures; everything else shows one picture for one packet.
 bool IsShown(const AVPacket& packet, AVCodecID codec) {
-  if (packet.flags & AV_PKT_FLAG_DISCARD) return false;
+  if (packet.flags & AV_PKT_FLAG_DISCARD) {
+    return false;
+  }
   constexpr int kVp8Shown = 0x10;
   return codec != AV_CODEC_ID_VP8 || packet.size == 0 || (packet.data[0] & kVp8Shown);
 }
 
 /// How long the stream is by its own account; 0 when it says nothing.
 double StatedSeconds(const AVStream& stream) {
-  if (stream.duration > 0) return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  if (stream.duration > 0) {
+    return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  }
   const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
   std::int64_t microseconds = 0;
   constexpr int kIsDuration = 1;
-  if (!tag || av_parse_time(&microseconds, tag->value, kIsDuration) < 0) return 0;
+  if (!tag || av_parse_time(&microseconds, tag->value, kIsDuration) < 0) {
+    return 0;
+  }
   return static_cast<double>(microseconds) / 1e6;
 }
 
@@ -54,15 +60,23 @@ void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
     if (packet->stream_index == stream.index) {
       const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
       hasTimes = hasTimes && packet->pts != AV_NOPTS_VALUE;
-      if (isKey) keys_.push_back(packet->pts);
+      if (isKey) {
+        keys_.push_back(packet->pts);
+      }
       begin = std::min(begin, packet->pts);
       end = std::max(end, packet->pts + packet->duration);
-      if (IsShown(*packet, stream.codecpar->codec_id)) times_.push_back(packet->pts);
+      if (IsShown(*packet, stream.codecpar->codec_id)) {
+        times_.push_back(packet->pts);
+      }
     }
     av_packet_unref(packet.get());
   }
-  if (error != AVERROR_EOF) damage_ = LibavMessage(error);
-  if (error == AVERROR_EOF && hasTimes) CheckEnd(file, stream, end - begin);
+  if (error != AVERROR_EOF) {
+    damage_ = LibavMessage(error);
+  }
+  if (error == AVERROR_EOF && hasTimes) {
+    CheckEnd(file, stream, end - begin);
+  }
   count_ = times_.size();
   if (!hasTimes) {
     times_.clear();
@@ -71,23 +85,31 @@ void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
   }
   std::ranges::sort(times_);
   std::ranges::sort(keys_);
-  if (!keys_.empty()) times_.erase(times_.begin(), std::ranges::lower_bound(times_, keys_.front()));
+  if (!keys_.empty()) {
+    times_.erase(times_.begin(), std::ranges::lower_bound(times_, keys_.front()));
+  }
   times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
   count_ = times_.size();
 }
 
 /// Some formats end without complaint wherever the file does, but say how long the video was to be.
 void VideoIndex::CheckEnd(const AVFormatContext& file, const AVStream& stream, std::int64_t length) {
-  if (times_.empty() || file.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
+  if (times_.empty() || file.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) {
+    return;
+  }
   const double due = StatedSeconds(stream);
   const double found = static_cast<double>(length) * av_q2d(timeBase_);
   constexpr double kTolerance = 0.1;  // seconds
-  if (due > found + kTolerance) damage_ = fmt::format("it lasts {:.2f} of {:.2f} seconds", found, due);
+  if (due > found + kTolerance) {
+    damage_ = fmt::format("it lasts {:.2f} of {:.2f} seconds", found, due);
+  }
 }
 
 void VideoIndex::FindRate(AVFormatContext& file, const AVStream& stream) {
   const AVRational guess = av_guess_frame_rate(&file, const_cast<AVStream*>(&stream), nullptr);
-  if (IsUsable(guess)) rate_ = guess;
+  if (IsUsable(guess)) {
+    rate_ = guess;
+  }
   frameCount_ = static_cast<std::int64_t>(count_);
   if (times_.size() > 1) {
     const auto gaps = static_cast<double>(times_.size() - 1);
@@ -102,10 +124,14 @@ void VideoIndex::FindRate(AVFormatContext& file, const AVStream& stream) {
     if (constant_ && std::abs(av_q2d(rate_) / measured - 1) > kTrusted) {
       constexpr int kMost = 60'000;
       const AVRational exact = av_d2q(measured, kMost);
-      if (IsUsable(exact)) rate_ = exact;
+      if (IsUsable(exact)) {
+        rate_ = exact;
+      }
     }
     if (!constant_) {
-      if (IsUsable(stream.avg_frame_rate)) rate_ = stream.avg_frame_rate;
+      if (IsUsable(stream.avg_frame_rate)) {
+        rate_ = stream.avg_frame_rate;
+      }
       const double seconds = static_cast<double>(times_.back() - times_.front()) * av_q2d(timeBase_);
       frameCount_ = std::llround(seconds * av_q2d(rate_)) + 1;
     }
@@ -118,10 +144,14 @@ double VideoIndex::StartSeconds() const {
 }
 
 std::size_t VideoIndex::PictureAt(std::int64_t frame) const {
-  if (constant_) return static_cast<std::size_t>(frame);
+  if (constant_) {
+    return static_cast<std::size_t>(frame);
+  }
   const std::int64_t time = times_.front() + av_rescale_q(frame, av_inv_q(rate_), timeBase_);
   const std::size_t after = std::min(PictureAtTime(time), count_ - 1);
-  if (after == 0) return 0;
+  if (after == 0) {
+    return 0;
+  }
   return time - times_[after - 1] <= times_[after] - time ? after - 1 : after;
 }
 
@@ -130,7 +160,9 @@ std::size_t VideoIndex::PictureAtTime(std::int64_t time) const {
 }
 
 std::size_t VideoIndex::KeyBefore(std::size_t picture) const {
-  if (times_.empty()) return 0;
+  if (times_.empty()) {
+    return 0;
+  }
   const auto after = std::ranges::upper_bound(keys_, times_[picture]);
   return after == keys_.begin() ? 0 : PictureAtTime(*(after - 1));
 }

@@ -38,7 +38,9 @@ using AvOutput = std::unique_ptr<AVFormatContext, FreeOutput>;
 /// What was allocated; throws std::bad_alloc for null, which is how these libraries say "no memory".
 template <class T>
 T* Allocated(T* thing) {
-  if (!thing) throw std::bad_alloc();
+  if (!thing) {
+    throw std::bad_alloc();
+  }
   return thing;
 }
 
@@ -48,7 +50,9 @@ inline AvFrame AllocateFrame(AVPixelFormat format, int width, int height) {
   frame->format = format;
   frame->width = width;
   frame->height = height;
-  if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();
+  if (av_frame_get_buffer(frame.get(), 0) < 0) {
+    throw std::bad_alloc();
+  }
   return frame;
 }
 

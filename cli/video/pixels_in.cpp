@@ -46,8 +46,9 @@ class ComponentReader {
       const std::uint8_t* bytes = planes_[static_cast<std::size_t>(place.plane)] +
                                   static_cast<std::ptrdiff_t>(row) * frame_.linesize[place.plane] +
                                   place.offset;
-      for (std::size_t i = 0; i < out.size(); ++i)
+      for (std::size_t i = 0; i < out.size(); ++i) {
         out[i] = bytes[i * static_cast<std::size_t>(place.step)] / white;
+      }
       return;
     }
     av_read_image_line2(codes_.data(), planes_.data(), frame_.linesize, &desc_, 0, row, component,
@@ -95,7 +96,9 @@ void ReadColors(ComponentReader& reader, int row, RowColors& colors) {
 void MakeStraight(RowColors& colors) {
   for (std::size_t x = 0; x < colors.alpha.size(); ++x) {
     const double alpha = colors.alpha[x];
-    if (!(alpha > 0)) continue;
+    if (!(alpha > 0)) {
+      continue;
+    }
     colors.red[x] /= alpha;
     colors.green[x] /= alpha;
     colors.blue[x] /= alpha;
@@ -108,7 +111,9 @@ typename Way::Sample FromFraction(double value) {
   if constexpr (kIsFloat<Way>) {
     return static_cast<float>(value);
   } else {
-    if (!(value > 0)) return 0;
+    if (!(value > 0)) {
+      return 0;
+    }
     return static_cast<typename Way::Sample>(std::min(value, 1.0) * Way::kWhite + 0.5);
   }
 }
@@ -130,8 +135,12 @@ Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, A
   const auto format = static_cast<AVPixelFormat>(frame.format);
   const bool isPalette = format == AV_PIX_FMT_PAL8;
   std::optional<RgbFrame> rgb;
-  if (IsYuv(format)) rgb = RgbOfYuv(frame, coding, depth == Depth::kBits8 ? RgbBits::k8 : RgbBits::k16);
-  if (isPalette) rgb = RgbOfPalette(frame);
+  if (IsYuv(format)) {
+    rgb = RgbOfYuv(frame, coding, depth == Depth::kBits8 ? RgbBits::k8 : RgbBits::k16);
+  }
+  if (isPalette) {
+    rgb = RgbOfPalette(frame);
+  }
   ComponentReader colorReader = rgb ? ComponentReader(*rgb->frame, rgb->white) : ComponentReader(frame);
   ComponentReader alphaReader(isPalette ? *rgb->frame : frame);
   Image image(frame.width, frame.height, depth, minihost::Clearing::kNone);
@@ -141,7 +150,9 @@ Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, A
       ReadColors(colorReader, row, colors);
       if (HasAlpha(format)) {
         alphaReader.Read(alphaReader.Count() - 1, row, colors.alpha);
-        if (alpha == AlphaForm::kPremultiplied) MakeStraight(colors);
+        if (alpha == AlphaForm::kPremultiplied) {
+          MakeStraight(colors);
+        }
       }
       Store(colors, image.Row<Pixel>(row));
     }

@@ -17,7 +17,7 @@ struct To1023 {
 
 template <class Pixel>
 void WriteBytes(const Image& image, AVFrame& frame) {
-  for (int row = 0; row < image.height(); ++row) {
+  for (int row = 0; row < image.Height(); ++row) {
     std::uint8_t* bytes = frame.data[0] + static_cast<std::ptrdiff_t>(row) * frame.linesize[0];
     for (const Pixel& pixel : image.Row<Pixel>(row)) {
       *bytes++ = ConvertSample<To255, WayOf<Pixel>>(pixel.blue);
@@ -31,10 +31,12 @@ void WriteBytes(const Image& image, AVFrame& frame) {
 /// Fills a plane with what `sampleOf` makes of the pixels.
 template <class Pixel, class Way, class SampleOf>
 void WritePlane(const Image& image, AVFrame& frame, int plane, SampleOf sampleOf) {
-  for (int row = 0; row < image.height(); ++row) {
+  for (int row = 0; row < image.Height(); ++row) {
     auto* sample = reinterpret_cast<typename Way::Sample*>(
         frame.data[plane] + static_cast<std::ptrdiff_t>(row) * frame.linesize[plane]);
-    for (const Pixel& pixel : image.Row<Pixel>(row)) *sample++ = sampleOf(pixel);
+    for (const Pixel& pixel : image.Row<Pixel>(row)) {
+      *sample++ = sampleOf(pixel);
+    }
   }
 }
 
@@ -75,7 +77,7 @@ void EncodePixels(const Image& image, AVColorSpace matrix, AVFrame& frame) {
     write(image, *rgb);
     YuvOfRgb(*rgb, matrix, frame);
   };
-  minihost::WithPixel(image.depth(), [&]<class Pixel>(Pixel) {
+  minihost::WithPixel(image.PixelDepth(), [&]<class Pixel>(Pixel) {
     switch (frame.format) {
       case AV_PIX_FMT_BGR0:
       case AV_PIX_FMT_BGRA:

@@ -7,7 +7,7 @@
 #include <limits>
 #include <string_view>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/video/pixels.h"
 #include "cli/video/turn.h"
 
@@ -47,7 +47,9 @@ void VideoReader::Refuse(const std::string& reason) const {
 void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
   const AVCodecParameters& video = *decoder_.Stream().codecpar;
   const auto format = static_cast<AVPixelFormat>(video.format);
-  if (const auto reason = WhyUnreadable(format)) Refuse(*reason);
+  if (const auto reason = WhyUnreadable(format)) {
+    Refuse(*reason);
+  }
   const auto [shortSide, longSide] = std::minmax(video.width, video.height);
   if (shortSide < 1 || longSide > Image::kMaxSide) {
     Refuse(fmt::format("it is {} x {} pixels; 1 to {} a side can be drawn on", video.width, video.height,
@@ -67,7 +69,9 @@ void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
   traits_.lastFrame = static_cast<std::int32_t>(std::min(decoder_.Index().FrameCount() - 1, kMost));
   tags_ = {video.color_space, video.color_primaries, video.color_trc};
-  if (IsYuv(format)) ChooseCoding(format);
+  if (IsYuv(format)) {
+    ChooseCoding(format);
+  }
 }
 
 void VideoReader::ChooseCoding(AVPixelFormat format) {
@@ -99,7 +103,9 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
 
 void VideoReader::NoteWhatIsNotHeeded() {
   const VideoIndex& index = decoder_.Index();
-  if (!orientation_) notes_.emplace_back("the file asks to be shown turned askew; that is not heeded");
+  if (!orientation_) {
+    notes_.emplace_back("the file asks to be shown turned askew; that is not heeded");
+  }
   if (decoder_.Stream().codecpar->field_order > AV_FIELD_PROGRESSIVE) {
     notes_.emplace_back("the video is interlaced; both fields are taken as one picture");
   }
@@ -126,7 +132,9 @@ std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t la
   const bool hasSound = std::any_of(file.streams, file.streams + file.nb_streams, [](const AVStream* stream) {
     return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
   });
-  if (!hasSound) return {};
+  if (!hasSound) {
+    return {};
+  }
   const double frameSeconds = static_cast<double>(traits_.rate->timeStep) / traits_.rate->timeScale;
   const double start = decoder_.Index().StartSeconds();
   return SoundRange{path_, start + first * frameSeconds, start + (last + 1.0) * frameSeconds};
@@ -137,7 +145,9 @@ std::optional<Picture> VideoReader::Read(std::int32_t frame) {
     throw ToolError(ExitCode::kInput,
                     fmt::format("cannot read frame {} of '{}': {}", frame, path_.string(), reason));
   };
-  if (frame < 0 || frame >= decoder_.Index().FrameCount()) return {};
+  if (frame < 0 || frame >= decoder_.Index().FrameCount()) {
+    return {};
+  }
   Picture picture;
   picture.traits.hasAlpha = traits_.hasAlpha;
   picture.traits.pixelAspect = traits_.pixelAspect;
@@ -149,7 +159,9 @@ std::optional<Picture> VideoReader::Read(std::int32_t frame) {
       refuse(fmt::format("it is {} x {} pixels, the first frame {} x {}", decoded.width, decoded.height,
                          stored_.width, stored_.height));
     }
-    if (const auto reason = WhyUnreadable(static_cast<AVPixelFormat>(decoded.format))) refuse(*reason);
+    if (const auto reason = WhyUnreadable(static_cast<AVPixelFormat>(decoded.format))) {
+      refuse(*reason);
+    }
     picture.image = Turn(DecodePixels(decoded, coding_, traits_.depth, alpha_), orientation_.value_or(1));
   } catch (const DecodeFailure& failure) {
     refuse(failure.what());

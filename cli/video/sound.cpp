@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 namespace cli {
 namespace {
@@ -13,15 +13,21 @@ AvInput Open(const std::filesystem::path& path) {
   AVFormatContext* file = nullptr;
   int error = avformat_open_input(&file, LibavName(path.string()).c_str(), nullptr, nullptr);
   AvInput owner(file);
-  if (error >= 0) error = avformat_find_stream_info(file, nullptr);
-  if (error >= 0) return owner;
+  if (error >= 0) {
+    error = avformat_find_stream_info(file, nullptr);
+  }
+  if (error >= 0) {
+    return owner;
+  }
   throw ToolError(ExitCode::kInput,
                   fmt::format("cannot read the sound of '{}': {}", path.string(), LibavMessage(error)));
 }
 
 AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
   AVStream& stream = *Allocated(avformat_new_stream(&output, nullptr));
-  if (avcodec_parameters_copy(stream.codecpar, sound.codecpar) < 0) throw std::bad_alloc();
+  if (avcodec_parameters_copy(stream.codecpar, sound.codecpar) < 0) {
+    throw std::bad_alloc();
+  }
   stream.codecpar->codec_tag = 0;  // that of the other container
   stream.time_base = sound.time_base;
   stream.disposition = sound.disposition;
@@ -32,12 +38,18 @@ AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
 /// Whether the container takes the sound.  Its list of codecs promises more than it accepts in the end, such
 /// as FLAC in MOV, so that only trying tells.
 bool Takes(const AVOutputFormat& container, const AVStream& sound) {
-  if (avformat_query_codec(&container, sound.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) return false;
+  if (avformat_query_codec(&container, sound.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
+    return false;
+  }
   AVFormatContext* file = nullptr;
-  if (avformat_alloc_output_context2(&file, &container, nullptr, nullptr) < 0) throw std::bad_alloc();
+  if (avformat_alloc_output_context2(&file, &container, nullptr, nullptr) < 0) {
+    throw std::bad_alloc();
+  }
   const AvOutput owner(file);
   const std::string nowhere = LibavName("/dev/null");
-  if (avio_open(&file->pb, nowhere.c_str(), AVIO_FLAG_WRITE) < 0) return true;
+  if (avio_open(&file->pb, nowhere.c_str(), AVIO_FLAG_WRITE) < 0) {
+    return true;
+  }
   AddCopy(sound, *file);
   return avformat_init_output(file, nullptr) >= 0;
 }
@@ -49,13 +61,19 @@ SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
   tracks_.resize(input_->nb_streams);
   for (unsigned i = 0; i < input_->nb_streams; ++i) {
     AVStream& stream = *input_->streams[i];
-    if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) AddTrack(stream);
-    if (tracks_[i].output < 0) stream.discard = AVDISCARD_ALL;
+    if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
+      AddTrack(stream);
+    }
+    if (tracks_[i].output < 0) {
+      stream.discard = AVDISCARD_ALL;
+    }
   }
   // Where the file cannot jump, everything before the range is read and dropped.
   constexpr double kLeadSeconds = 1;
   const auto from = static_cast<std::int64_t>((range.begin - kLeadSeconds) * AV_TIME_BASE);
-  if (from > 0) avformat_seek_file(input_.get(), -1, INT64_MIN, from, from, 0);
+  if (from > 0) {
+    avformat_seek_file(input_.get(), -1, INT64_MIN, from, from, 0);
+  }
 }
 
 void SoundCopy::AddTrack(const AVStream& input) {
@@ -84,7 +102,9 @@ bool SoundCopy::Fetch() {
     const bool edits = (output_.oformat->flags & AVFMT_TS_NEGATIVE) != 0;
     const std::int64_t firstEnd = edits ? next_->duration : track.padding + 1;
     hasNext_ = track.output >= 0 && next_->pts != AV_NOPTS_VALUE && next_->pts + firstEnd > track.begin;
-    if (!hasNext_) av_packet_unref(next_.get());
+    if (!hasNext_) {
+      av_packet_unref(next_.get());
+    }
   }
   return hasNext_;
 }
@@ -101,9 +121,13 @@ int SoundCopy::CopyUntil(double seconds) {
       av_packet_unref(next_.get());
       continue;
     }
-    if (time >= range_.begin + seconds) return 0;
+    if (time >= range_.begin + seconds) {
+      return 0;
+    }
     const int error = Send();
-    if (error < 0) return error;
+    if (error < 0) {
+      return error;
+    }
   }
   return 0;
 }
@@ -112,7 +136,9 @@ int SoundCopy::Send() {
   const Track& track = tracks_[static_cast<std::size_t>(next_->stream_index)];
   const AVRational from = input_->streams[next_->stream_index]->time_base;
   next_->pts -= track.begin;
-  if (next_->dts != AV_NOPTS_VALUE) next_->dts -= track.begin;
+  if (next_->dts != AV_NOPTS_VALUE) {
+    next_->dts -= track.begin;
+  }
   next_->stream_index = track.output;
   next_->pos = -1;
   av_packet_rescale_ts(next_.get(), from, output_.streams[track.output]->time_base);

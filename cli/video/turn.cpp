@@ -31,24 +31,30 @@ int Sign(std::int32_t fixed) {
 
 std::optional<int> OrientationOf(const AVStream& stream) {
   const auto* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
-  if (!bytes) return 1;
+  if (!bytes) {
+    return 1;
+  }
   // Rows of three; the last column is of perspective, the last row of place.
   const auto* matrix = reinterpret_cast<const std::int32_t*>(bytes);
   const Steps steps{{Sign(matrix[0]), Sign(matrix[1])}, {Sign(matrix[3]), Sign(matrix[4])}};
   const auto found = std::ranges::find(kOrientations, steps);
-  if (found == kOrientations.end()) return {};
+  if (found == kOrientations.end()) {
+    return {};
+  }
   return static_cast<int>(found - kOrientations.begin()) + 1;
 }
 
 minihost::Image Turn(minihost::Image stored, int orientation) {
-  if (orientation == 1) return stored;
-  const Orientation places(orientation, {stored.width(), stored.height()});
+  if (orientation == 1) {
+    return stored;
+  }
+  const Orientation places(orientation, {stored.Width(), stored.Height()});
   const auto [width, height] = places.Upright();
-  minihost::Image upright(width, height, stored.depth(), minihost::Clearing::kNone);
-  minihost::WithPixel(stored.depth(), [&]<class Pixel>(Pixel) {
-    for (int row = 0; row < stored.height(); ++row) {
+  minihost::Image upright(width, height, stored.PixelDepth(), minihost::Clearing::kNone);
+  minihost::WithPixel(stored.PixelDepth(), [&]<class Pixel>(Pixel) {
+    for (int row = 0; row < stored.Height(); ++row) {
       const auto pixels = stored.Row<Pixel>(row);
-      for (int column = 0; column < stored.width(); ++column) {
+      for (int column = 0; column < stored.Width(); ++column) {
         const auto place = places.Find(column, row);
         upright.Row<Pixel>(place.row)[static_cast<std::size_t>(place.column)] =
             pixels[static_cast<std::size_t>(column)];

@@ -6,7 +6,7 @@
 #include <cctype>
 #include <stdexcept>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/video/pixels.h"
 
 extern "C" {
@@ -32,7 +32,9 @@ class Options {
   Options& operator=(const Options&) = delete;
 
   void Set(const char* name, const char* value) {
-    if (av_dict_set(&entries_, name, value, 0) < 0) throw std::bad_alloc();
+    if (av_dict_set(&entries_, name, value, 0) < 0) {
+      throw std::bad_alloc();
+    }
   }
   AVDictionary** Get() { return &entries_; }
 
@@ -41,7 +43,9 @@ class Options {
 };
 
 VideoFormat FormatOrRefuse(const std::filesystem::path& path) {
-  if (const auto format = VideoFormatOf(path)) return *format;
+  if (const auto format = VideoFormatOf(path)) {
+    return *format;
+  }
   throw ToolError(ExitCode::kUsage,
                   fmt::format("video '{}' must end in .mp4, .mov or .mkv", path.filename().string()));
 }
@@ -55,7 +59,9 @@ AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
     case VideoFormat::kMkv:
       break;
   }
-  if (traits.depth == Depth::kBits8) return traits.hasAlpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
+  if (traits.depth == Depth::kBits8) {
+    return traits.hasAlpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
+  }
   return traits.hasAlpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
 }
 
@@ -96,9 +102,15 @@ std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
   std::string extension = path.extension().string();
   std::ranges::transform(extension, extension.begin(),
                          [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-  if (extension == ".mp4") return VideoFormat::kMp4;
-  if (extension == ".mov") return VideoFormat::kMov;
-  if (extension == ".mkv") return VideoFormat::kMkv;
+  if (extension == ".mp4") {
+    return VideoFormat::kMp4;
+  }
+  if (extension == ".mov") {
+    return VideoFormat::kMov;
+  }
+  if (extension == ".mkv") {
+    return VideoFormat::kMkv;
+  }
   return {};
 }
 
@@ -117,7 +129,9 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& t
   }
   OpenOutput();
   OpenCodec(traits);
-  if (traits.sound) OpenSound(*traits.sound);
+  if (traits.sound) {
+    OpenSound(*traits.sound);
+  }
   WriteHeader();
 }
 
@@ -129,8 +143,12 @@ void VideoWriter::Refuse(const std::string& reason) const {
 
 /// For what the libraries return.  Of a failing disk the file itself knows best, and sometimes alone.
 void VideoWriter::Check(int error) const {
-  if (file_->pb && file_->pb->error < 0) Refuse(LibavMessage(file_->pb->error));
-  if (error < 0) Refuse(LibavMessage(error));
+  if (file_->pb && file_->pb->error < 0) {
+    Refuse(LibavMessage(file_->pb->error));
+  }
+  if (error < 0) {
+    Refuse(LibavMessage(error));
+  }
 }
 
 void VideoWriter::OpenOutput() {
@@ -140,7 +158,9 @@ void VideoWriter::OpenOutput() {
   AVFormatContext* file = nullptr;
   const int error =
       avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], name.c_str());
-  if (error < 0) Refuse(LibavMessage(error));
+  if (error < 0) {
+    Refuse(LibavMessage(error));
+  }
   file_.reset(file);
   file_->flags |= AVFMT_FLAG_BITEXACT;  // no date, no random numbers
   Check(avio_open(&file_->pb, name.c_str(), AVIO_FLAG_WRITE));
@@ -148,7 +168,9 @@ void VideoWriter::OpenOutput() {
 
 void VideoWriter::OpenCodec(const VideoTraits& traits) {
   const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(format_));
-  if (!encoder) Refuse(fmt::format("the encoder {} is not there", EncoderOf(format_)));
+  if (!encoder) {
+    Refuse(fmt::format("the encoder {} is not there", EncoderOf(format_)));
+  }
   codec_.reset(Allocated(avcodec_alloc_context3(encoder)));
   const AVPixelFormat pixels = PixelFormatOf(format_, traits);
   const ColorTags tags = CompleteTags(traits.tags, pixels, traits.height);
@@ -163,7 +185,9 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   codec_->color_primaries = tags.primaries;
   codec_->color_trc = tags.transfer;
   codec_->color_range = IsYuv(pixels) ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
-  if (file_->oformat->flags & AVFMT_GLOBALHEADER) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  if (file_->oformat->flags & AVFMT_GLOBALHEADER) {
+    codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  }
   Options options;
   ChooseOptions(format_, traits, *codec_, options);
   const int error = avcodec_open2(codec_.get(), encoder, options.Get());
@@ -185,13 +209,15 @@ void VideoWriter::OpenSound(const SoundRange& sound) {
 
 void VideoWriter::WriteHeader() {
   Options options;
-  if (format_ != VideoFormat::kMkv) options.Set("movflags", "+faststart");
+  if (format_ != VideoFormat::kMkv) {
+    options.Set("movflags", "+faststart");
+  }
   Check(avformat_write_header(file_.get(), options.Get()));
 }
 
 std::unique_ptr<EncodedFrame> VideoWriter::Encode(std::int32_t, const Image& image,
                                                   const PictureTraits&) const {
-  if (image.width() != codec_->width || image.height() != codec_->height) {
+  if (image.Width() != codec_->width || image.Height() != codec_->height) {
     throw std::invalid_argument("a frame of another size than the video");
   }
   auto encoded = std::make_unique<VideoFrame>();
@@ -210,7 +236,9 @@ void VideoWriter::Write(std::int32_t, std::unique_ptr<EncodedFrame> encoded) {
   AVFrame& frame = *static_cast<VideoFrame&>(*encoded).frame;
   frame.pts = written_++;
   SendFrame(&frame);
-  if (sound_) Check(sound_->CopyUntil(SecondsWritten()));
+  if (sound_) {
+    Check(sound_->CopyUntil(SecondsWritten()));
+  }
 }
 
 double VideoWriter::SecondsWritten() const {
@@ -222,7 +250,9 @@ void VideoWriter::SendFrame(AVFrame* frame) {
   Check(avcodec_send_frame(codec_.get(), frame));
   for (;;) {
     const int error = avcodec_receive_packet(codec_.get(), packet_.get());
-    if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
+    if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) {
+      return;
+    }
     Check(error);
     packet_->stream_index = stream_->index;
     packet_->duration = 1;
@@ -233,7 +263,9 @@ void VideoWriter::SendFrame(AVFrame* frame) {
 
 void VideoWriter::Finish() {
   SendFrame(nullptr);
-  if (sound_) Check(sound_->CopyUntil(SecondsWritten()));
+  if (sound_) {
+    Check(sound_->CopyUntil(SecondsWritten()));
+  }
   Check(av_write_trailer(file_.get()));
   avio_flush(file_->pb);
   Check(0);

@@ -21,9 +21,13 @@ PF_Err CheckoutParam(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t wha
                      std::uint32_t time_scale, PF_ParamDef* def) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     Session& session = command->session;
-    if (const auto refusal = session.faults.Refuses(Service::kCheckoutParam)) return *refusal;
+    if (const auto refusal = session.faults.Refuses(Service::kCheckoutParam)) {
+      return *refusal;
+    }
     if (def == nullptr || command->scene.parameters == nullptr || index < 0 ||
         index >= std::ssize(session.definitions)) {
       return RefuseCall(*command, "checked out parameter " + std::to_string(index) + ", which is not there");
@@ -38,7 +42,9 @@ PF_Err CheckoutParam(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t wha
 PF_Err CheckinParam(PF_ProgPtr effect_ref, PF_ParamDef* def) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     const int id = def == nullptr ? 0 : def->uu.id;
     const bool known = command->session.ledger.Return(Ledger::Kind::kParameter, def, "id", id);
     return known ? PF_Err_NONE : PF_Err_BAD_CALLBACK_PARAM;
@@ -48,8 +54,12 @@ PF_Err CheckinParam(PF_ProgPtr effect_ref, PF_ParamDef* def) noexcept {
 PF_Err AddParam(PF_ProgPtr effect_ref, std::int32_t index, PF_ParamDef* def) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-    if (const auto refusal = command->session.faults.Refuses(Service::kAddParam)) return *refusal;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
+    if (const auto refusal = command->session.faults.Refuses(Service::kAddParam)) {
+      return *refusal;
+    }
     std::vector<PF_ParamDef>* declarations = command->scene.declarations;
     if (def == nullptr || declarations == nullptr || index < -1 || index == 0 ||
         index > std::ssize(*declarations)) {
@@ -65,10 +75,16 @@ template <class Hook, class... Arguments>
 PF_Err Ask(PF_ProgPtr effect_ref, Hook RenderHooks::*hook, Arguments... arguments) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-    if (command->hookFailure) return kRenderStopped;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
+    if (command->hookFailure) {
+      return kRenderStopped;
+    }
     const RenderHooks* hooks = command->scene.hooks;
-    if (hooks == nullptr || !(hooks->*hook)) return PF_Err_NONE;
+    if (hooks == nullptr || !(hooks->*hook)) {
+      return PF_Err_NONE;
+    }
     try {
       return (hooks->*hook)(arguments...) == Verdict::kContinue ? PF_Err_NONE : kRenderStopped;
     } catch (...) {
@@ -90,10 +106,16 @@ PF_Err Fill(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_LRect* rect,
             PF_EffectWorld* world) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-    if (const auto refusal = command->session.faults.Refuses(Service::kFill)) return *refusal;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
+    if (const auto refusal = command->session.faults.Refuses(Service::kFill)) {
+      return *refusal;
+    }
     const auto depth = world == nullptr ? std::nullopt : command->session.worlds.DepthOf(*world);
-    if (!depth) return RefuseCall(*command, "filled a world that this host did not make");
+    if (!depth) {
+      return RefuseCall(*command, "filled a world that this host did not make");
+    }
     FillPixels(color == nullptr ? PF_Pixel{} : *color, rect == nullptr ? BoundsOf(*world) : *rect, *world,
                *depth);
     return PF_Err_NONE;
@@ -104,13 +126,21 @@ PF_Err Copy(PF_ProgPtr effect_ref, PF_EffectWorld* src, PF_EffectWorld* dst, con
             const PF_LRect* dst_rect) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-    if (const auto refusal = command->session.faults.Refuses(Service::kCopy)) return *refusal;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
+    if (const auto refusal = command->session.faults.Refuses(Service::kCopy)) {
+      return *refusal;
+    }
     const WorldTable& worlds = command->session.worlds;
     const auto from = src == nullptr ? std::nullopt : worlds.DepthOf(*src);
     const auto to = dst == nullptr ? std::nullopt : worlds.DepthOf(*dst);
-    if (!from || !to) return RefuseCall(*command, "copied a world that this host did not make");
-    if (*from != *to) return RefuseCall(*command, "copied between worlds of different depths");
+    if (!from || !to) {
+      return RefuseCall(*command, "copied a world that this host did not make");
+    }
+    if (*from != *to) {
+      return RefuseCall(*command, "copied between worlds of different depths");
+    }
     CopyPixels(*src, src_rect == nullptr ? BoundsOf(*src) : *src_rect, *dst,
                dst_rect == nullptr ? BoundsOf(*dst) : *dst_rect, *to);
     return PF_Err_NONE;
@@ -123,23 +153,33 @@ const PF_InteractCallbacks kInteractCallbacks{CheckoutParam, CheckinParam, AddPa
 
 PF_Handle NewHandle(std::uint64_t size) noexcept {
   Command* command = Command::Current();
-  if (command == nullptr) return nullptr;
+  if (command == nullptr) {
+    return nullptr;
+  }
   Session& session = command->session;
-  if (session.faults.Refuses(Service::kNewHandle)) return nullptr;
+  if (session.faults.Refuses(Service::kNewHandle)) {
+    return nullptr;
+  }
   const PF_Handle handle = session.handles.New(size);
-  if (handle == nullptr) return nullptr;
+  if (handle == nullptr) {
+    return nullptr;
+  }
   const PF_Err err = Answer([&]() -> PF_Err {
     session.ledger.Lend(Ledger::Kind::kHandle, handle, "bytes", static_cast<std::int64_t>(size));
     return PF_Err_NONE;
   });
-  if (err == PF_Err_NONE) return handle;
+  if (err == PF_Err_NONE) {
+    return handle;
+  }
   session.handles.Dispose(handle);
   return nullptr;
 }
 
 void DisposeHandle(PF_Handle handle) noexcept {
   Command* command = Command::Current();
-  if (command == nullptr) return;
+  if (command == nullptr) {
+    return;
+  }
   Answer([&]() -> PF_Err {
     command->session.ledger.Return(Ledger::Kind::kHandle, handle, nullptr, 0);
     command->session.handles.Dispose(handle);

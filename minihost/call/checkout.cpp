@@ -55,7 +55,7 @@ PF_ParamDef DefinitionAt(const Session& session, const CommandScene& scene, int 
   PF_ParamDef definition = session.definitions[slot];
   if (definition.param_type == PF_Param_LAYER) {
     definition.u.ld = index == 0 ? scene.input : PF_LayerDef{};
-  } else if (scene.parameters->list()[slot].HasValue()) {
+  } else if (scene.parameters->List()[slot].HasValue()) {
     Store(scene.parameters->At(index, layerFrame), scene, definition);
   }
   return definition;
@@ -73,16 +73,22 @@ std::vector<PF_ParamDef> DefinitionsAt(const Session& session, const CommandScen
 std::vector<PF_ParamDef*> AddressesOf(std::vector<PF_ParamDef>& definitions) {
   std::vector<PF_ParamDef*> addresses;
   addresses.reserve(definitions.size());
-  for (PF_ParamDef& definition : definitions) addresses.push_back(&definition);
+  for (PF_ParamDef& definition : definitions) {
+    addresses.push_back(&definition);
+  }
   return addresses;
 }
 
 double LayerFrameAt(const CommandScene& scene, std::int32_t ticks, std::uint32_t timeScale) noexcept {
   const FrameTiming& timing = scene.timing;
-  if (timing.localTimeStep == 0) return 0;
+  if (timing.localTimeStep == 0) {
+    return 0;
+  }
   double sceneTicks = ticks;
   if (timeScale != timing.timeScale) {
-    if (timeScale == 0) return 0;
+    if (timeScale == 0) {
+      return 0;
+    }
     sceneTicks = sceneTicks * timing.timeScale / timeScale;
   }
   return sceneTicks / std::abs(static_cast<double>(timing.localTimeStep));

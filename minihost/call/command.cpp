@@ -17,7 +17,9 @@ thread_local Command* current = nullptr;
 PF_Fixed ShutterAngle(double degrees) noexcept {
   constexpr double kLow = std::numeric_limits<PF_Fixed>::min();
   constexpr double kHigh = std::numeric_limits<PF_Fixed>::max();
-  if (std::isnan(degrees)) return 0;
+  if (std::isnan(degrees)) {
+    return 0;
+  }
   return static_cast<PF_Fixed>(std::clamp(std::round(degrees / 360 * 65536), kLow, kHigh));
 }
 
@@ -33,12 +35,12 @@ Command::Command(Session& owner, const CommandScene& what) noexcept
     : session(owner),
       scene(what),
       outer_(std::exchange(current, this)),
-      utils_(UtilCallbacks(owner.faults.noHandleCallbacks() ? HandleCallbacks::kMissing
+      utils_(UtilCallbacks(owner.faults.NoHandleCallbacks() ? HandleCallbacks::kMissing
                                                             : HandleCallbacks::kOffered)) {
   inData_.inter = kInteractCallbacks;
   inData_.utils = &utils_;
   inData_.effect_ref = this;
-  inData_.pica_basicP = owner.faults.noBasicSuite() ? nullptr : &kBasicSuite;
+  inData_.pica_basicP = owner.faults.NoBasicSuite() ? nullptr : &kBasicSuite;
   inData_.current_time = what.time;
   inData_.time_step = what.timing.timeStep;
   inData_.local_time_step = what.timing.localTimeStep;
@@ -58,7 +60,9 @@ Command* Command::Current() noexcept {
 }
 
 Command* Command::Named(PF_ProgPtr effect_ref) noexcept {
-  if (current == nullptr || effect_ref == current) return current;
+  if (current == nullptr || effect_ref == current) {
+    return current;
+  }
   Answer([]() -> PF_Err {
     current->session.ledger.AddFault("called back with an effect reference that is not this command's");
     return PF_Err_NONE;

@@ -69,8 +69,8 @@ class Command {
   static Command* Named(PF_ProgPtr effect_ref) noexcept;
 
   /// The records that every command comes with.
-  PF_InData& inData() noexcept { return inData_; }
-  PF_OutData& outData() noexcept { return outData_; }
+  PF_InData& InData() noexcept { return inData_; }
+  PF_OutData& OutData() noexcept { return outData_; }
 
   /// Hands the command to the effect, and takes over its sequence data and its message.
   CommandResult Run(EntryPoint entry, PF_Cmd number, PF_ParamDef* params[], PF_LayerDef* output, void* extra);

@@ -8,7 +8,9 @@ namespace minihost {
 FaultPlan::FaultPlan(Faults faults) : faults_(std::move(faults)) {}
 
 std::optional<PF_Err> FaultPlan::Refuses(Service service) noexcept {
-  if (faults_.refusals.empty()) return std::nullopt;
+  if (faults_.refusals.empty()) {
+    return std::nullopt;
+  }
   const std::uint64_t call = ++calls_[static_cast<std::size_t>(service)];
   for (const Refusal& refusal : faults_.refusals) {
     if (refusal.service == service && (refusal.call == Refusal::kEveryCall || refusal.call == call)) {

@@ -22,8 +22,8 @@ class FaultPlan {
 
   bool LacksSuite(std::string_view name, std::int32_t version) const noexcept;
 
-  bool noHandleCallbacks() const noexcept { return faults_.noHandleCallbacks; }
-  bool noBasicSuite() const noexcept { return faults_.noBasicSuite; }
+  bool NoHandleCallbacks() const noexcept { return faults_.noHandleCallbacks; }
+  bool NoBasicSuite() const noexcept { return faults_.noBasicSuite; }
 
  private:
   Faults faults_;

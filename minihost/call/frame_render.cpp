@@ -40,15 +40,17 @@ void RequireRect(const char* what, const PF_LRect& rect, const PF_LRect& bounds)
 }
 
 void RequireRenderable(const Frame& frame) {
-  if (frame.output == nullptr || frame.output->empty()) {
+  if (frame.output == nullptr || frame.output->Empty()) {
     throw std::invalid_argument("a frame needs an output image");
   }
   const Image& output = *frame.output;
-  if (frame.input != nullptr && frame.input->empty()) {
+  if (frame.input != nullptr && frame.input->Empty()) {
     throw std::invalid_argument("the input image is empty; a layer without pixels has none");
   }
-  if (frame.input == &output) throw std::invalid_argument("the output image is the input image");
-  if (frame.input != nullptr && frame.input->depth() != output.depth()) {
+  if (frame.input == &output) {
+    throw std::invalid_argument("the output image is the input image");
+  }
+  if (frame.input != nullptr && frame.input->PixelDepth() != output.PixelDepth()) {
     throw std::invalid_argument("input and output have different depths");
   }
   if (frame.tile && frame.protocol == Protocol::kPlain) {
@@ -58,11 +60,15 @@ void RequireRenderable(const Frame& frame) {
     throw std::invalid_argument("the smart protocol takes a tile instead of a shown area");
   }
   const PF_LRect layer = BoundsOf((frame.input != nullptr ? *frame.input : output).World());
-  if (frame.tile) RequireRect("tile", *frame.tile, layer);
-  if (frame.shown) RequireRect("shown area", *frame.shown, layer);
+  if (frame.tile) {
+    RequireRect("tile", *frame.tile, layer);
+  }
+  if (frame.shown) {
+    RequireRect("shown area", *frame.shown, layer);
+  }
   const PF_LRect target = frame.tile.value_or(layer);
-  if (output.width() != target.right - target.left || output.height() != target.bottom - target.top) {
-    throw std::invalid_argument("the output is " + SizeText(output.width(), output.height()) +
+  if (output.Width() != target.right - target.left || output.Height() != target.bottom - target.top) {
+    throw std::invalid_argument("the output is " + SizeText(output.Width(), output.Height()) +
                                 " pixels, but what is rendered is " +
                                 SizeText(target.right - target.left, target.bottom - target.top));
   }
@@ -77,8 +83,8 @@ CommandScene SceneOf(const Frame& frame, const ParameterSet& parameters) noexcep
   scene.downsampleY = frame.downsampleY;
   scene.pixelAspectRatio = frame.pixelAspectRatio;
   scene.parameters = &parameters;
-  scene.layerWidth = layer.width();
-  scene.layerHeight = layer.height();
+  scene.layerWidth = layer.Width();
+  scene.layerHeight = layer.Height();
   scene.hooks = &frame.hooks;
   return scene;
 }
@@ -91,7 +97,9 @@ class PreRenderData {
   PreRenderData& operator=(const PreRenderData&) = delete;
 
   ~PreRenderData() {
-    if (data == nullptr) return;
+    if (data == nullptr) {
+      return;
+    }
     const Command command(session_, scene_);
     Answer([this]() -> PF_Err {
       Free();
@@ -105,7 +113,9 @@ class PreRenderData {
 
  private:
   void Free() {
-    if (deleteFunction != nullptr) return deleteFunction(data);
+    if (deleteFunction != nullptr) {
+      return deleteFunction(data);
+    }
     const auto handle = static_cast<PF_Handle>(data);
     if (!session_.handles.Contains(handle)) {
       session_.ledger.AddFault("left pre-render data that is no live handle, and no function to free it");
@@ -129,15 +139,19 @@ class FrameRun {
     } else {
       RenderSmart();
     }
-    if (hookFailure_) std::rethrow_exception(hookFailure_);
+    if (hookFailure_) {
+      std::rethrow_exception(hookFailure_);
+    }
     return std::move(result_);
   }
 
  private:
   void RenderPlain() {
-    const Depth depth = frame_.output->depth();
+    const Depth depth = frame_.output->PixelDepth();
     PF_LayerDef output = frame_.output->World();
-    if (frame_.shown) output.extent_hint = *frame_.shown;
+    if (frame_.shown) {
+      output.extent_hint = *frame_.shown;
+    }
     session_.worlds.Borrow(output, depth);
     if (frame_.input != nullptr) {
       scene_.input = frame_.input->World();
@@ -150,21 +164,25 @@ class FrameRun {
     const PF_LRect tile = frame_.tile.value_or(BoundsOf(frame_.output->World()));
     SmartFrame smart;
     smart.input = frame_.input;
-    smart.depth = frame_.output->depth();
+    smart.depth = frame_.output->PixelDepth();
     smart.time = frame_.time;
     scene_.smart = &smart;
 
     PreRenderData data(session_, scene_);
     PF_RenderRequest request{};
     request.rect = tile;
-    if (!PreRender(request, data)) return;
+    if (!PreRender(request, data)) {
+      return;
+    }
 
     const PF_LRect& rendered = result_.resultRect;
     if (IsEmpty(rendered) || rendered.left != tile.left || rendered.top != tile.top ||
         rendered.right != tile.right || rendered.bottom != tile.bottom) {
       const PF_LayerDef whole = frame_.output->World();
       FillPixels(PF_Pixel{}, BoundsOf(whole), whole, smart.depth);
-      if (IsEmpty(rendered)) return;
+      if (IsEmpty(rendered)) {
+        return;
+      }
     }
     smart.output = PartOf(*frame_.output, {rendered.left - tile.left, rendered.top - tile.top,
                                            rendered.right - tile.left, rendered.bottom - tile.top});
@@ -185,7 +203,9 @@ class FrameRun {
     data.data = output.pre_render_data;
     data.deleteFunction = output.delete_pre_render_data_func;
     session_.ledger.SetKept({session_.sequenceData, data.data});
-    if (result_.err != PF_Err_NONE || hookFailure_) return false;
+    if (result_.err != PF_Err_NONE || hookFailure_) {
+      return false;
+    }
 
     result_.resultRect = output.result_rect;
     result_.maxResultRect = output.max_result_rect;
@@ -207,7 +227,7 @@ class FrameRun {
 
   void Run(PF_Cmd number, PF_ParamDef* params[], PF_LayerDef* output, void* extra) {
     Command command(session_, scene_);
-    static_cast<CommandResult&>(result_) = command.Run(effect_.entry(), number, params, output, extra);
+    static_cast<CommandResult&>(result_) = command.Run(effect_.Entry(), number, params, output, extra);
     hookFailure_ = command.hookFailure;
     session_.worlds.ForgetBorrowed();
     session_.handles.MoveUnlocked();

@@ -24,7 +24,9 @@ PF_Handle HandleTable::New(std::uint64_t size) noexcept {
     auto block = std::make_unique<Block>();
     block->size = std::max<std::size_t>(size, 1);
     block->bytes = std::malloc(block->size);
-    if (block->bytes == nullptr) return nullptr;
+    if (block->bytes == nullptr) {
+      return nullptr;
+    }
     blocks_.push_back(std::move(block));
     return &blocks_.back()->bytes;
   } catch (const std::bad_alloc&) {
@@ -34,7 +36,9 @@ PF_Handle HandleTable::New(std::uint64_t size) noexcept {
 
 HandleTable::Block* HandleTable::Find(PF_Handle handle) const noexcept {
   for (const auto& block : blocks_) {
-    if (&block->bytes == handle) return block.get();
+    if (&block->bytes == handle) {
+      return block.get();
+    }
   }
   return nullptr;
 }
@@ -45,23 +49,31 @@ bool HandleTable::Dispose(PF_Handle handle) noexcept {
 
 void* HandleTable::Lock(PF_Handle handle) noexcept {
   Block* block = Find(handle);
-  if (block == nullptr) return nullptr;
+  if (block == nullptr) {
+    return nullptr;
+  }
   ++block->locks;
   return block->bytes;
 }
 
 bool HandleTable::Unlock(PF_Handle handle) noexcept {
   Block* block = Find(handle);
-  if (block == nullptr || block->locks == 0) return false;
+  if (block == nullptr || block->locks == 0) {
+    return false;
+  }
   --block->locks;
   return true;
 }
 
 void HandleTable::MoveUnlocked() noexcept {
   for (const auto& block : blocks_) {
-    if (block->locks != 0) continue;
+    if (block->locks != 0) {
+      continue;
+    }
     void* moved = std::malloc(block->size);
-    if (moved == nullptr) continue;
+    if (moved == nullptr) {
+      continue;
+    }
     std::memcpy(moved, block->bytes, block->size);
     std::free(block->bytes);
     block->bytes = moved;

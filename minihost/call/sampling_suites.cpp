@@ -14,14 +14,18 @@ bool CanSample(const PF_SampPB* params, const P* dst) noexcept {
 
 template <class P>
 PF_Err Nearest(PF_ProgPtr, PF_Fixed x, PF_Fixed y, const PF_SampPB* params, P* dst) noexcept {
-  if (!CanSample(params, dst)) return PF_Err_BAD_CALLBACK_PARAM;
+  if (!CanSample(params, dst)) {
+    return PF_Err_BAD_CALLBACK_PARAM;
+  }
   *dst = SampleNearest<P>(*params->src, x, y);
   return PF_Err_NONE;
 }
 
 template <class P>
 PF_Err Subpixel(PF_ProgPtr, PF_Fixed x, PF_Fixed y, const PF_SampPB* params, P* dst) noexcept {
-  if (!CanSample(params, dst)) return PF_Err_BAD_CALLBACK_PARAM;
+  if (!CanSample(params, dst)) {
+    return PF_Err_BAD_CALLBACK_PARAM;
+  }
   *dst = SampleBilinear<P>(*params->src, x, y);
   return PF_Err_NONE;
 }
@@ -30,8 +34,12 @@ template <class P>
 PF_Err RefusingSubpixel(PF_ProgPtr effect_ref, PF_Fixed x, PF_Fixed y, const PF_SampPB* params,
                         P* dst) noexcept {
   Command* command = Command::Named(effect_ref);
-  if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-  if (const auto refusal = command->session.faults.Refuses(Service::kSubpixelSample)) return *refusal;
+  if (command == nullptr) {
+    return PF_Err_BAD_CALLBACK_PARAM;
+  }
+  if (const auto refusal = command->session.faults.Refuses(Service::kSubpixelSample)) {
+    return *refusal;
+  }
   return Subpixel(effect_ref, x, y, params, dst);
 }
 

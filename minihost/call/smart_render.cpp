@@ -31,12 +31,18 @@ PF_Err CheckoutLayer(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t che
       return PF_Err_BAD_CALLBACK_PARAM;
     }
     if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutLayer)) {
-      if (*refusal == PF_Err_NONE) *result = PF_CheckoutResult{};
+      if (*refusal == PF_Err_NONE) {
+        *result = PF_CheckoutResult{};
+      }
       return *refusal;
     }
     SmartFrame& frame = *command->scene.smart;
-    if (index != 0) return RefuseCall(*command, "checked out a layer that is not there:", index);
-    if (what_time != frame.time) return RefuseCall(*command, "checked out the layer at time", what_time);
+    if (index != 0) {
+      return RefuseCall(*command, "checked out a layer that is not there:", index);
+    }
+    if (what_time != frame.time) {
+      return RefuseCall(*command, "checked out the layer at time", what_time);
+    }
     if (FindLayer(frame, checkout_id) != nullptr) {
       return RefuseCall(*command, "checked out two layers under the id", checkout_id);
     }
@@ -59,7 +65,9 @@ PF_Err CheckoutLayer(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t che
 PF_Err LendWorld(Command& command, PF_LayerDef& lent, const char* name, std::int32_t number,
                  PF_EffectWorld** world) {
   *world = nullptr;
-  if (lent.data == nullptr) return PF_Err_NONE;
+  if (lent.data == nullptr) {
+    return PF_Err_NONE;
+  }
   command.session.worlds.Borrow(lent, command.scene.smart->depth);
   command.session.ledger.Lend(Ledger::Kind::kLayer, &lent, name, number);
   *world = &lent;
@@ -72,7 +80,9 @@ PF_Err CheckoutLayerPixels(PF_ProgPtr effect_ref, std::int32_t checkout_id, PF_E
     if (command == nullptr || command->scene.smart == nullptr || world == nullptr) {
       return PF_Err_BAD_CALLBACK_PARAM;
     }
-    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutLayerPixels)) return *refusal;
+    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutLayerPixels)) {
+      return *refusal;
+    }
     SmartFrame::Layer* layer = FindLayer(*command->scene.smart, checkout_id);
     if (layer == nullptr) {
       return RefuseCall(*command, "wanted pixels that were not asked for, under the id", checkout_id);
@@ -87,7 +97,9 @@ PF_Err CheckoutOutput(PF_ProgPtr effect_ref, PF_EffectWorld** world) noexcept {
     if (command == nullptr || command->scene.smart == nullptr || world == nullptr) {
       return PF_Err_BAD_CALLBACK_PARAM;
     }
-    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutOutput)) return *refusal;
+    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutOutput)) {
+      return *refusal;
+    }
     return LendWorld(*command, command->scene.smart->output, "output", 0, world);
   });
 }
@@ -100,7 +112,7 @@ const PF_SmartRenderCallbacks kSmartRenderCallbacks{CheckoutLayerPixels, Checkou
 PF_LayerDef PartOf(const Image& image, const PF_LRect& rect) noexcept {
   PF_LayerDef part = image.World();
   part.data = static_cast<std::byte*>(part.data) + std::int64_t{rect.top} * part.rowbytes +
-              std::int64_t{rect.left} * static_cast<std::int64_t>(BytesPerPixel(image.depth()));
+              std::int64_t{rect.left} * static_cast<std::int64_t>(BytesPerPixel(image.PixelDepth()));
   part.width = rect.right - rect.left;
   part.height = rect.bottom - rect.top;
   part.extent_hint = BoundsOf(part);

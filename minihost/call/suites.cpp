@@ -13,7 +13,9 @@ namespace {
 
 void* LockHandle(PF_Handle handle) noexcept {
   Command* command = Command::Current();
-  if (command == nullptr || command->session.faults.Refuses(Service::kLockHandle)) return nullptr;
+  if (command == nullptr || command->session.faults.Refuses(Service::kLockHandle)) {
+    return nullptr;
+  }
   void* bytes = command->session.handles.Lock(handle);
   if (bytes == nullptr) {
     Answer([&]() -> PF_Err {
@@ -26,7 +28,9 @@ void* LockHandle(PF_Handle handle) noexcept {
 
 void UnlockHandle(PF_Handle handle) noexcept {
   Command* command = Command::Current();
-  if (command == nullptr || command->session.handles.Unlock(handle)) return;
+  if (command == nullptr || command->session.handles.Unlock(handle)) {
+    return;
+  }
   Answer([&]() -> PF_Err {
     command->session.ledger.AddFault("unlocked a handle that is not locked");
     return PF_Err_NONE;
@@ -36,9 +40,13 @@ void UnlockHandle(PF_Handle handle) noexcept {
 PF_Err UpdateParamUi(PF_ProgPtr effect_ref, std::int32_t index, const PF_ParamDef* def) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     Session& session = command->session;
-    if (const auto refusal = session.faults.Refuses(Service::kUpdateParamUi)) return *refusal;
+    if (const auto refusal = session.faults.Refuses(Service::kUpdateParamUi)) {
+      return *refusal;
+    }
     if (def == nullptr || index < 1 || index >= std::ssize(session.definitions)) {
       session.ledger.AddFault("changed the look of parameter " + std::to_string(index) +
                               ", which is not there");
@@ -73,7 +81,9 @@ const Offer kOffers[] = {
 
 const Offer* OfferOf(const char* name, std::int32_t version) noexcept {
   for (const Offer& offer : kOffers) {
-    if (name != nullptr && offer.version == version && std::strcmp(offer.name, name) == 0) return &offer;
+    if (name != nullptr && offer.version == version && std::strcmp(offer.name, name) == 0) {
+      return &offer;
+    }
   }
   return nullptr;
 }
@@ -82,9 +92,13 @@ std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** s
   return Answer([&]() -> PF_Err {
     Command* command = Command::Current();
     const Offer* offer = OfferOf(name, version);
-    if (command == nullptr || offer == nullptr || suite == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr || offer == nullptr || suite == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     Session& session = command->session;
-    if (session.faults.LacksSuite(name, version)) return PF_Err_BAD_CALLBACK_PARAM;
+    if (session.faults.LacksSuite(name, version)) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     session.ledger.Lend(Ledger::Kind::kSuite, offer, offer->name, version);
     *suite = session.faults.Touches(Service::kSubpixelSample) ? offer->refusingSuite : offer->suite;
     return PF_Err_NONE;
@@ -94,7 +108,9 @@ std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** s
 std::int32_t ReleaseSuite(const char* name, std::int32_t version) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Current();
-    if (command == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     const bool known =
         command->session.ledger.Return(Ledger::Kind::kSuite, OfferOf(name, version), name, version);
     return known ? PF_Err_NONE : PF_Err_BAD_CALLBACK_PARAM;

@@ -12,7 +12,9 @@ PF_Err NewWorldOf(PF_ProgPtr effect_ref, int width, int height, Depth depth, Cle
                   PF_EffectWorld* world) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr || world == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr || world == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     Session& session = command->session;
     if (const auto refusal = session.faults.Refuses(Service::kNewWorld)) {
       *world = PF_EffectWorld{};
@@ -28,11 +30,15 @@ PF_Err NewWorldOf(PF_ProgPtr effect_ref, int width, int height, Depth depth, Cle
 PF_Err DisposeWorld(PF_ProgPtr effect_ref, PF_EffectWorld* world) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Named(effect_ref);
-    if (command == nullptr || world == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
+    if (command == nullptr || world == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     Session& session = command->session;
     const std::optional<PF_Err> refusal = session.faults.Refuses(Service::kDisposeWorld);
     const bool known = session.ledger.Return(Ledger::Kind::kWorld, world->data, nullptr, world->rowbytes);
-    if (known) session.worlds.Dispose(*world);
+    if (known) {
+      session.worlds.Dispose(*world);
+    }
     return refusal.value_or(known ? PF_Err_NONE : PF_Err_BAD_CALLBACK_PARAM);
   });
 }
@@ -47,7 +53,9 @@ PF_Err NewWorld1(PF_ProgPtr effect_ref, std::int32_t width, std::int32_t height,
 
 std::optional<Depth> DepthOfFormat(PF_PixelFormat format) noexcept {
   for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
-    if (PixelFormatOf(depth) == format) return depth;
+    if (PixelFormatOf(depth) == format) {
+      return depth;
+    }
   }
   return std::nullopt;
 }
@@ -55,7 +63,9 @@ std::optional<Depth> DepthOfFormat(PF_PixelFormat format) noexcept {
 PF_Err NewWorld2(PF_ProgPtr effect_ref, std::int32_t width, std::int32_t height, PF_Boolean clear,
                  PF_PixelFormat format, PF_EffectWorld* world) noexcept {
   const std::optional<Depth> depth = DepthOfFormat(format);
-  if (!depth) return PF_Err_BAD_CALLBACK_PARAM;
+  if (!depth) {
+    return PF_Err_BAD_CALLBACK_PARAM;
+  }
   return NewWorldOf(effect_ref, width, height, *depth,
                     clear != 0 ? Clearing::kTransparentBlack : Clearing::kNone, world);
 }
@@ -63,10 +73,16 @@ PF_Err NewWorld2(PF_ProgPtr effect_ref, std::int32_t width, std::int32_t height,
 PF_Err GetPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* format) noexcept {
   return Answer([&]() -> PF_Err {
     Command* command = Command::Current();
-    if (command == nullptr || world == nullptr || format == nullptr) return PF_Err_BAD_CALLBACK_PARAM;
-    if (const auto refusal = command->session.faults.Refuses(Service::kPixelFormat)) return *refusal;
+    if (command == nullptr || world == nullptr || format == nullptr) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
+    if (const auto refusal = command->session.faults.Refuses(Service::kPixelFormat)) {
+      return *refusal;
+    }
     const std::optional<Depth> depth = command->session.worlds.DepthOf(*world);
-    if (!depth) return PF_Err_BAD_CALLBACK_PARAM;
+    if (!depth) {
+      return PF_Err_BAD_CALLBACK_PARAM;
+    }
     *format = PixelFormatOf(*depth);
     return PF_Err_NONE;
   });

@@ -20,8 +20,10 @@ void WorldTable::New(int width, int height, Depth depth, Clearing clearing, PF_E
 
 bool WorldTable::Dispose(PF_EffectWorld& world) noexcept {
   const auto image = std::find_if(owned_.begin(), owned_.end(),
-                                  [&](const Image& owned) { return owned.data() == world.data; });
-  if (image == owned_.end()) return false;
+                                  [&](const Image& owned) { return owned.Data() == world.data; });
+  if (image == owned_.end()) {
+    return false;
+  }
   owned_.erase(image);
   world = PF_EffectWorld{};
   return true;
@@ -29,10 +31,14 @@ bool WorldTable::Dispose(PF_EffectWorld& world) noexcept {
 
 std::optional<Depth> WorldTable::DepthOf(const PF_EffectWorld& world) const noexcept {
   for (const Known& known : borrowed_) {
-    if (Covers(known.world, world)) return known.depth;
+    if (Covers(known.world, world)) {
+      return known.depth;
+    }
   }
   for (const Image& image : owned_) {
-    if (Covers(image.World(), world)) return image.depth();
+    if (Covers(image.World(), world)) {
+      return image.PixelDepth();
+    }
   }
   return std::nullopt;
 }

@@ -32,7 +32,9 @@ double Exactly(std::int32_t value) noexcept {
 // The shortest decimal number that the float stands for: a limit declared as 0.1f must admit an entered 0.1,
 // which is a little less than the float.
 double Exactly(float value) noexcept {
-  if (!std::isfinite(value)) return value;
+  if (!std::isfinite(value)) {
+    return value;
+  }
   char digits[64];
   const std::to_chars_result written = std::to_chars(digits, digits + sizeof digits, value);
   double decimal = 0;
@@ -62,7 +64,9 @@ std::vector<std::string> SplitChoices(const char* names) {
 }
 
 void LearnPopup(const PF_PopupDef& popup, ParameterInfo& info) {
-  if (popup.u.namesptr == nullptr) Refuse(info, "its choices have no names");
+  if (popup.u.namesptr == nullptr) {
+    Refuse(info, "its choices have no names");
+  }
   info.choices = SplitChoices(popup.u.namesptr);
   if (std::ssize(info.choices) != popup.num_choices) {
     Refuse(info, "it counts " + std::to_string(popup.num_choices) + " choices but names " +
@@ -74,7 +78,9 @@ void LearnPopup(const PF_PopupDef& popup, ParameterInfo& info) {
 }
 
 void LearnCheckBox(const PF_CheckBoxDef& box, ParameterInfo& info) {
-  if (box.u.nameptr != nullptr) info.label = box.u.nameptr;
+  if (box.u.nameptr != nullptr) {
+    info.label = box.u.nameptr;
+  }
   info.validMax = 1;
   info.defaultValue = box.dephault != 0 ? 1.0 : 0.0;
 }
@@ -113,12 +119,18 @@ void LearnValue(const PF_ParamDef& definition, ParameterInfo& info) {
 
 // Comparisons are written so that a NaN fails them.
 void RequireSaneRange(const ParameterInfo& info) {
-  if (!info.HasValue() || !std::holds_alternative<double>(*info.defaultValue)) return;
+  if (!info.HasValue() || !std::holds_alternative<double>(*info.defaultValue)) {
+    return;
+  }
   const auto ordered = [](double low, double high) {
     return std::isfinite(low) && std::isfinite(high) && low <= high;
   };
-  if (!ordered(info.validMin, info.validMax)) Refuse(info, "its valid range is empty or not finite");
-  if (!ordered(info.sliderMin, info.sliderMax)) Refuse(info, "its slider range is empty or not finite");
+  if (!ordered(info.validMin, info.validMax)) {
+    Refuse(info, "its valid range is empty or not finite");
+  }
+  if (!ordered(info.sliderMin, info.sliderMax)) {
+    Refuse(info, "its slider range is empty or not finite");
+  }
   const double value = std::get<double>(*info.defaultValue);
   if (!(value >= info.validMin && value <= info.validMax)) {
     Refuse(info, "its default " + std::to_string(value) + " is outside " + std::to_string(info.validMin) +
@@ -151,11 +163,17 @@ ParameterList LearnParameters(const std::vector<PF_ParamDef>& definitions) {
     RequireSaneRange(info);
 
     if (info.type == PF_Param_GROUP_END) {
-      if (openGroups.empty()) Refuse(info, "it ends a group that was never started");
+      if (openGroups.empty()) {
+        Refuse(info, "it ends a group that was never started");
+      }
       openGroups.pop_back();
     }
-    if (!openGroups.empty()) info.group = openGroups.back();
-    if (info.type == PF_Param_GROUP_START) openGroups.push_back(info.name);
+    if (!openGroups.empty()) {
+      info.group = openGroups.back();
+    }
+    if (info.type == PF_Param_GROUP_START) {
+      openGroups.push_back(info.name);
+    }
     list.push_back(std::move(info));
   }
   if (!openGroups.empty()) {

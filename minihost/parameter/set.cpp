@@ -57,8 +57,10 @@ void RequireFits(const ParameterInfo& info, const Value& value) {
 }
 
 Track WithHolds(const Track& track) {
-  std::vector<Key> keys = track.keys();
-  for (Key& key : keys) key.ease = Ease::kHold;
+  std::vector<Key> keys = track.Keys();
+  for (Key& key : keys) {
+    key.ease = Ease::kHold;
+  }
   return Track(std::move(keys));
 }
 
@@ -66,7 +68,9 @@ Track WithHolds(const Track& track) {
 
 ParameterSet::ParameterSet(SharedParameterList list) : list_(std::move(list)) {
   tracks_.reserve(list_->size());
-  for (const ParameterInfo& info : *list_) tracks_.emplace_back(info.defaultValue.value_or(0.0));
+  for (const ParameterInfo& info : *list_) {
+    tracks_.emplace_back(info.defaultValue.value_or(0.0));
+  }
 }
 
 const ParameterInfo& ParameterSet::Holder(int index) const {
@@ -84,9 +88,12 @@ const ParameterInfo& ParameterSet::Holder(int index) const {
 
 void ParameterSet::Set(int index, Track track) {
   const ParameterInfo& info = Holder(index);
-  if (track.animated() && !info.animatable)
-    Refuse(info, "cannot be animated, but has ", track.keys().size(), " keys");
-  for (const Key& key : track.keys()) RequireFits(info, key.value);
+  if (track.Animated() && !info.animatable) {
+    Refuse(info, "cannot be animated, but has ", track.Keys().size(), " keys");
+  }
+  for (const Key& key : track.Keys()) {
+    RequireFits(info, key.value);
+  }
   tracks_[static_cast<std::size_t>(index)] = IsStepped(info) ? WithHolds(track) : std::move(track);
 }
 

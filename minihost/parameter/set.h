@@ -32,7 +32,7 @@ class ParameterSet {
 
   const Track& TrackOf(int index) const;
 
-  const ParameterList& list() const noexcept { return *list_; }
+  const ParameterList& List() const noexcept { return *list_; }
 
  private:
   const ParameterInfo& Holder(int index) const;

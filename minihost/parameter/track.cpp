@@ -10,7 +10,9 @@ namespace minihost {
 namespace {
 
 bool IsFinite(const Value& value) noexcept {
-  if (const auto* number = std::get_if<double>(&value)) return std::isfinite(*number);
+  if (const auto* number = std::get_if<double>(&value)) {
+    return std::isfinite(*number);
+  }
   if (const auto* color = std::get_if<Color>(&value)) {
     return std::isfinite(color->red) && std::isfinite(color->green) && std::isfinite(color->blue);
   }
@@ -30,7 +32,9 @@ double Mix(double from, double to, double t) noexcept {
 
 // Both hold the same kind.
 Value Mix(const Value& from, const Value& to, double t) {
-  if (const auto* a = std::get_if<double>(&from)) return Mix(*a, std::get<double>(to), t);
+  if (const auto* a = std::get_if<double>(&from)) {
+    return Mix(*a, std::get<double>(to), t);
+  }
   if (const auto* a = std::get_if<Color>(&from)) {
     const Color& b = std::get<Color>(to);
     return Color{Mix(a->red, b.red, t), Mix(a->green, b.green, t), Mix(a->blue, b.blue, t)};
@@ -45,10 +49,16 @@ Value Mix(const Value& from, const Value& to, double t) {
 Track::Track(Value constant) : Track(std::vector<Key>{{0, constant, Ease::kHold}}) {}
 
 Track::Track(std::vector<Key> keys) : keys_(std::move(keys)) {
-  if (keys_.empty()) throw std::invalid_argument("a track without keys has no value");
+  if (keys_.empty()) {
+    throw std::invalid_argument("a track without keys has no value");
+  }
   for (const Key& key : keys_) {
-    if (!std::isfinite(key.frame)) Refuse(key, "stands at no finite time");
-    if (!IsFinite(key.value)) Refuse(key, "holds a value that is not finite");
+    if (!std::isfinite(key.frame)) {
+      Refuse(key, "stands at no finite time");
+    }
+    if (!IsFinite(key.value)) {
+      Refuse(key, "holds a value that is not finite");
+    }
     if (key.value.index() != keys_.front().value.index()) {
       Refuse(key, "holds another kind of value than the first key");
     }
@@ -56,15 +66,21 @@ Track::Track(std::vector<Key> keys) : keys_(std::move(keys)) {
   std::sort(keys_.begin(), keys_.end(), [](const Key& a, const Key& b) { return a.frame < b.frame; });
   const auto twin = std::adjacent_find(keys_.begin(), keys_.end(),
                                        [](const Key& a, const Key& b) { return a.frame == b.frame; });
-  if (twin != keys_.end()) Refuse(*twin, "is not the only one there");
+  if (twin != keys_.end()) {
+    Refuse(*twin, "is not the only one there");
+  }
 }
 
 Value Track::At(double frame) const {
   const auto next = std::upper_bound(keys_.begin(), keys_.end(), frame,
                                      [](double time, const Key& key) { return time < key.frame; });
-  if (next == keys_.begin()) return keys_.front().value;
+  if (next == keys_.begin()) {
+    return keys_.front().value;
+  }
   const Key& key = *(next - 1);
-  if (next == keys_.end() || key.ease == Ease::kHold || key.frame == frame) return key.value;
+  if (next == keys_.end() || key.ease == Ease::kHold || key.frame == frame) {
+    return key.value;
+  }
 
   const double t = (frame - key.frame) / (next->frame - key.frame);
   return Mix(key.value, next->value, key.ease == Ease::kSmooth ? t * t * (3 - 2 * t) : t);

@@ -50,10 +50,10 @@ class Track {
   /// Before the first key its value, after the last key its value, on a key exactly that key's value.
   Value At(double frame) const;
 
-  bool animated() const noexcept { return keys_.size() > 1; }
+  bool Animated() const noexcept { return keys_.size() > 1; }
 
   /// In the order of their frames; a constant is one key at frame 0.
-  const std::vector<Key>& keys() const noexcept { return keys_; }
+  const std::vector<Key>& Keys() const noexcept { return keys_; }
 
  private:
   std::vector<Key> keys_;

@@ -55,7 +55,9 @@ void CopyUnscaled(const PF_LayerDef& src, const PF_LRect& srcRect, const PF_Laye
                   const PF_LRect& dstRect, Depth depth) noexcept {
   const Overlap columns = OverlapOf(srcRect.left, dstRect.left, WidthOf(srcRect), src.width, dst.width);
   const Overlap rows = OverlapOf(srcRect.top, dstRect.top, HeightOf(srcRect), src.height, dst.height);
-  if (columns.count == 0) return;
+  if (columns.count == 0) {
+    return;
+  }
 
   const std::size_t bytes = static_cast<std::size_t>(columns.count) * BytesPerPixel(depth);
   // Within one buffer, a row must be read before the copy reaches it.
@@ -88,7 +90,9 @@ void FillPixels(const PF_Pixel& color, const PF_LRect& rect, const PF_LayerDef& 
 
 void CopyPixels(const PF_LayerDef& src, const PF_LRect& srcRect, const PF_LayerDef& dst,
                 const PF_LRect& dstRect, Depth depth) {
-  if (IsEmpty(srcRect) || IsEmpty(dstRect)) return;
+  if (IsEmpty(srcRect) || IsEmpty(dstRect)) {
+    return;
+  }
   if (WidthOf(srcRect) == WidthOf(dstRect) && HeightOf(srcRect) == HeightOf(dstRect)) {
     CopyUnscaled(src, srcRect, dst, dstRect, depth);
   } else {
@@ -97,10 +101,10 @@ void CopyPixels(const PF_LayerDef& src, const PF_LRect& srcRect, const PF_LayerD
 }
 
 Image Resized(const Image& source, int width, int height) {
-  Image resized(width, height, source.depth(), Clearing::kNone);
+  Image resized(width, height, source.PixelDepth(), Clearing::kNone);
   const PF_LayerDef from = source.World();
   const PF_LayerDef to = resized.World();
-  CopyPixels(from, BoundsOf(from), to, BoundsOf(to), source.depth());
+  CopyPixels(from, BoundsOf(from), to, BoundsOf(to), source.PixelDepth());
   return resized;
 }
 

@@ -31,7 +31,9 @@ Image::Image(int width, int height, Depth depth, Clearing clearing) {
   rowBytes_ = PaddedRowBytes(width, depth);
   const std::size_t size = rowBytes_ * static_cast<std::size_t>(height);
   pixels_.reset(static_cast<std::byte*>(::operator new (size, std::align_val_t{kRowAlignment})));
-  if (clearing == Clearing::kTransparentBlack) std::memset(pixels_.get(), 0, size);
+  if (clearing == Clearing::kTransparentBlack) {
+    std::memset(pixels_.get(), 0, size);
+  }
 }
 
 Image::Image(Image&& other) noexcept
@@ -53,9 +55,11 @@ Image& Image::operator=(Image&& other) noexcept {
 }
 
 Image Image::Clone() const {
-  if (empty()) return {};
+  if (Empty()) {
+    return {};
+  }
   Image copy(width_, height_, depth_, Clearing::kNone);
-  std::memcpy(copy.data(), data(), rowBytes_ * static_cast<std::size_t>(height_));
+  std::memcpy(copy.Data(), Data(), rowBytes_ * static_cast<std::size_t>(height_));
   return copy;
 }
 

@@ -39,8 +39,12 @@ inline constexpr Depth kDepthOf = sizeof(P) == sizeof(PF_Pixel)     ? Depth::kBi
 /// a depth that is known only at run time: `WithPixel(depth, [&](auto pixel) { Task<decltype(pixel)>(); })`.
 template <class Task>
 decltype(auto) WithPixel(Depth depth, Task&& task) {
-  if (depth == Depth::kBits8) return task(PF_Pixel{});
-  if (depth == Depth::kBits16) return task(PF_Pixel16{});
+  if (depth == Depth::kBits8) {
+    return task(PF_Pixel{});
+  }
+  if (depth == Depth::kBits16) {
+    return task(PF_Pixel16{});
+  }
   return task(PF_PixelFloat{});
 }
 
@@ -70,29 +74,29 @@ class Image {
   /// An image of its own with the same pixels.
   Image Clone() const;
 
-  int width() const noexcept { return width_; }
-  int height() const noexcept { return height_; }
-  Depth depth() const noexcept { return depth_; }
-  bool empty() const noexcept { return width_ == 0; }
+  int Width() const noexcept { return width_; }
+  int Height() const noexcept { return height_; }
+  Depth PixelDepth() const noexcept { return depth_; }
+  bool Empty() const noexcept { return width_ == 0; }
 
   /// Bytes from one row to the next; a multiple of kRowAlignment.
-  std::size_t rowBytes() const noexcept { return rowBytes_; }
+  std::size_t RowBytes() const noexcept { return rowBytes_; }
 
   /// The first byte of the first row; null in an empty image.
-  std::byte* data() noexcept { return pixels_.get(); }
-  const std::byte* data() const noexcept { return pixels_.get(); }
+  std::byte* Data() noexcept { return pixels_.get(); }
+  const std::byte* Data() const noexcept { return pixels_.get(); }
 
   /// The `width()` pixels of `row` (0 is the topmost).  `P` is the pixel type of the image's depth.
   template <class P>
   std::span<P> Row(int row) noexcept {
     assert(kDepthOf<P> == depth_ && row >= 0 && row < height_);
-    return {reinterpret_cast<P*>(data() + static_cast<std::size_t>(row) * rowBytes_),
+    return {reinterpret_cast<P*>(Data() + static_cast<std::size_t>(row) * rowBytes_),
             static_cast<std::size_t>(width_)};
   }
   template <class P>
   std::span<const P> Row(int row) const noexcept {
     assert(kDepthOf<P> == depth_ && row >= 0 && row < height_);
-    return {reinterpret_cast<const P*>(data() + static_cast<std::size_t>(row) * rowBytes_),
+    return {reinterpret_cast<const P*>(Data() + static_cast<std::size_t>(row) * rowBytes_),
             static_cast<std::size_t>(width_)};
   }
 

@@ -65,9 +65,13 @@ std::vector<Cover> CoversOf(const Axis& axis) {
     const std::uint64_t end = begin + perTarget;
     const std::uint64_t first = std::max(begin / perSource, firstInside);
     const std::uint64_t last = (end - 1) / perSource;
-    if (reach <= 0 || first >= static_cast<std::uint64_t>(reach)) continue;
+    if (reach <= 0 || first >= static_cast<std::uint64_t>(reach)) {
+      continue;
+    }
     const std::uint64_t lastInside = std::min(last, static_cast<std::uint64_t>(reach) - 1);
-    if (lastInside < first) continue;
+    if (lastInside < first) {
+      continue;
+    }
 
     const auto weightOf = [&](std::uint64_t source) {
       return static_cast<double>(std::min((source + 1) * perSource, end) -
@@ -131,8 +135,12 @@ class Run<PF_Pixel> {
  public:
   void Add(const PF_Pixel* pixels, std::int32_t count) noexcept {
     std::int32_t i = 0;
-    for (; i + 1 < count; i += 2) AddPair(BitsOf<std::uint64_t>(pixels + i));
-    if (i < count) AddPair(BitsOf<std::uint32_t>(pixels + i));
+    for (; i + 1 < count; i += 2) {
+      AddPair(BitsOf<std::uint64_t>(pixels + i));
+    }
+    if (i < count) {
+      AddPair(BitsOf<std::uint32_t>(pixels + i));
+    }
   }
 
   void AddTo(Sums& sums, double weight) const noexcept {
@@ -175,11 +183,15 @@ template <class P>
 void AddRow(const P* row, double rowWeight, const std::vector<Cover>& columns, Sums* sums) noexcept {
   for (const Cover& cover : columns) {
     Sums& sum = *sums++;
-    if (cover.first < cover.wholeFirst) AddPixel(row[cover.first], rowWeight * cover.firstWeight, sum);
+    if (cover.first < cover.wholeFirst) {
+      AddPixel(row[cover.first], rowWeight * cover.firstWeight, sum);
+    }
     Run<P> run;
     run.Add(row + cover.wholeFirst, cover.wholeEnd - cover.wholeFirst);
     run.AddTo(sum, rowWeight * cover.wholeWeight);
-    if (cover.wholeEnd < cover.end) AddPixel(row[cover.end - 1], rowWeight * cover.lastWeight, sum);
+    if (cover.wholeEnd < cover.end) {
+      AddPixel(row[cover.end - 1], rowWeight * cover.lastWeight, sum);
+    }
   }
 }
 

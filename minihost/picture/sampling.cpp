@@ -184,7 +184,9 @@ P SampleBilinear(const PF_LayerDef& src, PF_Fixed x, PF_Fixed y) noexcept {
   const Place column = PlaceOf(x, src.width);
   const Place row = PlaceOf(y, src.height);
   const P* top = RowOf<P>(src, row.pixel) + column.pixel;
-  if ((column.fraction | row.fraction) == 0) return *top;
+  if ((column.fraction | row.fraction) == 0) {
+    return *top;
+  }
 
   // Where a fraction is 0 the pixel beyond may not exist, and has no weight.
   const P* bottom = row.fraction == 0 ? top : RowOf<P>(src, row.pixel + 1) + column.pixel;

@@ -36,7 +36,9 @@ TEST(Commands, GlobalSetupKeepsTheHostsBits) {
 TEST(Commands, SequenceRecordIsMadeOnceAndFreedOnceWithHandlesOrWithout) {
   for (const bool withHandles : {true, false}) {
     RecordingHost host;
-    if (!withHandles) host.utils.host_new_handle = nullptr, host.utils.host_dispose_handle = nullptr;
+    if (!withHandles) {
+      host.utils.host_new_handle = nullptr, host.utils.host_dispose_handle = nullptr;
+    }
     EXPECT_EQ(host.Call(PF_Cmd_SEQUENCE_SETDOWN), 0);
     EXPECT_EQ(host.Call(PF_Cmd_SEQUENCE_SETUP), 0);
     const std::string empty = "\xFF\xFF\xFF\xFF" + std::string(24, '\0');
@@ -67,8 +69,8 @@ TEST(Commands, AboutTextGoesBeforeTheHostsAndIsCut) {
 }
 
 TEST(Commands, EmbedDepthIsGreyExactlyWithoutTheOriginal) {
-  for (const PF_Cmd cmd : {PF_Cmd_USER_CHANGED_PARAM, PF_Cmd_UPDATE_PARAMS_UI})
-    for (const int type : {0, 1, 4, 5, 6, 7, 10, 11, 12, 13, 14})
+  for (const PF_Cmd cmd : {PF_Cmd_USER_CHANGED_PARAM, PF_Cmd_UPDATE_PARAMS_UI}) {
+    for (const int type : {0, 1, 4, 5, 6, 7, 10, 11, 12, 13, 14}) {
       for (const int composite : {0, 1, 2}) {
         RecordingHost host;
         host.params[26].u.bd.value = composite;
@@ -79,13 +81,17 @@ TEST(Commands, EmbedDepthIsGreyExactlyWithoutTheOriginal) {
         PF_ParamDef expected = held;
         const bool hasTwirly = type == 1 || type == 10 || type >= 13;
         expected.ui_flags ^= 0x20;
-        if (composite == 0 && hasTwirly) expected.flags |= 0x20;
+        if (composite == 0 && hasTwirly) {
+          expected.flags |= 0x20;
+        }
         host.Refuse("PF_UpdateParamUI 30", 19);
         EXPECT_EQ(host.Call(cmd), 19);
         EXPECT_EQ(std::memcmp(&host.updated, &expected, sizeof expected), 0) << type << ' ' << composite;
         EXPECT_EQ(held.ui_flags, composite != 0 ? 0x61 : 0x41);
         EXPECT_EQ(host.Outstanding(), "");
       }
+    }
+  }
 }
 
 // Everything is given back before the exception becomes a status, and no message is written.
@@ -102,8 +108,8 @@ TEST(Guard, TurnsExceptionsIntoStatuses) {
        {"checkout_output", "acquire PF World Suite 2", "PF_GetPixelFormat", "checkout 1 ", "checkout 28 ",
         "util new_handle", "acquire PF Sampling8", "copy input[", "tan", "checkout 5 ", "abort", "new_world",
         "copy inputall", "checkout 13 @250", "sample", "progress"}}};
-  for (const auto& [action, status] : kinds)
-    for (const auto& [cmd, calls] : commands)
+  for (const auto& [action, status] : kinds) {
+    for (const auto& [cmd, calls] : commands) {
       for (const std::string& call : calls) {
         SCOPED_TRACE(call);
         RecordingHost host;
@@ -113,16 +119,20 @@ TEST(Guard, TurnsExceptionsIntoStatuses) {
         EXPECT_EQ(host.Outstanding(), "");
         EXPECT_STREQ(host.out.return_msg, "");
       }
+    }
+  }
 }
 
 TEST(Guard, ACommandFailsWithoutItsSuite) {
-  for (const auto& [cmd, call] : {std::pair{14, "acquire PF P"}, {23, "acquire PF H"}, {24, "acquire PF S"}})
+  for (const auto& [cmd, call] :
+       {std::pair{14, "acquire PF P"}, {23, "acquire PF H"}, {24, "acquire PF S"}}) {
     for (const PF_Err answer : {PF_Err{1}, RecordingHost::kNullSuite}) {
       RecordingHost host;
       host.Refuse(call, answer);
       EXPECT_EQ(host.Frame(cmd, 0), 516) << call;
       EXPECT_EQ(host.Outstanding(), "") << call;
     }
+  }
 }
 
 }  // namespace

@@ -21,19 +21,26 @@ std::string Describe(const PF_ParamDef& def) {
     values('=', s.value, s.dephault);
   };
   const auto color = [&](PF_Pixel p) { values('=', int{p.alpha}, int{p.red}, int{p.green}, int{p.blue}); };
-  if (type == PF_Param_SLIDER) slider(u.sd);
+  if (type == PF_Param_SLIDER) {
+    slider(u.sd);
+  }
   if (type == PF_Param_FLOAT_SLIDER) {
     slider(u.fs_d);
     values("decimals", u.fs_d.precision, u.fs_d.curve_tolerance, u.fs_d.display_flags, u.fs_d.fs_flags);
   }
-  if (type == PF_Param_CHECKBOX) values(u.bd.u.nameptr, '=', u.bd.value, u.bd.dephault);
-  if (type == PF_Param_POPUP) values(u.pd.num_choices, u.pd.u.namesptr, '=', u.pd.value, u.pd.dephault);
+  if (type == PF_Param_CHECKBOX) {
+    values(u.bd.u.nameptr, '=', u.bd.value, u.bd.dephault);
+  }
+  if (type == PF_Param_POPUP) {
+    values(u.pd.num_choices, u.pd.u.namesptr, '=', u.pd.value, u.pd.dephault);
+  }
   if (type == PF_Param_COLOR) {
     color(u.cd.value);
     color(u.cd.dephault);
   }
-  if (type == PF_Param_POINT)
+  if (type == PF_Param_POINT) {
     values('=', u.td.x_value, u.td.y_value, u.td.x_dephault, u.td.y_dephault, int{u.td.restrict_bounds});
+  }
   return text.str();
 }
 

@@ -14,8 +14,11 @@ TEST(SuiteCache, AcquiresEverySlotOnceAndGivesItBackOnce) {
   std::string acquired;
   {
     const AEGP_SuiteHandler suites(host.in.pica_basicP);
-    for (int round = 0; round < 2; ++round)
-      for (std::size_t slot = 0; slot < 98; ++slot) EXPECT_NE(suites.Suite(slot), nullptr);
+    for (int round = 0; round < 2; ++round) {
+      for (std::size_t slot = 0; slot < 98; ++slot) {
+        EXPECT_NE(suites.Suite(slot), nullptr);
+      }
+    }
     acquired = host.log;
   }
   EXPECT_EQ(std::count(acquired.begin(), acquired.end(), '\n'), 98);
@@ -25,7 +28,7 @@ TEST(SuiteCache, AcquiresEverySlotOnceAndGivesItBackOnce) {
 
 TEST(PixelFormat, IsAskedOnceAndJudgedByFlagsWithoutTheSuite) {
   const std::string asked = "acquire PF World Suite 2\nPF_GetPixelFormat output\nrelease PF World Suite 2\n";
-  for (const PF_Err refusal : {PF_Err{0}, PF_Err{3}, RecordingHost::kNullSuite})
+  for (const PF_Err refusal : {PF_Err{0}, PF_Err{3}, RecordingHost::kNullSuite}) {
     for (const int flags : {0, 1, 2, 3}) {
       RecordingHost host;
       host.format = 0x12345678;
@@ -36,10 +39,12 @@ TEST(PixelFormat, IsAskedOnceAndJudgedByFlagsWithoutTheSuite) {
       EXPECT_EQ(host.log, "");
       env.output = &host.output;
       const PF_PixelFormat byFlags = (flags & 1) != 0 ? 0x36316561 : 0x62677261;
-      for (int call = 0; call < 2; ++call)
+      for (int call = 0; call < 2; ++call) {
         EXPECT_EQ(env.PixelFormat(), refusal == 0 ? 0x12345678 : byFlags) << flags;
+      }
       EXPECT_EQ(host.log, refusal == 0 ? asked : "acquire PF World Suite 2\n");
     }
+  }
 }
 
 }  // namespace

@@ -20,8 +20,9 @@ constexpr int kRates[] = {5, 7, 13};
 
 std::string Reads(std::initializer_list<int> indices, int time, int step = 100) {
   std::ostringstream text;
-  for (const int index : indices)
+  for (const int index : indices) {
     text << "checkout " << index << " @" << time << "/" << step << "/1000\ncheckin " << index << "\n";
+  }
   return text.str();
 }
 
@@ -35,7 +36,7 @@ TEST(Frame, CallsComeInOrder) {
       {PF_PixelFormat_ARGB128, "Float", "World Suite 2\n", "PF_NewWorld 4x3 clear 0 format 842229089\n",
        "PF_DisposeWorld\n"},
   };
-  for (const auto& depth : depths)
+  for (const auto& depth : depths) {
     for (const bool smart : {false, true}) {
       const std::string sampling = "PF Sampling" + depth.sampling + " Suite 1\n";
       std::string calls = smart ? "checkout_layer_pixels 0\ncheckout_output\n" : "";
@@ -57,6 +58,7 @@ TEST(Frame, CallsComeInOrder) {
       EXPECT_EQ(host.smartInput.pre_render_data, nullptr);
       EXPECT_EQ(host.Outstanding(), "");
     }
+  }
 }
 
 TEST(Frame, ContinuesTheMotionSumsOrTakesThemAnew) {
@@ -88,7 +90,9 @@ TEST(Frame, ContinuesTheMotionSumsOrTakesThemAnew) {
     RecordingHost host;
     host.in.time_step = 40;
     host.in.local_time_step = row.local;
-    for (const int rate : kRates) host.curves[rate] = [rate](int time) { return rate + 0.1 * time; };
+    for (const int rate : kRates) {
+      host.curves[rate] = [rate](int time) { return rate + 0.1 * time; };
+    }
     host.Call(PF_Cmd_SEQUENCE_SETUP);
     const Record cached{row.cached, {1e3, -2e3, 0.25}};
     std::memcpy(*host.out.sequence_data, &cached, 28);
@@ -98,7 +102,9 @@ TEST(Frame, ContinuesTheMotionSumsOrTakesThemAnew) {
     for (const std::int32_t& time : row.samples) {
       reads += Reads({5, 7, 13}, time, row.continues ? 40 : row.local);
       const double weight = &time == &row.samples.back() ? row.lastWeight : 1.0;
-      for (int i = 0; i < 3; ++i) expected.sums[i] += weight * (kRates[i] + 0.1 * time);
+      for (int i = 0; i < 3; ++i) {
+        expected.sums[i] += weight * (kRates[i] + 0.1 * time);
+      }
     }
     EXPECT_EQ(host.Frame(PF_Cmd_SMART_RENDER, row.time), 0);
     EXPECT_NE(host.log.find(reads + "abort"), std::string::npos) << host.log;
@@ -146,7 +152,7 @@ const Ending kEndings[] = {
 };
 
 TEST(Frame, EndsAsPromisedAndGivesEverythingBack) {
-  for (const Ending& row : kEndings)
+  for (const Ending& row : kEndings) {
     for (const PF_Cmd cmd : {PF_Cmd_RENDER, PF_Cmd_SMART_RENDER}) {
       SCOPED_TRACE(testing::Message() << &row - kEndings << " at command " << cmd);
       RecordingHost host;
@@ -165,9 +171,12 @@ TEST(Frame, EndsAsPromisedAndGivesEverythingBack) {
       ASSERT_EQ(host.out.sequence_data == nullptr, row.recordTime == kAbsent);
       EXPECT_STREQ(host.out.return_msg, row.recordTime == kAbsent ? "Out of memory.. (1:1)" : "");
       std::int32_t time = kAbsent;
-      if (row.recordTime != kAbsent) std::memcpy(&time, *host.out.sequence_data, sizeof time);
+      if (row.recordTime != kAbsent) {
+        std::memcpy(&time, *host.out.sequence_data, sizeof time);
+      }
       EXPECT_EQ(time, row.recordTime);
     }
+  }
 }
 
 TEST(Frame, SmartOneNeedsWorldsAndGeometry) {

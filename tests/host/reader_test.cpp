@@ -13,7 +13,9 @@ namespace {
 TEST(Readers, CheckOutAndInAtOnceAndGiveTheDefaultWhereTheHostRefuses) {
   for (const bool refused : {false, true}) {
     RecordingHost host;
-    if (refused) host.Refuse("checkout");
+    if (refused) {
+      host.Refuse("checkout");
+    }
     host.params[2].u.fs_d.value = 0.1;
     host.params[31].u.sd.value = INT_MIN;
     host.params[25].u.pd.value = 7;

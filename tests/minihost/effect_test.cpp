@@ -11,7 +11,7 @@ TEST_F(EffectTest, LearnsWhatTheSetUpSays) {
     return PF_Err_NONE;
   });
   const auto effect = Make();
-  const EffectVersion& v = effect->version();
+  const EffectVersion& v = effect->Version();
   EXPECT_EQ((std::array{v.version, v.subversion, v.fixLevel, v.stage, v.build}), (std::array{3, 2, 1, 3, 7}));
 }
 
@@ -25,9 +25,10 @@ TEST_F(EffectTest, RefusesAnEffectWhoseSetUpFails) {
     On(number, handler);
     EXPECT_THAT(ErrorOf([] { Instance instance(Make()); }), HasSubstr(message));
   }
-  for (const char* path : {"libm.so.6", "/nowhere/effect.so", "/proc/self/status"})
+  for (const char* path : {"libm.so.6", "/nowhere/effect.so", "/proc/self/status"}) {
     EXPECT_THAT(ErrorOf([&] { Effect::Load(path); }), HasSubstr(path));
-  EXPECT_TRUE(Effect::Load(VINTREL_MODULE)->supportsSmartRender());
+  }
+  EXPECT_TRUE(Effect::Load(VINTREL_MODULE)->SupportsSmartRender());
 }
 
 TEST_F(EffectTest, SequenceDataStaysWithTheInstanceAndMovesBetweenCommands) {
@@ -42,11 +43,14 @@ TEST_F(EffectTest, SequenceDataStaysWithTheInstanceAndMovesBetweenCommands) {
     return PF_Err{++*static_cast<char*>(*call.out.sequence_data)};
   });
   Instance first(Make()), second(Make());
-  for (const int count : {11, 12, 13}) EXPECT_EQ(first.Send(PF_Cmd_SEQUENCE_FLATTEN).err, count);
+  for (const int count : {11, 12, 13}) {
+    EXPECT_EQ(first.Send(PF_Cmd_SEQUENCE_FLATTEN).err, count);
+  }
   EXPECT_EQ(second.Send(PF_Cmd_SEQUENCE_FLATTEN).err, 11);
   ExpectClean(first);
   first.Close();
-  EXPECT_THAT(first.ledger().Missing(), testing::ElementsAre("handle \"bytes\" 1")) << "beyond the set-down";
+  EXPECT_THAT(first.HostLedger().Missing(), testing::ElementsAre("handle \"bytes\" 1"))
+      << "beyond the set-down";
   EXPECT_THROW(first.Send(PF_Cmd_SEQUENCE_FLATTEN), std::logic_error);
 }
 
@@ -72,8 +76,8 @@ TEST_F(EffectTest, LedgerNamesWhatIsNotBackAndEveryCallAgainstTheRules) {
     On(PF_Cmd_SEQUENCE_FLATTEN, [&act = act](Call& call) { return act(call), PF_Err_NONE; });
     Instance instance(Make());
     instance.Send(PF_Cmd_SEQUENCE_FLATTEN);
-    std::vector<std::string> lines = instance.ledger().Missing();
-    std::ranges::copy(instance.ledger().faults(), std::back_inserter(lines));
+    std::vector<std::string> lines = instance.HostLedger().Missing();
+    std::ranges::copy(instance.HostLedger().Faults(), std::back_inserter(lines));
     EXPECT_THAT(lines, testing::ElementsAre(HasSubstr(line)));
   }
 }

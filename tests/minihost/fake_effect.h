@@ -58,8 +58,11 @@ class FakeEffectTest : public testing::Test {
     handlers_.clear();
     On(PF_Cmd_PARAMS_SETUP, [](Call& call) {
       PF_Err err = PF_Err_NONE;
-      for (PF_ParamDef& definition : FakeDefinitions())
-        if (call.out.num_params++ > 0) err |= call.in.inter.add_param(call.in.effect_ref, -1, &definition);
+      for (PF_ParamDef& definition : FakeDefinitions()) {
+        if (call.out.num_params++ > 0) {
+          err |= call.in.inter.add_param(call.in.effect_ref, -1, &definition);
+        }
+      }
       return err;
     });
   }
@@ -75,8 +78,8 @@ class FakeEffectTest : public testing::Test {
   static std::shared_ptr<const Effect> Make() { return Effect::Linked(Entry); }
 
   static void ExpectClean(const Instance& instance) {
-    EXPECT_THAT(instance.ledger().Missing(), testing::IsEmpty());
-    EXPECT_THAT(instance.ledger().faults(), testing::IsEmpty());
+    EXPECT_THAT(instance.HostLedger().Missing(), testing::IsEmpty());
+    EXPECT_THAT(instance.HostLedger().Faults(), testing::IsEmpty());
   }
 
  private:

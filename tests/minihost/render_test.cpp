@@ -27,7 +27,7 @@ double CheckOutAmount(Call& call, std::int32_t time, std::uint32_t scale) {
 
 TEST_F(RenderTest, PlainProtocolBringsEveryRecord) {
   const auto effect = Make();
-  ParameterSet parameters(effect->sharedParameters());
+  ParameterSet parameters(effect->SharedParameters());
   parameters.Set(kAmount, Track({{-2, 1.0}, {98, 101.0}}));
   for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
     const Image input(64, 40, depth);
@@ -36,7 +36,7 @@ TEST_F(RenderTest, PlainProtocolBringsEveryRecord) {
       EXPECT_EQ(call.in.local_time_step, -100);
       EXPECT_EQ(call.in.shutter_angle, 65536 / 4);
       EXPECT_EQ(call.in.downsample_y.den, 3u);
-      EXPECT_EQ(call.params[0]->u.ld.data, input.data());
+      EXPECT_EQ(call.params[0]->u.ld.data, input.Data());
       EXPECT_EQ(call.params[kAmount]->u.fs_d.value, 10) << "at the current time";
       EXPECT_EQ(call.params[kCentre]->u.td.x_value, 32 << 16);
       EXPECT_EQ(CheckOutAmount(call, 25, 300), 5.5) << "counted in other ticks";
@@ -73,7 +73,9 @@ TEST_F(RenderTest, SmartProtocolRendersWhatTheEffectPromisesOfATile) {
   for (const Depth depth : {Depth::kBits8, Depth::kBits16, Depth::kFloat}) {
     Instance instance(Make());
     Image input(64, 40, depth), output(20, 20, depth);
-    for (std::size_t i = 0; i < 40 * input.rowBytes(); ++i) input.data()[i] = std::byte(i % 113 + 1);
+    for (std::size_t i = 0; i < 40 * input.RowBytes(); ++i) {
+      input.Data()[i] = std::byte(i % 113 + 1);
+    }
     Frame frame = FrameOf(Protocol::kSmart, &input, output);
     frame.tile = PF_LRect{10, 5, 30, 25};
     for (const PF_LRect& part : {*frame.tile, PF_LRect{12, 7, 20, 9}, PF_LRect{}}) {
@@ -83,7 +85,7 @@ TEST_F(RenderTest, SmartProtocolRendersWhatTheEffectPromisesOfATile) {
       const Image want(20, 20, depth);
       CopyPixels(input.World(), part, want.World(),
                  {part.left - 10, part.top - 5, part.right - 10, part.bottom - 5}, depth);
-      EXPECT_TRUE(std::equal(want.data(), want.data() + 20 * want.rowBytes(), output.data()));
+      EXPECT_TRUE(std::equal(want.Data(), want.Data() + 20 * want.RowBytes(), output.Data()));
     }
     promised = {9, 5, 30, 25};
     EXPECT_THAT(instance.Render(frame).message, HasSubstr("more than the request"));
@@ -109,12 +111,14 @@ TEST_F(RenderTest, InstancesRunSideBySideWithoutKnowingOfEachOther) {
   });
   const auto effect = Make();
   const auto run = [&effect](int amount) {
-    ParameterSet parameters(effect->sharedParameters());
+    ParameterSet parameters(effect->SharedParameters());
     parameters.Set(kAmount, Track(1.0 * amount));
     Instance instance(effect, parameters);
     Image output(32, 32, Depth::kFloat);
     const Frame frame = FrameOf(Protocol::kPlain, nullptr, output);
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(instance.Render(frame).err, amount);
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_EQ(instance.Render(frame).err, amount);
+    }
     ExpectClean(instance);
   };
   const std::jthread other(run, 10);

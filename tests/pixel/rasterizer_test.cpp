@@ -71,7 +71,7 @@ Visits Plain(const PF_InData& inData, const Flake& flake, GuardedWorld<T>& image
   const auto [left, right] = bounds(x0, x1, scale.xScaleF, image.World()->width);
   const auto [top, bottom] = bounds(y0, y1, scale.yScaleF, image.World()->height);
   Visits result;
-  for (int row = top; row <= bottom; ++row)
+  for (int row = top; row <= bottom; ++row) {
     for (int column = left; column <= right; ++column) {
       const float x = static_cast<float>(column) * scale.xScaleInvF;
       const float y = static_cast<float>(row) * scale.yScaleInvF;
@@ -79,9 +79,11 @@ Visits Plain(const PF_InData& inData, const Flake& flake, GuardedWorld<T>& image
       const float along = (nx * y + (x1 * ny - y1 * nx)) - ny * x;
       const float beyond = along < 0.0f ? along : std::max(along - end, 0.0f);
       const float q = across * across + beyond * beyond, alpha = (1.0f - q) * peak;
-      if (q < 1.0f)
+      if (q < 1.0f) {
         result.push_back({&image.At(column, row), PixelType<T>::kWhite == 1 ? alpha : std::trunc(alpha)});
+      }
     }
+  }
   return result;
 }
 
@@ -95,7 +97,9 @@ Flake RandomFlake(std::mt19937& random) {
   const float sizes[] = {real(0, 1), real(1, 2), real(1, 9), real(8, 50), 0.0f, 1.0f, 0x1.fffffep-1f};
   const float moves[] = {0.0f, 0.05f, 0.1f, real(-1, 1), real(-60, 60), real(-9, 9), real(-3e6f, 3e6f)};
   const float x = real(-20, 80), y = real(-20, 60);
-  if (random() % 8 == 0) return {sizes[random() % 7], x, 0.1f, x, 0.0f};
+  if (random() % 8 == 0) {
+    return {sizes[random() % 7], x, 0.1f, x, 0.0f};
+  }
   return {sizes[random() % 7], x, y, x + moves[random() % 7], y + moves[random() % 7]};
 }
 
@@ -121,17 +125,21 @@ TYPED_TEST(Rasterizer, VisitsThePlainPixelsInOrderWithThePlainAlphas) {
 TYPED_TEST(Rasterizer, DrawsNothingOfWhatHasNoPlaceOnThePicture) {
   GuardedWorld<TypeParam> image(21, 17), empty(0, 5), flat(5, 0);
   const Flake still{4, 0, 0, 0, 0};
-  for (const float bad : {INFINITY, -INFINITY, NAN, 2.1e9f, 3e9f, -3e9f, 1e20f, 3.4e38f, -3.4e38f})
+  for (const float bad : {INFINITY, -INFINITY, NAN, 2.1e9f, 3e9f, -3e9f, 1e20f, 3.4e38f, -3.4e38f}) {
     for (std::size_t i = 0; i < still.size(); ++i) {
       Flake flake = still;
       flake[i] = bad;
       EXPECT_TRUE(Draw(InData(), flake, image).empty()) << testing::PrintToString(flake);
     }
+  }
   EXPECT_TRUE(Draw(InData(), {-0.5f, 10, 10, 10, 12}, image).empty());
   EXPECT_TRUE(Draw(InData(), still, empty).empty() && Draw(InData(), still, flat).empty());
-  for (const PF_RationalScale zero : {PF_RationalScale{0, 1}, PF_RationalScale{1, 0}, PF_RationalScale{0, 0}})
-    for (const PF_InData& inData : {InData(zero), InData({1, 1}, zero), InData({1, 1}, {1, 1}, zero)})
+  for (const PF_RationalScale zero :
+       {PF_RationalScale{0, 1}, PF_RationalScale{1, 0}, PF_RationalScale{0, 0}}) {
+    for (const PF_InData& inData : {InData(zero), InData({1, 1}, zero), InData({1, 1}, {1, 1}, zero)}) {
       EXPECT_TRUE(Draw(inData, still, image).empty() && Draw(inData, {4, 0, 0, 0, 9}, image).empty());
+    }
+  }
   EXPECT_TRUE(Draw(InData({1, 4294967295u}, {1, 1}, {2147483647, 1}), {4, 0, 0, 1e20f, 9}, image).empty());
 }
 
@@ -151,9 +159,10 @@ TEST(Scale, MultipliesBeforeDividingAndRoundsEachCopyOnItsOwn) {
                           s.xScale,       s.yScale,    s.xScaleFixed, s.yScaleFixed};
     const float rounded[] = {s.meanScaleInvF, s.aspectInvF, s.xScaleInvF,   s.yScaleInvF,
                              s.xScaleF,       s.yScaleF,    s.xScaleFixedF, s.yScaleFixedF};
-    for (int k = 0; k < 8; ++k)
+    for (int k = 0; k < 8; ++k) {
       ASSERT_TRUE(got[k] == want[k] && rounded[k] == static_cast<float>(want[k]))
           << "draw " << i << ", " << k;
+    }
   }
 }
 

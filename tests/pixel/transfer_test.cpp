@@ -26,16 +26,21 @@ template <class T, class F>
 T Colours(const T& top, const T& bottom, Number<T> alpha, F mix) {
   T result = bottom;
   result.alpha = static_cast<Channel<T>>(alpha);
-  for (const auto channel : {&T::red, &T::green, &T::blue})
+  for (const auto channel : {&T::red, &T::green, &T::blue}) {
     result.*channel = static_cast<Channel<T>>(mix(Number<T>{top.*channel}, Number<T>{bottom.*channel}));
+  }
   return result;
 }
 
 template <class T>
 T Over(const T& top, const T& bottom) {
   const Number<T> t = top.alpha, b = bottom.alpha;
-  if (!(b > 0)) return top;
-  if (!(t > 0)) return bottom;
+  if (!(b > 0)) {
+    return top;
+  }
+  if (!(t > 0)) {
+    return bottom;
+  }
   const bool bytes = kWhite<T> == 255;
   const Number<T> weight = bytes ? t * 255 : t, rest = b * (kWhite<T> - t) / (bytes ? 1 : kWhite<T>);
   return Colours(top, bottom, (t + b) - t * b / kWhite<T>, [&](Number<T> tc, Number<T> bc) {
@@ -47,8 +52,12 @@ T Over(const T& top, const T& bottom) {
 template <class T>
 T Lighten(const T& top, const T& bottom) {
   const Number<T> t = top.alpha - Number<T>{kWhite<T> == 32768 ? 8 : 0}, b = bottom.alpha;
-  if (!(b > 0)) return top;
-  if (!(t > 0)) return bottom;
+  if (!(b > 0)) {
+    return top;
+  }
+  if (!(t > 0)) {
+    return bottom;
+  }
   const Number<T> alpha = (t + b) - t * b / kWhite<T>;
   const bool opaque = kWhite<T> == 255 ? b == kWhite<T> : !(alpha < kWhite<T>);
   return Colours(top, bottom, alpha, [&](Number<T> tc, Number<T> bc) {
@@ -74,14 +83,21 @@ void ExpectAgreement(const std::vector<Channel<T>>& alphas, const std::vector<Ch
     ExpectGives(JCompositeUnderT<T>, top, bottom, Over(bottom, top));
     ExpectGives(JLightenT<T>, top, bottom, Lighten(top, bottom));
   };
-  for (const auto topAlpha : alphas)
-    for (const auto bottomAlpha : alphas)
-      for (const auto tc : colours)
-        for (const auto bc : colours) agree({topAlpha, tc, bc, colours[1]}, {bottomAlpha, bc, tc, bc});
+  for (const auto topAlpha : alphas) {
+    for (const auto bottomAlpha : alphas) {
+      for (const auto tc : colours) {
+        for (const auto bc : colours) {
+          agree({topAlpha, tc, bc, colours[1]}, {bottomAlpha, bc, tc, bc});
+        }
+      }
+    }
+  }
   std::mt19937 random(977);
   std::uniform_real_distribution<float> unit(0, 1);
   const auto draw = [&] { return static_cast<Channel<T>>(unit(random) * kWhite<T>); };
-  for (int i = 0; i < 500'000; ++i) agree({draw(), draw(), draw(), draw()}, {draw(), draw(), draw(), draw()});
+  for (int i = 0; i < 500'000; ++i) {
+    agree({draw(), draw(), draw(), draw()}, {draw(), draw(), draw(), draw()});
+  }
 }
 
 TEST(Transfer, AgreesWithTheRulesBitForBit) {
@@ -101,8 +117,9 @@ TEST(Transfer, AdaptDepthRoundsEveryByteInEveryChannel) {
   for (std::uint32_t in = 0; in < 252; ++in) {
     PF_Pixel16 out{};
     AdaptDepth(std::bit_cast<PF_Pixel>(0x03020100u + in * 0x01010101u), out);
-    for (std::uint32_t channel = in; const std::uint32_t got : {out.alpha, out.red, out.green, out.blue})
+    for (std::uint32_t channel = in; const std::uint32_t got : {out.alpha, out.red, out.green, out.blue}) {
       EXPECT_EQ(got, (channel++ * 32768 + 128) / 255) << in;
+    }
   }
 }
 

@@ -127,7 +127,9 @@ class Flakes {
     }
     const double sv = 1 + f.sizeVariation * (g.size * 6.103701895199438e-05 - 1);
     float size = static_cast<float>(sv * g.scale * f.flakeSize);
-    if (f.wiggleOn) size = ((std::abs(g.wiggle) - 1.0f) * f.flatness + 1.0f) * size;
+    if (f.wiggleOn) {
+      size = ((std::abs(g.wiggle) - 1.0f) * f.flatness + 1.0f) * size;
+    }
     DrawDroppyMB<T>(f.inData, &f.scale, size, g.start, g.end, Light(g, status), f.output,
                     g.depth <= f.embedDistance ? f.transferOp : f.underOp);
   }
@@ -135,7 +137,9 @@ class Flakes {
  private:
   T Light(const Flake& g, PF_Err& status) {
     T pixel = f.flakeColor;
-    if (!(f.influence > 0)) return pixel;
+    if (!(f.influence > 0)) {
+      return pixel;
+    }
     const float scale = static_cast<float>(g.scale);
     const float jx = (scale * f.spreadWidth) * Jitter();
     const float jy = (scale * f.spreadHeight) * Jitter();
@@ -172,11 +176,17 @@ std::optional<PF_Err> DrawFlakes(const FrameSetup<T>& record) {
   PF_Err status = 0;
   for (int i = 0; i < record.flakeCount; ++i) {
     const Flake flake = flakes.Next();
-    if (flake.beyondWrap) return std::nullopt;
+    if (flake.beyondWrap) {
+      return std::nullopt;
+    }
     flakes.Draw(flake, status);
-    if (!flake.drawn || i % 128 != 1) continue;
+    if (!flake.drawn || i % 128 != 1) {
+      continue;
+    }
     status = record.inData->inter.progress(record.inData->effect_ref, i, record.flakeCount);
-    if (status != 0) break;
+    if (status != 0) {
+      break;
+    }
   }
   return status;
 }

@@ -26,8 +26,10 @@ const std::shared_ptr<const minihost::Effect>& Snow() {
 }
 
 ParameterSet Scene(const std::vector<ParameterIndex>& indices = {}, const std::vector<double>& values = {}) {
-  ParameterSet set(Snow()->sharedParameters());
-  for (std::size_t i = 0; i < indices.size(); ++i) set.Set(indices[i], minihost::Value(values[i]));
+  ParameterSet set(Snow()->SharedParameters());
+  for (std::size_t i = 0; i < indices.size(); ++i) {
+    set.Set(indices[i], minihost::Value(values[i]));
+  }
   return set;
 }
 
@@ -35,8 +37,11 @@ ParameterSet Scene(const std::vector<ParameterIndex>& indices = {}, const std::v
 ParameterSet RandomScene(std::uint32_t seed) {
   SnowLook look = RandomFrame<PF_Pixel>(seed).look;
   ParameterSet set = Scene();
-  for (const SnowRange& range : kSnowRanges)
-    for (const ParameterIndex index : range.of) set.Set(index, minihost::Value(look.open[index]));
+  for (const SnowRange& range : kSnowRanges) {
+    for (const ParameterIndex index : range.of) {
+      set.Set(index, minihost::Value(look.open[index]));
+    }
+  }
   set.Set(kColor, minihost::Value(
                       minihost::Color{1.0 * look.color.red, 1.0 * look.color.green, 1.0 * look.color.blue}));
   set.Set(kSpeed, Track({{0, 3.7 + seed}, {2.5, 200.3}, {6, look.open[kSpeed]}}));
@@ -54,15 +59,16 @@ SnowLook LookAt(const ParameterSet& set, const Frame& frame) {
   const auto number = [&](int index, double ticks) { return std::get<double>(at(index, ticks)); };
 
   SnowLook look;
-  for (const SnowRange& range : kSnowRanges)
+  for (const SnowRange& range : kSnowRanges) {
     for (const ParameterIndex index : range.of) {
       look.open[index] = number(index, now);
       look.close[index] = number(index, end);
     }
+  }
   const auto color = std::get<minihost::Color>(at(kColor, now));
   look.color = {255, static_cast<std::uint8_t>(color.red), static_cast<std::uint8_t>(color.green),
                 static_cast<std::uint8_t>(color.blue)};
-  look.extent = {1.0 * frame.input->width(), 1.0 * frame.input->height()};
+  look.extent = {1.0 * frame.input->Width(), 1.0 * frame.input->Height()};
   const auto offset = [&](double ticks) {
     const auto point = std::get<Point>(at(kOffset, ticks));
     const auto fixed = [](double v) { return std::round(v * 65536) / 65536; };
@@ -73,8 +79,12 @@ SnowLook LookAt(const ParameterSet& set, const Frame& frame) {
 
   const double frames = std::floor(now / local), part = now / local - frames;
   for (const ParameterIndex index : {kSpeed, kWind, kFrequency}) {
-    for (double i = 0; i <= frames; ++i) look.sum[index] += number(index, i * local);
-    if (part > 0) look.sum[index] += part * number(index, (std::max(frames, -1.0) + 2) * local);
+    for (double i = 0; i <= frames; ++i) {
+      look.sum[index] += number(index, i * local);
+    }
+    if (part > 0) {
+      look.sum[index] += part * number(index, (std::max(frames, -1.0) + 2) * local);
+    }
   }
   return look;
 }
@@ -93,9 +103,9 @@ Image Reference(const ParameterSet& set, const Frame& frame) {
   FillRecord(LookAt(set, frame), record);
   const Image& input = *frame.input;
   Image output =
-      record.compositeWithOriginal ? input.Clone() : Image(input.width(), input.height(), input.depth());
+      record.compositeWithOriginal ? input.Clone() : Image(input.Width(), input.Height(), input.PixelDepth());
   const Image light =
-      minihost::Resized(input, std::max(2, input.width() / 10), std::max(2, input.height() / 10));
+      minihost::Resized(input, std::max(2, input.Width() / 10), std::max(2, input.Height() / 10));
   PF_LayerDef lightWorld = light.World(), outputWorld = output.World();
   record.illumWorld = &lightWorld;
   record.output = &outputWorld;
@@ -109,9 +119,11 @@ Image Reference(const ParameterSet& set, const Frame& frame) {
 
 template <class T>
 bool SameImage(const Image& a, const Image& b) {
-  for (int row = 0; row < a.height(); ++row)
-    if (std::memcmp(a.Row<T>(row).data(), b.Row<T>(row).data(), a.Row<T>(row).size_bytes()) != 0)
+  for (int row = 0; row < a.Height(); ++row) {
+    if (std::memcmp(a.Row<T>(row).data(), b.Row<T>(row).data(), a.Row<T>(row).size_bytes()) != 0) {
       return false;
+    }
+  }
   return true;
 }
 
@@ -123,10 +135,12 @@ Image Plate(int width, int height) {
   };
   constexpr int kAlphas[] = {0, 7, 4};
   Image plate(width, height, minihost::kDepthOf<T>);
-  for (int y = 0; y < height; ++y)
-    for (int x = 0; x < width; ++x)
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
       plate.Row<T>(y)[static_cast<std::size_t>(x)] = {channel(kAlphas[x / 3 % 3]), channel(x + y),
                                                       channel(x * y), channel(3 * y)};
+    }
+  }
   return plate;
 }
 
@@ -140,13 +154,15 @@ Frame FrameOf(const Image& plate, std::int32_t time, const minihost::FrameTiming
 
 /// Renders, and holds the instance to its loans.
 Image Rendered(Instance& instance, Frame frame) {
-  const PF_LRect area = frame.tile.value_or(PF_LRect{0, 0, frame.input->width(), frame.input->height()});
-  Image output(area.right - area.left, area.bottom - area.top, frame.input->depth());
+  const PF_LRect area = frame.tile.value_or(PF_LRect{0, 0, frame.input->Width(), frame.input->Height()});
+  Image output(area.right - area.left, area.bottom - area.top, frame.input->PixelDepth());
   frame.output = &output;
   const minihost::RenderResult result = instance.Render(frame);
   EXPECT_EQ(result.err, 0) << result.message;
-  EXPECT_EQ(instance.ledger().Outstanding(), 0u) << testing::PrintToString(instance.ledger().Missing());
-  EXPECT_TRUE(instance.ledger().faults().empty()) << testing::PrintToString(instance.ledger().faults());
+  EXPECT_EQ(instance.HostLedger().Outstanding(), 0u)
+      << testing::PrintToString(instance.HostLedger().Missing());
+  EXPECT_TRUE(instance.HostLedger().Faults().empty())
+      << testing::PrintToString(instance.HostLedger().Faults());
   return output;
 }
 
@@ -197,18 +213,21 @@ TYPED_TEST(WholeFrame, RandomScenesAreTheReferenceInOrderAloneSmartAndPlain) {
 // shows.  In the long exposure the offset takes back what the flakes fall, so that they end in the picture.
 TYPED_TEST(WholeFrame, LongTimesKeepTheLastBitOfThePhase) {
   const Image plate = Plate<TypeParam>(64, 36);
-  for (const double frequency : {9.7, 3.3, 0.7})
+  for (const double frequency : {9.7, 3.3, 0.7}) {
     for (const bool longExposure : {false, true}) {
       ParameterSet set = Scene(
           {kFlakes, kSize, kSceneDepth, kSpeed, kSpeedVariation, kStochasticWiggle, kFrequency, kAmount},
           {500, 15, 300, 0.01, 0, 0, frequency, longExposure ? 1000.0 : 60.0});
       const Point start{50, 50}, end{50, 50 - 30'000 / 36.0 * 100};
-      if (longExposure) set.Set(kOffset, Track({{0, start}, {1, end}}));
+      if (longExposure) {
+        set.Set(kOffset, Track({{0, start}, {1, end}}));
+      }
       const Frame frame =
           FrameOf(plate, longExposure ? 0 : 40'000'006, {1, 8'000'003, longExposure ? 1 : 20'000'003, 135});
       ASSERT_TRUE(SameImage<TypeParam>(RenderedAlone(set, frame), Reference<TypeParam>(set, frame)))
           << frequency;
     }
+  }
 }
 
 TYPED_TEST(WholeFrame, ATileLiesWhereTheFullFrameHasIt) {
@@ -226,21 +245,25 @@ TYPED_TEST(WholeFrame, ATileLiesWhereTheFullFrameHasIt) {
     const int y = static_cast<int>(i / 43);
     const T &a = full.Row<T>(y + 9)[i % 43 + 17], &b = tile.Row<T>(y)[i % 43];
     ASSERT_NEAR(double(a.alpha), double(b.alpha), allowed) << i;
-    if (a.alpha < 0.05 * white) continue;  // colour that does not show
+    if (a.alpha < 0.05 * white) {
+      continue;
+    }  // colour that does not show
     ASSERT_TRUE(std::abs(a.red - b.red) <= allowed && std::abs(a.blue - b.blue) <= allowed) << i;
   }
 }
 
 TYPED_TEST(WholeFrame, UndrawableScalesLeaveTheBackground) {
   const Image plate = Plate<TypeParam>(21, 13);
-  for (const PF_RationalScale bad : {PF_RationalScale{0, 1}, {1, 0}, {0, 0}})
-    for (const auto ratio : {&Frame::downsampleX, &Frame::downsampleY, &Frame::pixelAspectRatio})
+  for (const PF_RationalScale bad : {PF_RationalScale{0, 1}, {1, 0}, {0, 0}}) {
+    for (const auto ratio : {&Frame::downsampleX, &Frame::downsampleY, &Frame::pixelAspectRatio}) {
       for (const Protocol protocol : {Protocol::kSmart, Protocol::kPlain}) {
         Frame frame = FrameOf(plate, 1);
         frame.protocol = protocol;
         frame.*ratio = bad;
         EXPECT_TRUE(SameImage<TypeParam>(RenderedAlone(Scene(), frame), plate));
       }
+    }
+  }
 }
 
 TYPED_TEST(WholeFrame, InstancesOnTwoThreadsAreTheReferenceFarOutToo) {
@@ -261,9 +284,11 @@ TYPED_TEST(WholeFrame, TheDefaultFrameIsTheGoldenOne) {
   const Image plate = Plate<TypeParam>(96, 54);
   const Image picture = RenderedAlone(Scene(), FrameOf(plate, 12));
   std::uint64_t hash = 14695981039346656037u;  // FNV-1a
-  for (int row = 0; row < 54; ++row)
-    for (const std::byte b : std::as_bytes(picture.Row<TypeParam>(row)))
+  for (int row = 0; row < 54; ++row) {
+    for (const std::byte b : std::as_bytes(picture.Row<TypeParam>(row))) {
       hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 1099511628211u;
+    }
+  }
   // A change means that the same project renders to other pixels: say why in the commit that changes them.
   const std::uint64_t golden = sizeof(TypeParam) == 4   ? 9273240413800968653u
                                : sizeof(TypeParam) == 8 ? 3339475749192500843u

@@ -33,8 +33,11 @@ class GuardedWorld {
   }
 
   void Fill(const T& pixel) {
-    for (std::int32_t row = 0; row < world_.height; ++row)
-      for (std::int32_t column = 0; column < world_.width; ++column) At(column, row) = pixel;
+    for (std::int32_t row = 0; row < world_.height; ++row) {
+      for (std::int32_t column = 0; column < world_.width; ++column) {
+        At(column, row) = pixel;
+      }
+    }
   }
 
   /// True while no byte outside the pixels has changed.
@@ -43,7 +46,9 @@ class GuardedWorld {
     const std::size_t end = bytes_.size() - kMargin;
     for (std::size_t i = 0; i < bytes_.size(); ++i) {
       const bool inPixel = i >= kMargin && i < end && (i - kMargin) % rowBytes_ < pixelBytes;
-      if (!inPixel && bytes_[i] != kGuard) return false;
+      if (!inPixel && bytes_[i] != kGuard) {
+        return false;
+      }
     }
     return true;
   }

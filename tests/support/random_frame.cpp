@@ -50,29 +50,47 @@ class Dice {
 SnowLook RollLook(std::uint32_t seed) {
   Dice dice(seed);
   SnowLook look{};
-  for (const auto& [low, high, usual, of] : kSnowRanges)
-    for (const ParameterIndex index : of)
+  for (const auto& [low, high, usual, of] : kSnowRanges) {
+    for (const ParameterIndex index : of) {
       look.open[index] = dice.OneIn(2) ? dice.Between(low, usual) : dice.Ends(low, high);
-  for (const auto whole : {kStochasticWiggle, kTransferMode, kCompositeWithOriginal, kInfluence, kRandomSeed})
+    }
+  }
+  for (const auto whole :
+       {kStochasticWiggle, kTransferMode, kCompositeWithOriginal, kInfluence, kRandomSeed}) {
     look.open[whole] = std::round(look.open[whole]);
-  if (dice.OneIn(3)) look.open[kFlakes] = dice.Pick({1.0, 2.0, 129.0, 130.0, 257.9, 258.0});
-  if (dice.OneIn(3)) look.open[kWind] = 0;
-  for (auto channel : {&PF_Pixel::red, &PF_Pixel::green, &PF_Pixel::blue})
+  }
+  if (dice.OneIn(3)) {
+    look.open[kFlakes] = dice.Pick({1.0, 2.0, 129.0, 130.0, 257.9, 258.0});
+  }
+  if (dice.OneIn(3)) {
+    look.open[kWind] = 0;
+  }
+  for (auto channel : {&PF_Pixel::red, &PF_Pixel::green, &PF_Pixel::blue}) {
     look.color.*channel = static_cast<std::uint8_t>(dice.Ends(0, 255));
+  }
 
   look.close = look.open;
-  if (dice.OneIn(3)) look.open[kAmount] = look.close[kAmount] = look.open[kFlakeFlatness] = 0;
-  if (dice.OneIn(2)) look.close[kAmount] = dice.Ends(0, 1000);
+  if (dice.OneIn(3)) {
+    look.open[kAmount] = look.close[kAmount] = look.open[kFlakeFlatness] = 0;
+  }
+  if (dice.OneIn(2)) {
+    look.close[kAmount] = dice.Ends(0, 1000);
+  }
   const double frames = dice.OneIn(4) ? 1e5 : dice.Whole(1, 500);
-  for (const auto index : {kSpeed, kWind, kFrequency}) look.sum[index] = frames * look.open[index];
+  for (const auto index : {kSpeed, kWind, kFrequency}) {
+    look.sum[index] = frames * look.open[index];
+  }
   look.sum[kFrequency] *= dice.Between(0.5, 1.5);
-  if (dice.OneIn(8)) look.sum[kSpeed] *= dice.Pick({0.1, 1e9, 1e15, 1e30});  // at last past any wrap
+  if (dice.OneIn(8)) {
+    look.sum[kSpeed] *= dice.Pick({0.1, 1e9, 1e15, 1e30});
+  }  // at last past any wrap
   return look;
 }
 
 void RollHost(Dice& dice, PF_InData& inData) {
-  for (PF_RationalScale* ratio : {&inData.downsample_x, &inData.downsample_y})
+  for (PF_RationalScale* ratio : {&inData.downsample_x, &inData.downsample_y}) {
     *ratio = dice.Pick<PF_RationalScale>({{1, 1}, {1, 1}, {1, 2}, {1, 3}, {2, 3}, {3333, 10'000}});
+  }
   inData.pixel_aspect_ratio = dice.Pick<PF_RationalScale>({{1, 1}, {1, 1}, {10, 11}, {2, 1}, {768, 1405}});
   inData.time_step = inData.local_time_step = dice.Pick({1001, 1000, 1200});
   inData.time_scale = 30'000;
@@ -82,11 +100,14 @@ void RollHost(Dice& dice, PF_InData& inData) {
 /// A ratio that cannot be drawn with, or a distance that is none.
 void Break(Dice& dice, PF_InData& inData, SnowLook& look) {
   PF_RationalScale& aspect = inData.pixel_aspect_ratio;
-  if (dice.OneIn(3))
+  if (dice.OneIn(3)) {
     *dice.Pick({&look.sum[kWind], &look.offset.y}) = dice.Pick<double>({INFINITY, NAN});
-  else
+  } else {
     *dice.Pick({&inData.downsample_x.num, &aspect.num}) = 0;
-  if (dice.OneIn(2)) *dice.Pick({&inData.downsample_y.den, &aspect.den}) = 0;
+  }
+  if (dice.OneIn(2)) {
+    *dice.Pick({&inData.downsample_y.den, &aspect.den}) = 0;
+  }
 }
 
 template <class T>
@@ -209,7 +230,9 @@ void FillRecord(SnowLook look, FrameSetup<T>& r) {
   r.flakeSeed = seed ^ 731;
   r.illumSeed = seed ^ 3179;
   r.wiggleSeed = seed ^ 1793;
-  if (noise) r.noiseTable.NoiseTableLin(r.wiggleSeed, 128, 0, 0);
+  if (noise) {
+    r.noiseTable.NoiseTableLin(r.wiggleSeed, 128, 0, 0);
+  }
   SetColor(look.color, r);
   r.transferOp = look.open[kTransferMode] == 2 ? JLightenT<T> : JCompositeT<T>;
   r.underOp = JCompositeUnderT<T>;
@@ -243,13 +266,21 @@ RandomFrame<T>::RandomFrame(std::uint32_t s)
     look.extent = {look.extent.x + look.tile.x + dice.Whole(0, 50), look.extent.y + look.tile.y + 7};
   }
   look.offset = {look.extent.x * 0.5, look.extent.y * 0.5};
-  if (dice.OneIn(6)) look.offset = {dice.Ends(-32768, 32767), dice.Ends(-32768, 32767)};
+  if (dice.OneIn(6)) {
+    look.offset = {dice.Ends(-32768, 32767), dice.Ends(-32768, 32767)};
+  }
   look.offsetEnd = dice.OneIn(3) ? DoublePoint{dice.Between(-50, 50), dice.Between(-50, 50)} : look.offset;
-  if (broken) Break(dice, host.inData, look);
+  if (broken) {
+    Break(dice, host.inData, look);
+  }
 
   FillRecord(look, record);
-  if (s % 8 == 3) MagnifyRoundings(dice, record);
-  if (dice.OneIn(16)) record.fallBlur *= 1e9;  // the end far off the picture
+  if (s % 8 == 3) {
+    MagnifyRoundings(dice, record);
+  }
+  if (dice.OneIn(16)) {
+    record.fallBlur *= 1e9;
+  }  // the end far off the picture
   record.output = output.World();
   record.illumWorld = illumination.World();
   record.sampleFn = SampleNearestMock<T>;

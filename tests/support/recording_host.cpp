@@ -15,23 +15,32 @@ template <class... Parts>
 PF_Err Record(PF_ProgPtr effect_ref, const Parts&... parts) {
   std::ostringstream text;
   (text << ... << parts);
-  if (effect_ref != current) text << " WRONG effect_ref";
+  if (effect_ref != current) {
+    text << " WRONG effect_ref";
+  }
   const std::string call = text.str();
   current->log += call + '\n';
-  for (const auto& [start, action] : current->rules)
-    if (call.starts_with(start)) return action();
+  for (const auto& [start, action] : current->rules) {
+    if (call.starts_with(start)) {
+      return action();
+    }
+  }
   return 0;
 }
 
 std::string Rect(const PF_LRect* rect) {
-  if (rect == nullptr) return "all";
+  if (rect == nullptr) {
+    return "all";
+  }
   char text[64];
   std::snprintf(text, sizeof text, "[%d %d %d %d]", rect->left, rect->top, rect->right, rect->bottom);
   return text;
 }
 
 const char* Name(const PF_EffectWorld* world) {
-  if (world->data == current->input.data) return "input";
+  if (world->data == current->input.data) {
+    return "input";
+  }
   return world->data == current->output.data ? "output" : "world";
 }
 
@@ -41,7 +50,9 @@ std::byte* Allocate(std::size_t size) {
 }
 
 PF_Err TakeBack(PF_ProgPtr ref, const char* call, const void* start) {
-  if (current->memory.erase(start) == 0) ++current->balance["strange memory"];
+  if (current->memory.erase(start) == 0) {
+    ++current->balance["strange memory"];
+  }
   return Record(ref, call);
 }
 
@@ -53,7 +64,9 @@ void MakeWorld(std::int32_t width, std::int32_t height, PF_EffectWorld& world) {
 }
 
 PF_Handle NewHandle(const char* call, std::uint64_t size) {
-  if (Record(current, call, size) != 0) return nullptr;
+  if (Record(current, call, size) != 0) {
+    return nullptr;
+  }
   std::byte* const block = Allocate(sizeof(void*) + 1 + size);
   return new (block) void*(block + sizeof(void*) + 1);
 }
@@ -71,9 +84,13 @@ PF_Err Checkout(PF_ProgPtr ref, std::int32_t index, std::int32_t time, std::int3
                 PF_ParamDef* def) {
   std::memset(static_cast<void*>(def), 0xA5, sizeof *def);
   const PF_Err status = Record(ref, "checkout ", index, " @", time, '/', step, '/', scale);
-  if (status != 0) return status;
+  if (status != 0) {
+    return status;
+  }
   *def = current->params[index];
-  if (current->curves.count(index) != 0) def->u.fs_d.value = current->curves[index](time);
+  if (current->curves.count(index) != 0) {
+    def->u.fs_d.value = current->curves[index](time);
+  }
   ++current->balance["definition"];
   return 0;
 }
@@ -95,7 +112,9 @@ PF_Err CheckoutLayer(PF_ProgPtr ref, std::int32_t index, std::int32_t id, const 
   const PF_Err status = Record(ref, "checkout_layer ", index, " id ", id, ' ', Rect(&what->rect), " field ",
                                what->field, " mask ", what->channel_mask, " preserve ",
                                int{what->preserve_rgb_of_zero_alpha}, " @", time, '/', step, '/', scale);
-  if (status == 0) *result = current->layerResult;
+  if (status == 0) {
+    *result = current->layerResult;
+  }
   return status;
 }
 
@@ -108,7 +127,9 @@ PF_Err Sample(PF_ProgPtr ref, PF_Fixed, PF_Fixed, const PF_SampPB* from, T* to) 
 PF_Err NewWorld1(PF_ProgPtr ref, std::int32_t width, std::int32_t height, PF_NewWorldFlags flags,
                  PF_EffectWorld* world) {
   const PF_Err status = Record(ref, "new_world ", width, 'x', height, " flags ", flags);
-  if (status == 0) MakeWorld(width, height, *world);
+  if (status == 0) {
+    MakeWorld(width, height, *world);
+  }
   return status;
 }
 
@@ -116,13 +137,17 @@ PF_Err NewWorld2(PF_ProgPtr ref, std::int32_t width, std::int32_t height, PF_Boo
                  PF_PixelFormat format, PF_EffectWorld* world) {
   const PF_Err status =
       Record(ref, "PF_NewWorld ", width, 'x', height, " clear ", int{clear}, " format ", format);
-  if (status == 0) MakeWorld(width, height, *world);
+  if (status == 0) {
+    MakeWorld(width, height, *world);
+  }
   return status;
 }
 
 PF_Err GetPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* answer) {
   const PF_Err status = Record(current, "PF_GetPixelFormat ", Name(world));
-  if (status == 0) *answer = current->format;
+  if (status == 0) {
+    *answer = current->format;
+  }
   return status;
 }
 
@@ -159,7 +184,9 @@ const std::map<std::string, const void*> kSuites{{"PF Handle Suite 1", &kHandles
 std::int32_t Acquire(const char* name, std::int32_t version, const void** suite) {
   *suite = nullptr;
   const PF_Err status = Record(current, "acquire ", name, ' ', version);
-  if (status != 0) return status == RecordingHost::kNullSuite ? 0 : status;
+  if (status != 0) {
+    return status == RecordingHost::kNullSuite ? 0 : status;
+  }
   const auto found = kSuites.find(std::string(name) + ' ' + std::to_string(version));
   *suite = found != kSuites.end() ? found->second : &kSuites;
   ++current->balance[name];
@@ -226,13 +253,19 @@ void RecordingHost::SetImages(PF_PixelFormat worldFormat, std::int32_t width, st
 
 PF_Err RecordingHost::Call(PF_Cmd cmd) {
   PF_ParamDef* pointers[33];
-  for (int i = 0; i < 33; ++i) pointers[i] = &params[i];
+  for (int i = 0; i < 33; ++i) {
+    pointers[i] = &params[i];
+  }
   params[0].u.ld = input;
   PF_PreRenderExtra pre{&preInput, &preOutput, &preCallbacks};
   PF_SmartRenderExtra smart{&smartInput, &smartCallbacks};
   void* extra = nullptr;
-  if (cmd == PF_Cmd_SMART_PRE_RENDER) extra = &pre;
-  if (cmd == PF_Cmd_SMART_RENDER) extra = &smart;
+  if (cmd == PF_Cmd_SMART_PRE_RENDER) {
+    extra = &pre;
+  }
+  if (cmd == PF_Cmd_SMART_RENDER) {
+    extra = &smart;
+  }
   return MainEntry(cmd, &in, &out, pointers, cmd == PF_Cmd_RENDER ? lentOutput : nullptr, extra);
 }
 
@@ -248,11 +281,17 @@ PF_Err RecordingHost::Frame(PF_Cmd cmd, std::int32_t time) {
 
 std::string RecordingHost::Outstanding() const {
   std::string list;
-  for (const auto& [what, count] : balance)
-    if (count != 0) list += what + '\n';
+  for (const auto& [what, count] : balance) {
+    if (count != 0) {
+      list += what + '\n';
+    }
+  }
   const std::set<const void*> kept{input.data, output.data, out.sequence_data, preOutput.pre_render_data,
                                    smartInput.pre_render_data};
-  for (const auto& [start, bytes] : memory)
-    if (kept.count(start) == 0) list += std::to_string(bytes.size()) + " bytes\n";
+  for (const auto& [start, bytes] : memory) {
+    if (kept.count(start) == 0) {
+      list += std::to_string(bytes.size()) + " bytes\n";
+    }
+  }
   return list;
 }

@@ -10,7 +10,7 @@
 #include "cli/file/pending_file.h"
 #include "cli/picture/reader.h"
 #include "cli/picture/writer.h"
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 #include "cli/run/open_source.h"
 #include "hostapi/commands.h"
 #include "tests/support/cli/temporary_folder.h"
@@ -65,7 +65,7 @@ class Tool : public testing::Test {
   /// A plate with slow gradients, not quite opaque when it has alpha.
   void WritePlate(const std::string& name, Depth depth, bool hasAlpha) {
     Image image(96, 64, Depth::kFloat);
-    for (int row = 0; row < image.height(); ++row) {
+    for (int row = 0; row < image.Height(); ++row) {
       auto pixels = image.Row<PF_PixelFloat>(row);
       for (std::size_t i = 0; i < pixels.size(); ++i) {
         const float light = static_cast<float>(i) / 400;
@@ -94,10 +94,10 @@ class Tool : public testing::Test {
 /// Stands for all the pixels.
 std::size_t PixelDigest(const Image& image) {
   std::string pixels;
-  for (int row = 0; row < image.height(); ++row) {
-    const std::byte* first = image.data() + static_cast<std::size_t>(row) * image.rowBytes();
+  for (int row = 0; row < image.Height(); ++row) {
+    const std::byte* first = image.Data() + static_cast<std::size_t>(row) * image.RowBytes();
     pixels.append(reinterpret_cast<const char*>(first),
-                  static_cast<std::size_t>(image.width()) * minihost::BytesPerPixel(image.depth()));
+                  static_cast<std::size_t>(image.Width()) * minihost::BytesPerPixel(image.PixelDepth()));
   }
   return std::hash<std::string>()(pixels);
 }
@@ -125,7 +125,9 @@ TEST_F(Tool, SnowsInEveryFormatAndDepth) {
           ((name == ".%d.png" || name == ".mkv") && depth != Depth::kFloat)) {
         EXPECT_EQ(ground, PixelDigest(cli::ReadPicture(folder_ / "plate.tif", depth).image));
       }
-      if (depth != Depth::kBits16) continue;
+      if (depth != Depth::kBits16) {
+        continue;
+      }
       const std::string file = name[1] == '%' ? "snow.7" + name.substr(3) : "snow" + name;
       const std::size_t bytes = Digest(file);
       Render("plate.tif --frames 7-8 --jobs 1 -o 'snow" + name + "'");
@@ -147,7 +149,9 @@ TEST_F(Tool, FramesOfASequenceAreThoseRenderedAlone) {
 }
 
 TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
-  for (const char* name : {"p.1.png", "p.2.png", "p.3.png"}) WritePlate(name, Depth::kBits8, false);
+  for (const char* name : {"p.1.png", "p.2.png", "p.3.png"}) {
+    WritePlate(name, Depth::kBits8, false);
+  }
   const auto render = [&](const std::string& options) {
     return Run("render 'p.%d.png' -o 's.%d.png' --resume " + options).err;
   };
@@ -194,7 +198,9 @@ TEST_F(Tool, OptionsReachTheEffect) {
 }
 
 TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
-  for (const char* name : {"a.png", "5.png"}) WritePlate(name, Depth::kBits8, false);
+  for (const char* name : {"a.png", "5.png"}) {
+    WritePlate(name, Depth::kBits8, false);
+  }
   struct Case {
     const char* arguments;
     int code;

@@ -68,7 +68,9 @@ TEST(PendingFile, WhatAKilledProcessLeftIsRemovedAndNothingElse) {
   TemporaryFolder folder;
   std::vector<std::string> kept = {".s.2.tmp-12.tif", ".s.2.tmp-.png", ".s.2.tmp-1x.png",
                                    "s.2.tmp-1.png",   ".s.2.png",      ".s.2.tmp-99998.png"};
-  for (const std::string& name : kept) cli::WriteWhole(folder / name, Bytes(1, 'x'));
+  for (const std::string& name : kept) {
+    cli::WriteWhole(folder / name, Bytes(1, 'x'));
+  }
   for (const char* name : {".s.1.tmp-1.png", ".s.2.tmp-99999.png"}) {
     cli::WriteWhole(folder / name, Bytes(1, 'x'));
   }

@@ -46,7 +46,9 @@ Image RandomImage(int width, int height, Depth depth, Alpha alpha) {
     for (int row = 0; row < height; ++row) {
       for (Pixel& pixel : image.Row<Pixel>(row)) {
         pixel = {channel(), channel(), channel(), channel()};
-        if (alpha == Alpha::kOpaque) pixel.alpha = static_cast<Channel>(WhiteOf(depth));
+        if (alpha == Alpha::kOpaque) {
+          pixel.alpha = static_cast<Channel>(WhiteOf(depth));
+        }
       }
     }
   });
@@ -56,8 +58,8 @@ Image RandomImage(int width, int height, Depth depth, Alpha alpha) {
 /// One channel after the other, as numbers.
 std::vector<double> Channels(const Image& image) {
   std::vector<double> channels;
-  minihost::WithPixel(image.depth(), [&]<class Pixel>(Pixel) {
-    for (int row = 0; row < image.height(); ++row) {
+  minihost::WithPixel(image.PixelDepth(), [&]<class Pixel>(Pixel) {
+    for (int row = 0; row < image.Height(); ++row) {
       for (const Pixel& pixel : image.Row<Pixel>(row)) {
         for (const auto channel : {pixel.alpha, pixel.red, pixel.green, pixel.blue}) {
           channels.push_back(static_cast<double>(channel));
@@ -93,7 +95,9 @@ Stored ReadStored(const std::filesystem::path& path) {
   OIIO::ImageSpec wish;
   wish["oiio:UnassociatedAlpha"] = 1;
   const auto input = OIIO::ImageInput::open(path.string(), &wish);
-  if (!input) throw std::runtime_error(OIIO::geterror());
+  if (!input) {
+    throw std::runtime_error(OIIO::geterror());
+  }
   Stored stored{input->spec(), std::vector<float>(input->spec().image_pixels() *
                                                   static_cast<std::size_t>(input->spec().nchannels))};
   input->read_image(0, 0, 0, stored.spec.nchannels, OIIO::TypeDesc::FLOAT, stored.samples.data());
@@ -112,9 +116,13 @@ TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
     const cli::FileFormat format = cli::FormatOf(name);
     const bool isExr = format == cli::FileFormat::kExr;
     for (const Depth depth : kDepths) {
-      if (depth == Depth::kFloat && format == cli::FileFormat::kPng) continue;  // PNG has no float
+      if (depth == Depth::kFloat && format == cli::FileFormat::kPng) {
+        continue;
+      }  // PNG has no float
       for (const Alpha alpha : {Alpha::kOpaque, Alpha::kAny}) {
-        if (isExr && alpha == Alpha::kAny) continue;  // it holds colour times alpha
+        if (isExr && alpha == Alpha::kAny) {
+          continue;
+        }  // it holds colour times alpha
         const Image image = RandomImage(37, 23, depth, alpha);
         const cli::PictureTraits traits = {.hasAlpha = alpha == Alpha::kAny};
         const auto standard = cli::EncodePicture(image, traits, format);
@@ -131,7 +139,9 @@ TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
       }
     }
     for (const char* compression : compressions) {
-      if (*compression) cli::CheckCompression(format, compression);
+      if (*compression) {
+        cli::CheckCompression(format, compression);
+      }
     }
     ExpectError(ExitCode::kUsage, "'lzww' is none", [&] { cli::CheckCompression(format, "lzww"); });
   }
@@ -189,11 +199,11 @@ TEST(PictureFile, DepthFollowsTheFileUnlessAsked) {
   for (const auto& [name, type, depth] : cases) {
     SCOPED_TRACE(name);
     WriteForeign(folder / name, OIIO::ImageSpec(2, 1, 3, type), samples);
-    EXPECT_EQ(cli::ReadPicture(folder / name).image.depth(), depth);
+    EXPECT_EQ(cli::ReadPicture(folder / name).image.PixelDepth(), depth);
     const bool precise = name[2] != 'j';
     for (const Depth asked : kDepths) {
       const Image image = cli::ReadPicture(folder / name, asked).image;
-      ASSERT_EQ(image.depth(), asked);
+      ASSERT_EQ(image.PixelDepth(), asked);
       const double white = WhiteOf(asked);
       const std::vector<double> channels = Channels(image);
       EXPECT_EQ(channels[0], white);
@@ -242,14 +252,14 @@ TEST(PictureFile, IsTurnedUpright) {
     spec["PixelAspectRatio"] = 2.0f;
     WriteForeign<std::uint8_t>(folder / "a.tif", spec, {0, 1, 2, 3, 4, 5});
     const cli::Picture picture = cli::ReadPicture(folder / "a.tif");
-    EXPECT_EQ(picture.image.width(), number < 5 ? 2 : 3);
+    EXPECT_EQ(picture.image.Width(), number < 5 ? 2 : 3);
     EXPECT_EQ(picture.traits.pixelAspect, number < 5 ? 2 : 0.5);
     const std::vector<double> channels = Channels(picture.image);
     for (std::size_t i = 0; i < 6; ++i) {
       EXPECT_EQ(channels[4 * i + 1], upright[static_cast<std::size_t>(number) - 1][i]) << i;
     }
     WriteForeign<std::uint8_t>(folder / "a.jpg", spec, {0, 1, 2, 3, 4, 5});
-    EXPECT_EQ(cli::ReadPicture(folder / "a.jpg").image.width(), number < 5 ? 2 : 3);
+    EXPECT_EQ(cli::ReadPicture(folder / "a.jpg").image.Width(), number < 5 ? 2 : 3);
   }
 }
 
@@ -296,13 +306,16 @@ TEST(PictureFile, RefusesWhatIsNoPicture) {
   WriteForeign(folder / "cut.jpg", OIIO::ImageSpec(64, 64, 3, OIIO::TypeDesc::UINT8),
                std::vector<std::uint8_t>(64 * 64 * 3));
   for (const char* name : {"cut.png", "cut.tif", "cut.exr", "cut.jpg"}) {
-    if (name[4] != 'j')
+    if (name[4] != 'j') {
       Write(folder / name, RandomImage(64, 64, Depth::kBits16, Alpha::kAny), {.hasAlpha = true});
+    }
     std::filesystem::resize_file(folder / name, std::filesystem::file_size(folder / name) / 2);
 #ifdef __SANITIZE_ADDRESS__
     // When a PNG ends early its library jumps over a string of the reader's, which is not ours to free.
     std::optional<__lsan::ScopedDisabler> theirLeak;
-    if (name[4] == 'p') theirLeak.emplace();
+    if (name[4] == 'p') {
+      theirLeak.emplace();
+    }
 #endif
     refused(name, "cannot read");
   }

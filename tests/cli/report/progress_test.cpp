@@ -14,7 +14,9 @@ TEST(Progress, Texts) {
     const char* text;
   } durations[] = {{0, "0:00"},       {6.2, "0:07"}, {59.5, "1:00"},
                    {3723, "1:02:03"}, {1e9, "-:--"}, {-1, "-:--"}};
-  for (const auto& [seconds, text] : durations) EXPECT_EQ(cli::FormatDuration(seconds), text);
+  for (const auto& [seconds, text] : durations) {
+    EXPECT_EQ(cli::FormatDuration(seconds), text);
+  }
 
   const cli::ProgressState state{.frame = -7, .done = 60, .total = 240, .seconds = 20};
   EXPECT_EQ(FormatLine(state), "60 of 240 frames, 3.0 fps, 1:00 left");

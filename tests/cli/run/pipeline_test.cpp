@@ -44,8 +44,12 @@ class FakeSource : public cli::FrameSource {
   const cli::SourceTraits& Traits() const override { return traits; }
 
   std::optional<cli::Picture> Read(std::int32_t frame) override {
-    if (unreadable.contains(frame)) throw ToolError(ExitCode::kInput, "unreadable");
-    if (absent.contains(frame)) return {};
+    if (unreadable.contains(frame)) {
+      throw ToolError(ExitCode::kInput, "unreadable");
+    }
+    if (absent.contains(frame)) {
+      return {};
+    }
     ++reads;
     cli::Picture picture{Image(traits.width, traits.height, traits.depth), {.hasAlpha = traits.hasAlpha}};
     const PF_LayerDef world = picture.image.World();
@@ -68,17 +72,23 @@ class FakeSink : public cli::FrameSink {
  public:
   std::unique_ptr<cli::EncodedFrame> Encode(std::int32_t frame, const Image& image,
                                             const cli::PictureTraits& traits) const override {
-    if (onEncode) onEncode(frame);
-    if (unencodable.contains(frame)) throw ToolError(ExitCode::kOutput, "unencodable");
+    if (onEncode) {
+      onEncode(frame);
+    }
+    if (unencodable.contains(frame)) {
+      throw ToolError(ExitCode::kOutput, "unencodable");
+    }
     auto pixels = std::make_unique<Pixels>();
-    pixels->bytes.assign(reinterpret_cast<const char*>(image.data()),
-                         image.rowBytes() * static_cast<std::size_t>(image.height()));
+    pixels->bytes.assign(reinterpret_cast<const char*>(image.Data()),
+                         image.RowBytes() * static_cast<std::size_t>(image.Height()));
     pixels->bytes += traits.hasAlpha ? 'a' : 'o';
     return pixels;
   }
 
   void Write(std::int32_t frame, std::unique_ptr<cli::EncodedFrame> encoded) override {
-    if (unwritable.contains(frame)) throw ToolError(ExitCode::kOutput, "unwritable");
+    if (unwritable.contains(frame)) {
+      throw ToolError(ExitCode::kOutput, "unwritable");
+    }
     order.push_back(frame);
     bytes[frame] = static_cast<Pixels&>(*encoded).bytes;
   }
@@ -104,7 +114,7 @@ PF_Err FailingEntry(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, PF_Par
 
 cli::RenderJob JobOf(std::vector<std::int32_t> frames, minihost::EntryPoint entry = &MainEntry) {
   const auto effect = minihost::Effect::Linked(entry);
-  minihost::ParameterSet parameters(effect->sharedParameters());
+  minihost::ParameterSet parameters(effect->SharedParameters());
   parameters.Set("Flakes", minihost::Track(300.0));
   parameters.Set("Speed", minihost::Track({{0, 20.0}, {8, 900.0}}));
   cli::RenderJob job{.effect = effect, .parameters = parameters};
@@ -147,7 +157,9 @@ TEST(Pipeline, WritesInOrderTheSameBytesAtAnyNumberOfJobsAsForEachFrameAlone) {
 
 TEST(Pipeline, HoldsAsManyPicturesAsItMayAndNoMore) {
   cli::RenderJob job = JobOf({});
-  for (std::int32_t frame = 0; frame < 40; ++frame) job.frames.push_back(frame);
+  for (std::int32_t frame = 0; frame < 40; ++frame) {
+    job.frames.push_back(frame);
+  }
   job.jobs = 3;
   FakeSource source;
   FakeSink sink;
@@ -156,8 +168,12 @@ TEST(Pipeline, HoldsAsManyPicturesAsItMayAndNoMore) {
   // The first frame holds up all the others until no more are read.
   sink.onEncode = [&](std::int32_t frame) {
     using namespace std::chrono_literals;
-    if (frame != 0) return;
-    for (int i = 0; i < 1000 && source.reads < bound; ++i) std::this_thread::sleep_for(10ms);
+    if (frame != 0) {
+      return;
+    }
+    for (int i = 0; i < 1000 && source.reads < bound; ++i) {
+      std::this_thread::sleep_for(10ms);
+    }
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(source.reads, bound);
   };
@@ -184,7 +200,9 @@ TEST(Pipeline, AFailureOfAnyStageArrivesAsItIsAfterTheFramesBeforeIt) {
       {ExitCode::kOutput, "unnoted", false,
        [](auto&, auto&, auto& hooks) {
          hooks.report = [](std::int32_t frame, FrameOutcome) {
-           if (frame == 4) throw ToolError(ExitCode::kOutput, "unnoted");
+           if (frame == 4) {
+             throw ToolError(ExitCode::kOutput, "unnoted");
+           }
          };
        }},
   };
@@ -194,7 +212,9 @@ TEST(Pipeline, AFailureOfAnyStageArrivesAsItIsAfterTheFramesBeforeIt) {
         SCOPED_TRACE(testing::Message() << fault.message << ", " << int(onFailure) << ", jobs " << jobs);
         const bool failsToRender = fault.code == ExitCode::kFrameFailed;
         cli::RenderJob job = JobOf({}, failsToRender ? &FailingEntry : &MainEntry);
-        for (std::int32_t frame = 1; frame <= 30; ++frame) job.frames.push_back(frame);
+        for (std::int32_t frame = 1; frame <= 30; ++frame) {
+          job.frames.push_back(frame);
+        }
         job.jobs = jobs;
         job.onFailure = onFailure;
         FakeSource source;
@@ -250,7 +270,9 @@ TEST(Pipeline, MissingFramesAreSkippedOrBlack) {
 
 TEST(Pipeline, AnInterruptEndsTheRunAndKeepsWhatIsComplete) {
   cli::RenderJob job = JobOf({});
-  for (std::int32_t frame = 0; frame < 200; ++frame) job.frames.push_back(frame);
+  for (std::int32_t frame = 0; frame < 200; ++frame) {
+    job.frames.push_back(frame);
+  }
   FakeSource source;
   FakeSink sink;
   std::atomic<bool> interrupted = false;

@@ -53,21 +53,28 @@ TEST(SequenceSource, ReadsAllWaysOfNumbering) {
     SCOPED_TRACE(c.pattern);
     TemporaryFolder folder;
     const int frames[] = {3, 4, 12};
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
       WritePicture(folder / c.files[i], Plain(4, 2, static_cast<std::uint8_t>(frames[i])));
+    }
     // Neighbours that are none of it.
     for (const char* other :
          {"p.00005.png", "p.5.png", "p00005.png", "p.0005.tif", "q.0005.png", "p7_005.png"}) {
       std::ofstream(folder / other) << "x";
     }
-    if (std::string(c.pattern) == "p%d.png") std::filesystem::remove(folder / "p00005.png");
+    if (std::string(c.pattern) == "p%d.png") {
+      std::filesystem::remove(folder / "p00005.png");
+    }
     EXPECT_TRUE(cli::IsSequenceName(folder / c.pattern));
     cli::SequenceSource sequence(folder / c.pattern);
     EXPECT_EQ(sequence.Traits().firstFrame, 3);
     EXPECT_EQ(sequence.Traits().lastFrame, 12);
     EXPECT_THAT(sequence.Missing(), ElementsAre(5, 6, 7, 8, 9, 10, 11));
-    for (const int frame : {12, 3, 4}) EXPECT_EQ(RedOf(sequence, frame), frame);
-    for (const int frame : {2, 5, 13, -3}) EXPECT_EQ(RedOf(sequence, frame), -1);
+    for (const int frame : {12, 3, 4}) {
+      EXPECT_EQ(RedOf(sequence, frame), frame);
+    }
+    for (const int frame : {2, 5, 13, -3}) {
+      EXPECT_EQ(RedOf(sequence, frame), -1);
+    }
   }
 }
 
@@ -78,7 +85,7 @@ TEST(SequenceSource, RefusesWhatDoesNotFit) {
   std::ofstream(folder / "p.0001.png") << "no picture";
   cli::SequenceSource sequence(folder / "p.####.png", Depth::kBits16);
   EXPECT_EQ(sequence.Traits().firstFrame, -1);
-  EXPECT_EQ(sequence.Read(-1)->image.depth(), Depth::kBits16);
+  EXPECT_EQ(sequence.Read(-1)->image.PixelDepth(), Depth::kBits16);
   ExpectError(ExitCode::kInput, "p.0000.png' is 4 x 3 pixels, but 'p.-0001.png' is 4 x 2",
               [&] { sequence.Read(0); });
   ExpectError(ExitCode::kInput, "p.0001.png", [&] { sequence.Read(1); });
@@ -113,7 +120,9 @@ TEST(OpenSource, DecidesByWhatTheFileIs) {
   ExpectError(ExitCode::kInput, "none.mp4': ", [&] { cli::OpenSource(folder / "none.mp4"); });
   ExpectError(ExitCode::kInput, "it is a folder", [&] { cli::OpenSource(folder / "."); });
 
-  if (!HasFfmpeg()) GTEST_SKIP() << "ffmpeg is not installed";
+  if (!HasFfmpeg()) {
+    GTEST_SKIP() << "ffmpeg is not installed";
+  }
   MakeClip(folder / "clip.mkv", "-f lavfi -i testsrc2=s=64x48:d=0.2 -c:v ffv1 -pix_fmt bgr0");
   // A colon in the name is no protocol.
   std::filesystem::rename(folder / "clip.mkv", folder / "http:clip.png");

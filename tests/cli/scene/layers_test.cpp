@@ -93,7 +93,9 @@ TEST(SceneLayers, LaterOnesWin) {
     double value;
   } values[] = {{"Speed", 20}, {"Wind", 3},     {"Amount", 4}, {"Size", 7},
                 {"Flakes", 1}, {"Opacity", 60}, {"Spread", 15}};
-  for (const auto& [name, value] : values) EXPECT_EQ(ValueAt(scene, name, 1), Value(value)) << name;
+  for (const auto& [name, value] : values) {
+    EXPECT_EQ(ValueAt(scene, name, 1), Value(value)) << name;
+  }
   EXPECT_EQ(cli::MakeScene(EffectParameters(), presets, {}), Scene(EffectParameters()));
 
   EXPECT_EQ(cli::PresetTable(presets.All()), "base  Base  d\n");

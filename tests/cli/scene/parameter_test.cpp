@@ -36,9 +36,13 @@ TEST(ParameterNames, FindByNameSlugAndGroup) {
                {"LIGHT / amount", added + 1},
                {"Stochastic Wiggle", 15},
                {"random_seed", 31}};
-  for (const auto& [text, index] : cases) EXPECT_EQ(&names.Find(text), &list[index]) << text;
+  for (const auto& [text, index] : cases) {
+    EXPECT_EQ(&names.Find(text), &list[index]) << text;
+  }
   for (const ParameterInfo& parameter : list) {
-    if (!parameter.HasValue()) continue;
+    if (!parameter.HasValue()) {
+      continue;
+    }
     EXPECT_EQ(&names.Find(names.SlugOf(parameter)), &parameter);
   }
   EXPECT_EQ(names.SlugOf(list[3]), "variation-size");

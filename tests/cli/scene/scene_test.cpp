@@ -33,7 +33,9 @@ Scene Read(const std::string& text) {
 
 std::string Repeated(const std::string& text, int times) {
   std::string repeated;
-  for (int i = 0; i < times; ++i) repeated += text;
+  for (int i = 0; i < times; ++i) {
+    repeated += text;
+  }
   return repeated;
 }
 
@@ -194,19 +196,39 @@ class RandomScene {
 
   Scene Make() {
     Scene scene(EffectParameters());
-    if (Chance()) scene.input = "a \"b\" \\ \t#\x7f \u00e9 {}.####.exr";
-    if (scene.input.empty() && Chance()) scene.blank = {Whole(1, 32767), Whole(1, 32767)};
-    if (Chance()) scene.output = "'out'.png";
-    if (Chance()) scene.frames = "1-100x3,-7";
-    if (Chance()) scene.fps = "24000/1001";
+    if (Chance()) {
+      scene.input = "a \"b\" \\ \t#\x7f \u00e9 {}.####.exr";
+    }
+    if (scene.input.empty() && Chance()) {
+      scene.blank = {Whole(1, 32767), Whole(1, 32767)};
+    }
+    if (Chance()) {
+      scene.output = "'out'.png";
+    }
+    if (Chance()) {
+      scene.frames = "1-100x3,-7";
+    }
+    if (Chance()) {
+      scene.fps = "24000/1001";
+    }
     scene.shutterDegrees = Real(1, 720);
-    if (Chance()) scene.depth = static_cast<Depth>(Whole(0, 2));
-    if (Chance()) scene.alpha = cli::AlphaForm::kPremultiplied;
-    if (Chance()) scene.compression = "none";
+    if (Chance()) {
+      scene.depth = static_cast<Depth>(Whole(0, 2));
+    }
+    if (Chance()) {
+      scene.alpha = cli::AlphaForm::kPremultiplied;
+    }
+    if (Chance()) {
+      scene.compression = "none";
+    }
     scene.proxy = 1 << Whole(0, 2);
-    if (Chance()) scene.pixelAspect = Real(0.01, 100);
+    if (Chance()) {
+      scene.pixelAspect = Real(0.01, 100);
+    }
     for (const ParameterInfo& parameter : *EffectParameters()) {
-      if (parameter.HasValue()) scene.parameters.Set(parameter.index, MakeTrack(parameter));
+      if (parameter.HasValue()) {
+        scene.parameters.Set(parameter.index, MakeTrack(parameter));
+      }
     }
     return scene;
   }
@@ -220,7 +242,9 @@ class RandomScene {
     if (parameter.type == PF_Param_COLOR) {
       return Color{double(Whole(0, 255)), double(Whole(0, 255)), double(Whole(0, 255))};
     }
-    if (parameter.type == PF_Param_POINT) return Point{Real(-200, 200), Real(-1e-9, 1e-9)};
+    if (parameter.type == PF_Param_POINT) {
+      return Point{Real(-200, 200), Real(-1e-9, 1e-9)};
+    }
     if (parameter.type != PF_Param_FLOAT_SLIDER) {
       return double(Whole(int(parameter.validMin), int(parameter.validMax)));
     }
@@ -230,7 +254,9 @@ class RandomScene {
   }
 
   Track MakeTrack(const ParameterInfo& parameter) {
-    if (!parameter.animatable || Chance()) return MakeValue(parameter);
+    if (!parameter.animatable || Chance()) {
+      return MakeValue(parameter);
+    }
     const bool shared = Chance();
     const int ease = Whole(0, 2);
     std::vector<Key> keys;

@@ -8,11 +8,11 @@
 
 inline minihost::SharedParameterList EffectParameters() {
   static const auto effect = minihost::Effect::Linked(&MainEntry);
-  return effect->sharedParameters();
+  return effect->SharedParameters();
 }
 
 /// By any of the parameter's names.
 inline minihost::Value ValueAt(const cli::Scene& scene, const char* name, double frame) {
-  const minihost::ParameterList& list = scene.parameters.list();
+  const minihost::ParameterList& list = scene.parameters.List();
   return scene.parameters.At(cli::ParameterNames(list).Find(name).index, frame);
 }

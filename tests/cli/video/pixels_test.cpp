@@ -31,8 +31,12 @@ struct Codes {
     Visit([&](int plane, int row, int column) {
       std::uint8_t* start = frame->data[plane] + row * frame->linesize[plane];
       const int code = make(plane, column);
-      if (IsSmall()) start[column] = static_cast<std::uint8_t>(code);
-      if (!IsSmall()) reinterpret_cast<std::uint16_t*>(start)[column] = static_cast<std::uint16_t>(code);
+      if (IsSmall()) {
+        start[column] = static_cast<std::uint8_t>(code);
+      }
+      if (!IsSmall()) {
+        reinterpret_cast<std::uint16_t*>(start)[column] = static_cast<std::uint16_t>(code);
+      }
     });
   }
   template <class Visitor>
@@ -40,8 +44,9 @@ struct Codes {
     for (int plane = 0; plane < Planes(); ++plane) {
       const int shift = IsSmall() && plane ? 1 : 0;
       for (int row = 0; row < AV_CEIL_RSHIFT(frame->height, shift); ++row) {
-        for (int column = 0; column < AV_CEIL_RSHIFT(frame->width, shift); ++column)
+        for (int column = 0; column < AV_CEIL_RSHIFT(frame->width, shift); ++column) {
           visit(plane, row, column);
+        }
       }
     }
   }
@@ -65,7 +70,9 @@ TEST(VideoPixels, KeepTheirCodes) {
       Codes small(AV_PIX_FMT_YUV420P, 66, 46);
       small.Fill([&](int plane, int) { return plane ? any(108, 148) : any(70, 180); });
       check(small);
-      if (depth == Depth::kBits8) continue;
+      if (depth == Depth::kBits8) {
+        continue;
+      }
       Codes fine(AV_PIX_FMT_YUVA444P10, 5, 3);
       fine.Fill([&](int plane, int) { return plane == 3 ? any(0, 1023) : any(450, 570); });
       check(fine);
@@ -123,8 +130,9 @@ TEST(VideoPixels, WriteNominalWhiteAndMeans) {
       const auto white = ConvertSample<WayOf<Pixel>, ToOne>(1.0f);
       const auto half = ConvertSample<WayOf<Pixel>, ToOne>(0.5f);
       for (int row = 0; row < 4; ++row) {
-        for (std::size_t x = 0; x < 6; ++x)
+        for (std::size_t x = 0; x < 6; ++x) {
           image.Row<Pixel>(row)[x] = {x < 2 ? white : half, white, white, white};
+        }
       }
       image.Row<Pixel>(0)[4] = {white, 0, 0, white};
     });

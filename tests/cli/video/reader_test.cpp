@@ -94,11 +94,15 @@ TEST_F(VideoRead, FindsEveryFrameInAnyOrder) {
       EXPECT_EQ(video.Traits().rate->timeScale, 24000);
       EXPECT_EQ(video.Traits().rate->timeStep, 1001);
     }
-    for (std::int32_t frame = 0; frame < 72; ++frame) EXPECT_EQ(numberShown(video, frame), frame);
+    for (std::int32_t frame = 0; frame < 72; ++frame) {
+      EXPECT_EQ(numberShown(video, frame), frame);
+    }
     for (const std::int32_t frame : {71, 50, 3, 3, 4, 60, 0, 35, 36, 37, 11}) {
       EXPECT_EQ(numberShown(video, frame), frame) << "out of order";
     }
-    for (const std::int32_t frame : {-1, 72}) EXPECT_EQ(numberShown(video, frame), -1);
+    for (const std::int32_t frame : {-1, 72}) {
+      EXPECT_EQ(numberShown(video, frame), -1);
+    }
   }
 }
 

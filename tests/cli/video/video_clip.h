@@ -44,7 +44,7 @@ inline double MeanDifference(const std::filesystem::path& a, const std::filesyst
   const auto first = cli::VideoReader(a, minihost::Depth::kBits8).Read(5);
   const auto second = cli::VideoReader(b, minihost::Depth::kBits8).Read(5);
   double sum = 0;
-  for (int row = 0; row < first->image.height(); ++row) {
+  for (int row = 0; row < first->image.Height(); ++row) {
     const auto others = second->image.Row<PF_Pixel>(row);
     for (std::size_t x = 0; x < others.size(); ++x) {
       const PF_Pixel& is = first->image.Row<PF_Pixel>(row)[x];
@@ -52,13 +52,15 @@ inline double MeanDifference(const std::filesystem::path& a, const std::filesyst
              std::abs(is.blue - others[x].blue) + std::abs(is.alpha - others[x].alpha);
     }
   }
-  return sum / (3 * first->image.width() * first->image.height());
+  return sum / (3 * first->image.Width() * first->image.Height());
 }
 
 class VideoTest : public testing::Test {
  protected:
   void SetUp() override {
-    if (!HasFfmpeg()) GTEST_SKIP() << "ffmpeg is not installed";
+    if (!HasFfmpeg()) {
+      GTEST_SKIP() << "ffmpeg is not installed";
+    }
   }
   TemporaryFolder folder_;
 };

@@ -81,7 +81,9 @@ TEST_F(VideoWrite, WritesWhatOthersRead) {
     for (const char* part : {"width=64|height=48", "r_frame_rate=30000/1001", "nb_read_packets=9"}) {
       EXPECT_THAT(found, HasSubstr(part));
     }
-    for (const char* part : c.found) EXPECT_THAT(found, HasSubstr(part));
+    for (const char* part : c.found) {
+      EXPECT_THAT(found, HasSubstr(part));
+    }
     CopyVideo(folder_ / "clip.mkv", folder_ / (std::string("again-") + c.name));
     EXPECT_TRUE(ReadAll(folder_ / c.name) == ReadAll(folder_ / (std::string("again-") + c.name)));
     // Close to the source for ours too.

@@ -9,8 +9,9 @@ TEST(TrackTest, EasesLeadFromKeyToKeyAndTheEndsHold) {
   const Track track({{4, 30.0, Ease::kSmooth}, {-2, 10.0}, {8.5, -6.0, Ease::kHold}, {10, 1.0}});
   const double expected[][2] = {{-1e9, 10}, {-2, 10},  {-0.5, 15}, {4, 30}, {5.125, 24.375},
                                 {8.5, -6},  {9.9, -6}, {10, 1},    {11, 1}};
-  for (const auto& [frame, value] : expected)
+  for (const auto& [frame, value] : expected) {
     EXPECT_DOUBLE_EQ(std::get<double>(track.At(frame)), value) << frame;
+  }
   EXPECT_EQ(Track({{0, Color{0, 100, 200}}, {10, Color{100, 0, 250}}}).At(5), Value(Color{50, 50, 225}));
 }
 
@@ -45,9 +46,10 @@ TEST(ParameterTest, HoldsTracksAndNamesWhatItRefuses) {
       {kMode, {{0, 1.0}, {1, 2.0}}, "2 keys"},
       {kCount, {{0, 1.5}}, "1.5 is not a whole number"},
       {kParameterCount, {{0, 1.0}}, "9 is outside 0..8"}};
-  for (const auto& [index, keys, message] : tracks)
+  for (const auto& [index, keys, message] : tracks) {
     EXPECT_THAT(ErrorOf([&, &index = index, &keys = keys] { set.Set(index, Track(keys)); }),
                 HasSubstr(message));
+  }
   EXPECT_EQ(set.At(kAmount, 1), Value(2.5)) << "a refused track changes nothing";
 }
 

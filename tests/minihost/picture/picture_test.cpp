@@ -29,7 +29,9 @@ Four Channels(const P& pixel) {
 template <class P>
 void ExpectNearest(const P& got, const Four& want) {
   const long double tolerance = kDepthOf<P> == Depth::kFloat ? 2e-6L : 0.5L + 1e-9L;
-  for (std::size_t k = 0; k < 4; ++k) EXPECT_LE(std::abs(Channels(got)[k] - want[k]), tolerance) << k;
+  for (std::size_t k = 0; k < 4; ++k) {
+    EXPECT_LE(std::abs(Channels(got)[k] - want[k]), tolerance) << k;
+  }
 }
 
 /// Channels from black to white, in float also beyond, and squares of transparent, opaque and faint pixels.
@@ -39,11 +41,12 @@ void Scatter(GuardedWorld<P>& world, std::mt19937& random) {
   const float beyond = kDepthOf<P> == Depth::kFloat ? 0.2f : 0.0f;
   std::uniform_real_distribution<float> unit(-beyond, 1 + beyond);
   const auto channel = [&] { return static_cast<C>(unit(random) * kWhite<P>); };
-  for (int row = 0; row < world.World()->height; ++row)
+  for (int row = 0; row < world.World()->height; ++row) {
     for (int column = 0; column < world.World()->width; ++column) {
       const C alphas[] = {0, static_cast<C>(kWhite<P>), channel()};
       world.At(column, row) = {alphas[(column / 2 + row / 2) % 3], channel(), channel(), channel()};
     }
+  }
 }
 
 struct Means {
@@ -54,10 +57,12 @@ struct Means {
 template <class P, class Weight>
 Means MeansOf(GuardedWorld<P>& world, Weight weight) {
   Means m{};
-  for (int y = 0; y < world.World()->height; ++y)
+  for (int y = 0; y < world.World()->height; ++y) {
     for (int x = 0; x < world.World()->width; ++x) {
       const long double w = weight(x, y);
-      if (w <= 1e-12L) continue;
+      if (w <= 1e-12L) {
+        continue;
+      }
       const Four pixel = Channels(world.At(x, y));
       const long double alpha = w * std::max(pixel[0], 0.0L);
       m.area += w;
@@ -67,6 +72,7 @@ Means MeansOf(GuardedWorld<P>& world, Weight weight) {
         m.byAlpha[k] += alpha * pixel[k];
       }
     }
+  }
   for (std::size_t k = 0; k < 4; ++k) {
     m.plain[k] /= m.area;
     m.byAlpha[k] = k == 0 ? m.plain[0] : m.alphas > 0 ? m.byAlpha[k] / m.alphas : 0;
@@ -106,7 +112,7 @@ TYPED_TEST(PictureTest, CopiesTheMeanOfTheAreaUnderEachTargetPixel) {
     dst.Fill(before);
     CopyPixels(*src.World(), from, *dst.World(), to, kDepthOf<TypeParam>);
     EXPECT_TRUE(src.GuardsIntact() && dst.GuardsIntact());
-    for (int row = 0; row < 10; ++row)
+    for (int row = 0; row < 10; ++row) {
       for (int column = 0; column < 12; ++column) {
         SCOPED_TRACE(testing::Message() << "from the left " << from.left << ": " << column << ", " << row);
         const Means under = MeansOf(src, [&, &from = from, &to = to](int x, int y) {
@@ -117,6 +123,7 @@ TYPED_TEST(PictureTest, CopiesTheMeanOfTheAreaUnderEachTargetPixel) {
         const Four want = scaled ? under.byAlpha : under.plain;
         ExpectNearest(dst.At(column, row), inside && under.area > 0 ? want : Channels(before));
       }
+    }
   }
 }
 
@@ -124,10 +131,13 @@ TYPED_TEST(PictureTest, FillsAndCopiesWithinOneWorld) {
   constexpr Depth kDepth = kDepthOf<TypeParam>;
   for (const auto& [dx, dy] : {std::pair{1, 1}, {-1, -1}, {1, 0}, {-1, 0}, {0, 2}}) {
     GuardedWorld<TypeParam> world(8, 8);
-    for (int i = 0; i < 64; ++i) world.At(i % 8, i / 8).red = static_cast<decltype(TypeParam::red)>(i);
+    for (int i = 0; i < 64; ++i) {
+      world.At(i % 8, i / 8).red = static_cast<decltype(TypeParam::red)>(i);
+    }
     CopyPixels(*world.World(), {2, 2, 6, 6}, *world.World(), {2 + dx, 2 + dy, 6 + dx, 6 + dy}, kDepth);
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
       EXPECT_EQ(world.At(2 + i % 4 + dx, 2 + i / 4 + dy).red, 18 + i % 4 + i / 4 * 8) << dx << ", " << dy;
+    }
     FillPixels({255, 0, 128, 1}, {-4, -1, 3, 900}, *world.World(), kDepth);
     EXPECT_TRUE(world.GuardsIntact());
     const long double white = kWhite<TypeParam>;

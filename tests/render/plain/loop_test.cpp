@@ -54,20 +54,30 @@ TYPED_TEST(FlakeLoop, RandomFramesAreTheReferenceToTheBit) {
   int interrupted = 0, changed = 0;
   for (std::uint32_t seed = 0; seed < 3000; ++seed) {
     RandomFrame<T> random(seed);
-    if (seed % 9 == 0) PutEdgesOnAFlake(random);
+    if (seed % 9 == 0) {
+      PutEdgesOnAFlake(random);
+    }
     // Samples fail now and then; one seed in five is interrupted at some report.
     random.host.answer = [seed](const HostCall& call) -> PF_Err {
-      if (call.kind == HostCall::kSample) return call.x % 5 == 0 ? 1 + call.x % 100 : 0;
+      if (call.kind == HostCall::kSample) {
+        return call.x % 5 == 0 ? 1 + call.x % 100 : 0;
+      }
       return seed % 5 == 0 && (call.x == 1) == (seed % 2 == 0) ? 1000 + call.x : 0;
     };
     const std::vector<std::byte> background = Pixels(random.output);
     Outcome want{0, {}, background};
-    if (!random.broken) want = Drawn(random, reference::DrawFlakes<T>);
-    if (!want.status) continue;
+    if (!random.broken) {
+      want = Drawn(random, reference::DrawFlakes<T>);
+    }
+    if (!want.status) {
+      continue;
+    }
     for (const auto loop : {DrawFlakes<T>, DrawFlakesPlainly<T>}) {
       const Outcome got = Drawn(random, loop);
       ASSERT_TRUE(got.pixels == want.pixels) << seed;
-      if (random.broken) continue;  // nothing to draw with, but the host may be asked
+      if (random.broken) {
+        continue;
+      }  // nothing to draw with, but the host may be asked
       ASSERT_EQ(got.status, want.status) << seed;
       ASSERT_EQ(got.calls, want.calls) << seed;
     }

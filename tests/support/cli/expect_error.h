@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "cli/report/tool_error.h"
+#include "cli/report/error.h"
 
 template <class Call>
 void ExpectError(cli::ExitCode code, const std::string& part, Call&& call) {

@@ -15,7 +15,9 @@ class TemporaryFolder {
  public:
   TemporaryFolder() {
     std::string name = (std::filesystem::temp_directory_path() / "vintrel-test-XXXXXX").string();
-    if (!::mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
+    if (!::mkdtemp(name.data())) {
+      throw std::runtime_error("cannot make " + name);
+    }
     path_ = name;
   }
   ~TemporaryFolder() { std::filesystem::remove_all(path_); }

@@ -1,8 +1,11 @@
 // The one exception of the tool: a message for the user and the code that the process ends with.
 #pragma once
 
+#include <fmt/format.h>
+
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace cli {
 
@@ -26,5 +29,12 @@ class ToolError : public std::runtime_error {
  private:
   ExitCode code_;
 };
+
+/// Ends what is being done, by throwing a ToolError: the one way of the tool to say no.  A parser does not
+/// name the option or key that its text came from; the caller puts that before the message.
+template <class... Arguments>
+[[noreturn]] void Refuse(ExitCode code, fmt::format_string<Arguments...> text, Arguments&&... arguments) {
+  throw ToolError(code, fmt::format(text, std::forward<Arguments>(arguments)...));
+}
 
 }  // namespace cli
