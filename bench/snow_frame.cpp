@@ -11,6 +11,7 @@
 #include "effect/pixel/pixel_type.h"
 #include "effect/render/frame/color.h"
 #include "effect/render/frame/geometry.h"
+#include "effect/render/frame/light_scale.h"
 #include "effect/render/plain/loop.h"
 #include "minihost/picture/copy.h"
 #include "minihost/picture/sampling.h"
@@ -101,7 +102,7 @@ SnowFrame<T>::SnowFrame(const Snow& snow)
     : inData_(MakeHost(utils_, snow.shutterDegrees)),
       record_{{.scale = FX_PARc(&inData_), .inData = &inData_}},
       background_(PaintBackground(snow.width, snow.height, minihost::kDepthOf<T>)),
-      light_(minihost::Resized(background_, snow.width / 10, snow.height / 10)),
+      light_(minihost::Resized(background_, snow.width / kLightReduction, snow.height / kLightReduction)),
       pictures_{background_.Clone(), background_.Clone()},
       lightWorld_(light_.World()) {
   Fill(snow);

@@ -18,7 +18,7 @@ class FlakeRandom {
     return state * kMultiplier + kIncrement;
   }
   static constexpr std::int32_t Result(std::uint32_t state) noexcept {
-    return static_cast<std::int32_t>((state >> 16) & 0x7FFFu);
+    return static_cast<std::int32_t>((state >> 16) & std::uint32_t{kRandomMax});
   }
 
   constexpr explicit FlakeRandom(std::uint32_t seed) noexcept : state_(seed) {}

@@ -6,6 +6,7 @@
 
 #include "effect/pixel/flake_random.h"
 #include "effect/pixel/integer.h"
+#include "effect/pixel/noise_spline.h"
 
 namespace {
 
@@ -91,22 +92,6 @@ float NoiseValues<float>::noisebspline(float x) const {
   const std::int32_t i = inRange ? static_cast<std::int32_t>(whole) : 0;
   const float f = inRange ? x - whole : 0.0f;
 
-  const float rest = 1.0f - f;
-  const float squared = f * f;
-  const float cubed = squared * f;
-  const float weight0 = (rest * rest) * rest;
-  const float weight1 = 3.0f * cubed - 6.0f * squared + 4.0f;
-  const float weight2 = -3.0f * cubed + 3.0f * squared + 3.0f * f + 1.0f;
-  const float weight3 = cubed;
-
   const auto entry = [this, i](std::int32_t offset) { return table[NoiseIndex(WrapAdd(i, offset))]; };
-  constexpr float kOneSixth = 0.16666667f;  // the weights add up to 6
-  return (weight0 * entry(-1) + weight1 * entry(0) + weight2 * entry(1) + weight3 * entry(2)) * kOneSixth;
-}
-
-std::int32_t NoiseIndex(std::int32_t n) {
-  constexpr std::int32_t kBlock = 23;
-  constexpr std::int32_t kShift = 89;
-  const std::int32_t block = n / kBlock;
-  return (WrapAdd(n, WrapMultiply(kShift, block)) ^ block) & (NoiseValues<float>::kEntries - 1);
+  return NoiseSpline(f, entry(-1), entry(0), entry(1), entry(2));
 }

@@ -37,7 +37,3 @@ struct NoiseValues<float> {
   float* table = nullptr;       // kEntries values, owned; null before the first allocation
   std::int32_t seedOffset = 0;  // added to the start state of each key's stream
 };
-
-/// Where the lookup finds entry `n`, 0..1023.  Blocks of 23 entries are shifted and scrambled by the block's
-/// number, so that the lookup does not repeat every 1024 steps.
-std::int32_t NoiseIndex(std::int32_t n);

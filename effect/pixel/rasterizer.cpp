@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "effect/pixel/pixel_type.h"
+#include "effect/pixel/stroke_limits.h"
 
 namespace {
 
@@ -19,8 +20,7 @@ struct PixelRange {
 // number. Truncation goes towards zero on both sides of it; the reach's extra pixel makes up for that.
 bool BoundingRange(float coordinate0, float coordinate1, float reach, std::int32_t extent,
                    PixelRange& range) {
-  constexpr float kLimit = 1 << 30;  // leaves room for the sums
-  const auto fits = [](float value) { return value > -kLimit && value < kLimit; };
+  const auto fits = [](float value) { return value > -kLargestCoordinate && value < kLargestCoordinate; };
   if (!fits(coordinate0) || !fits(coordinate1) || !fits(reach)) {
     return false;
   }
@@ -45,8 +45,6 @@ void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, Fl
     size = 1.0f;
   }
 
-  // The path has a length, and so a direction, even where the flake stands still.
-  constexpr float kLeastFall = 0.1f;
   const float dx = p1.x - p0.x;
   float dy = p1.y - p0.y;
   if (-kLeastFall < dy && dy < kLeastFall) {

@@ -145,7 +145,7 @@ void JLightenT<PF_Pixel>(const PF_Pixel* top, const PF_Pixel* bottom, PF_Pixel& 
     return;
   }
   // Over an opaque bottom the union is 255 and the rescaling gives the bottom's own colour, so that the
-  // opaque case needs no road of its own here.
+  // opaque case needs no branch of its own here.
   const Wide alpha = UnionAlpha(t.alpha, b.alpha, kWhite8);
   result.alpha = Narrow8(alpha);
   result.red = Narrow8(RaiseTowards(t.red, b.red * b.alpha / alpha, t.alpha, alpha));
@@ -161,13 +161,11 @@ void JLightenT<PF_Pixel16>(const PF_Pixel16* top, const PF_Pixel16* bottom, PF_P
     result = t;
     return;
   }
-  // The lightening starts 8 steps above transparent and stays that much below opaque.
-  constexpr Wide kThreshold = 8;
-  if (t.alpha <= kThreshold) {
+  if (t.alpha <= kLightenThreshold16) {
     result = b;
     return;
   }
-  const Wide topAlpha = t.alpha - kThreshold;
+  const Wide topAlpha = t.alpha - kLightenThreshold16;
   const Wide alpha = UnionAlpha(topAlpha, b.alpha, kWhite16);
   result.alpha = Narrow16(alpha);
   // The union's alpha decides, not the bottom's: the colour of a nearly opaque bottom stays unscaled.

@@ -4,6 +4,8 @@
 // 16 bits, where every division truncates, and single precision in float, where nothing is clamped.
 #pragma once
 
+#include <cstdint>
+
 #include "hostapi/worlds.h"
 
 /// Combines `top` (the flake, its coverage in alpha) with `bottom` (the picture).  `result` may be the same
@@ -19,6 +21,9 @@ void JCompositeT(const T* top, const T* bottom, T& result);
 /// yields the top; a partly transparent one is first rescaled to the alpha of the union.
 template <class T>
 void JLightenT(const T* top, const T* bottom, T& result);
+
+/// In 16 bits the lightening starts so many steps above transparent and stays that much below opaque.
+inline constexpr std::int32_t kLightenThreshold16 = 8;
 
 /// Bottom over top: the flake goes behind the picture.
 template <class T>

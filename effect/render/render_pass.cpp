@@ -6,6 +6,7 @@
 #include "effect/host/time_copy.h"
 #include "effect/render/draw_flakes.h"
 #include "effect/render/frame/color.h"
+#include "effect/render/frame/flake_draws.h"
 #include "effect/render/frame/geometry.h"
 #include "effect/render/frame/light.h"
 #include "effect/render/frame/motion.h"
@@ -77,7 +78,6 @@ void SetSeeds(FrameField& frame) {
 }
 
 PF_Err SetWiggle(FrameField& frame, double cycles, double shutterCycles) {
-  constexpr double kTwoPi = 6.283185307179586;
   // The spline leaves the noise half the root mean square of a cosine, and turns it about once in three units
   // of the table; doubled, both amount and pace come near the cosine's.
   constexpr double kNoiseUnits = 2.0;

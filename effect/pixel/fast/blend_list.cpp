@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "effect/pixel/fast/pixel_words.h"
 #include "effect/pixel/fast/transfer.h"
 
 namespace {
@@ -16,63 +17,57 @@ struct ListedBlock {
   T colour;
 };
 
-template <BlendMode mode, class Operators, class Pixel>
+template <BlendMode mode, class Operator, class Pixel>
 VINTREL_INLINE Pixel Combine(const Pixel& flake, const Pixel& picture) {
   if constexpr (mode == BlendMode::kLighten) {
-    return Operators::Lighten(flake, picture);
+    return Operator::Lighten(flake, picture);
   } else if constexpr (mode == BlendMode::kComposite) {
-    return Operators::Composite(flake, picture);
+    return Operator::Composite(flake, picture);
   } else {
-    return Operators::Composite(picture, flake);
+    return Operator::Composite(picture, flake);
   }
 }
 
-template <class Word>
-VINTREL_INLINE Word LoadWord(const std::byte* from) {
-  Word word;
-  std::memcpy(&word, from, sizeof word);
-  return word;
-}
-template <class Word>
-VINTREL_INLINE void StoreWord(Word word, std::byte* to) {
-  std::memcpy(to, &word, sizeof word);
-}
+// The operators of one depth.  Channels above white do not occur in pictures of 16 bits; read as white they
+// cannot overflow the products.
+template <class T>
+struct Operators;
 
-VINTREL_INLINE std::int32_t Field(std::uint32_t word, int shift, std::uint32_t mask) {
-  return static_cast<std::int32_t>((word >> shift) & mask);
-}
-VINTREL_INLINE std::uint32_t Bits(std::int32_t value, int shift) {
-  return static_cast<std::uint32_t>(value) << shift;
-}
-
-struct Operators8 {
+template <>
+struct Operators<PF_Pixel> {
   VINTREL_INLINE static WidePixel Lighten(const WidePixel& top, const WidePixel& bottom) {
     return branchless::Lighten8(top, bottom);
   }
   VINTREL_INLINE static WidePixel Composite(const WidePixel& top, const WidePixel& bottom) {
     return branchless::Composite8(top, bottom);
   }
+  VINTREL_INLINE static WidePixel InRange(const WidePixel& picture) { return picture; }
 };
 
-struct Operators16 {
+template <>
+struct Operators<PF_Pixel16> {
   VINTREL_INLINE static WidePixel Lighten(const WidePixel& top, const WidePixel& bottom) {
     return branchless::Lighten16(top, bottom);
   }
   VINTREL_INLINE static WidePixel Composite(const WidePixel& top, const WidePixel& bottom) {
     return branchless::Composite16(top, bottom);
   }
+  VINTREL_INLINE static WidePixel InRange(const WidePixel& picture) {
+    const auto channel = [](std::int32_t value) __attribute__((always_inline)) {
+      return value < branchless::kWhite16 ? value : branchless::kWhite16;
+    };
+    return {channel(picture.alpha), channel(picture.red), channel(picture.green), channel(picture.blue)};
+  }
 };
 
-// Pixels are taken apart and put together as words, so that the loop between has one lane for each pixel.
-// Memory order is alpha, red, green, blue; the words are read as little-endian.
-template <BlendMode mode>
-VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel>& block) {
-  constexpr std::size_t kBlock = CoverageList<PF_Pixel>::kBlock;
-  constexpr std::uint32_t kMask = 0xFF;
-  std::uint32_t words[kBlock];
+template <BlendMode mode, class T>
+VINTREL_INLINE void BlendBlock(const ListedBlock<T>& block) {
+  using Word = typename PixelWord<T>::Word;
+  constexpr std::size_t kBlock = CoverageList<T>::kBlock;
+  Word words[kBlock];
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
-    words[k] = LoadWord<std::uint32_t>(block.image + block.offsets[k]);
+    words[k] = LoadWord<T>(block.image + block.offsets[k]);
   }
   const std::int32_t red = block.colour.red;
   const std::int32_t green = block.colour.green;
@@ -80,47 +75,12 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel>& block) {
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
     const WidePixel flake = {block.alphas[k], red, green, blue};
-    const WidePixel picture = {Field(words[k], 0, kMask), Field(words[k], 8, kMask),
-                               Field(words[k], 16, kMask), Field(words[k], 24, kMask)};
-    const WidePixel result = Combine<mode, Operators8>(flake, picture);
-    words[k] = Bits(result.alpha, 0) | Bits(result.red, 8) | Bits(result.green, 16) | Bits(result.blue, 24);
+    const WidePixel picture = Operators<T>::InRange(PixelWord<T>::Split(words[k]));
+    words[k] = PixelWord<T>::Join(Combine<mode, Operators<T>>(flake, picture));
   }
 #pragma GCC unroll 8
   for (std::size_t k = 0; k < kBlock; ++k) {
-    StoreWord(words[k], block.image + block.offsets[k]);
-  }
-}
-
-template <BlendMode mode>
-VINTREL_INLINE void BlendBlock(const ListedBlock<PF_Pixel16>& block) {
-  constexpr std::size_t kBlock = CoverageList<PF_Pixel16>::kBlock;
-  // Channels above white do not occur; read as white they cannot overflow the products.
-  const auto channel = [](std::uint32_t word, int shift) __attribute__((always_inline)) {
-    const std::int32_t value = Field(word, shift, 0xFFFF);
-    return value < 32768 ? value : 32768;
-  };
-  std::uint64_t words[kBlock];
-#pragma GCC unroll 1
-  for (std::size_t k = 0; k < kBlock; ++k) {
-    words[k] = LoadWord<std::uint64_t>(block.image + block.offsets[k]);
-  }
-  const std::int32_t red = block.colour.red;
-  const std::int32_t green = block.colour.green;
-  const std::int32_t blue = block.colour.blue;
-#pragma GCC unroll 1
-  for (std::size_t k = 0; k < kBlock; ++k) {
-    const WidePixel flake = {block.alphas[k], red, green, blue};
-    const auto alphaRed = static_cast<std::uint32_t>(words[k]);
-    const auto greenBlue = static_cast<std::uint32_t>(words[k] >> 32);
-    const WidePixel picture = {channel(alphaRed, 0), channel(alphaRed, 16), channel(greenBlue, 0),
-                               channel(greenBlue, 16)};
-    const WidePixel result = Combine<mode, Operators16>(flake, picture);
-    words[k] = Bits(result.alpha, 0) | Bits(result.red, 16) |
-               std::uint64_t{Bits(result.green, 0) | Bits(result.blue, 16)} << 32;
-  }
-#pragma GCC unroll 8
-  for (std::size_t k = 0; k < kBlock; ++k) {
-    StoreWord(words[k], block.image + block.offsets[k]);
+    StoreWord<T>(words[k], block.image + block.offsets[k]);
   }
 }
 
@@ -147,7 +107,8 @@ VINTREL_INLINE PlanarPixels Transpose(const PlanarPixels& m) {
           __builtin_shufflevector(high01, high23, 2, 3, 6, 7)};
 }
 
-struct OperatorsFloat {
+template <>
+struct Operators<PF_PixelFloat> {
   VINTREL_INLINE static FloatVector Over(FloatVector topAlpha, FloatVector top, FloatVector bottomWeight,
                                          FloatVector bottom, FloatVector normalize) {
     return (topAlpha * top + bottomWeight * bottom) * normalize;
@@ -219,7 +180,7 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_PixelFloat>& block) {
       Transpose({LoadVector(pixel(0)), LoadVector(pixel(1)), LoadVector(pixel(2)), LoadVector(pixel(3))});
   const PlanarPixels flake = {LoadVector(block.alphas), lanes(block.colour.red), lanes(block.colour.green),
                               lanes(block.colour.blue)};
-  const PlanarPixels result = Transpose(Combine<mode, OperatorsFloat>(flake, picture));
+  const PlanarPixels result = Transpose(Combine<mode, Operators<PF_PixelFloat>>(flake, picture));
   StoreVector(result.alpha, pixel(0));
   StoreVector(result.red, pixel(1));
   StoreVector(result.green, pixel(2));

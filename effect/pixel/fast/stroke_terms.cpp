@@ -2,10 +2,10 @@
 
 #include <cmath>
 
+#include "effect/pixel/stroke_limits.h"
+
 namespace {
 
-constexpr float kLeastFall = 0.1f;
-constexpr float kLargest = 1 << 30;  // of any coordinate in pixels; leaves room for the sums
 constexpr float kNearest = 1 << 15;  // of coordinates in scene units small enough for kReachMargin
 
 VINTREL_INLINE float Lesser(float a, float b) {
@@ -80,9 +80,11 @@ VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, float peakAlpha, const 
     const float bottom = Greater(y0 * sy, y1 * sy);
     const float reachX = size * sx;
     const float reachY = size * sy;
-    const bool fits = (left > -kLargest) & (right < kLargest) & (top > -kLargest) & (bottom < kLargest) &
-                      (reachX > -kLargest) & (reachX < kLargest) & (reachY > -kLargest) &
-                      (reachY < kLargest) & (strokes.size[i] >= 0.0f) & (gain > 0.0f);
+    const bool fits = (left > -kLargestCoordinate) & (right < kLargestCoordinate) &
+                      (top > -kLargestCoordinate) & (bottom < kLargestCoordinate) &
+                      (reachX > -kLargestCoordinate) & (reachX < kLargestCoordinate) &
+                      (reachY > -kLargestCoordinate) & (reachY < kLargestCoordinate) &
+                      (strokes.size[i] >= 0.0f) & (gain > 0.0f);
     const float farthestX = Greater(std::fabs(x0), std::fabs(x1));
     const float farthestY = Greater(std::fabs(y0), std::fabs(y1));
     const bool near = fits & (farthestX < nearest) & (farthestY < nearest) & (size < nearest);

@@ -7,14 +7,9 @@
 #include <cstdint>
 
 #include "effect/pixel/fast/cpu_path.h"
-
-/// One pixel as four integers.
-struct WidePixel {
-  std::int32_t alpha;
-  std::int32_t red;
-  std::int32_t green;
-  std::int32_t blue;
-};
+#include "effect/pixel/fast/pixel_words.h"
+#include "effect/pixel/pixel_type.h"
+#include "effect/pixel/transfer.h"
 
 /// Divides small integers by one divisor, truncated.
 ///
@@ -51,6 +46,11 @@ class Divisor16 {
 
 namespace branchless {
 
+inline constexpr std::int32_t kWhite8 = PixelType<PF_Pixel>::kWhite;
+inline constexpr std::int32_t kWhite16 = PixelType<PF_Pixel16>::kWhite;
+inline constexpr std::int32_t kWhiteBits16 = 15;  // a shift divides by white
+static_assert(1 << kWhiteBits16 == kWhite16);
+
 VINTREL_INLINE WidePixel Choose(bool condition, const WidePixel& yes, const WidePixel& no) {
   return {condition ? yes.alpha : no.alpha, condition ? yes.red : no.red, condition ? yes.green : no.green,
           condition ? yes.blue : no.blue};
@@ -72,11 +72,11 @@ VINTREL_INLINE std::int32_t Raise16(std::int32_t top, std::int32_t base, std::in
 
 // Top alphas of 0 and 255 give the bottom and the top by the general formula.
 VINTREL_INLINE WidePixel Composite8(const WidePixel& top, const WidePixel& bottom) {
-  const std::int32_t topWeight = top.alpha * 255;
-  const std::int32_t bottomWeight = bottom.alpha * (255 - top.alpha);
+  const std::int32_t topWeight = top.alpha * kWhite8;
+  const std::int32_t bottomWeight = bottom.alpha * (kWhite8 - top.alpha);
   const std::int32_t sum = topWeight + bottomWeight;
   const Divisor16 divide(sum > 0 ? sum : 1);
-  const WidePixel over = {top.alpha + bottom.alpha - Divisor8(255)(top.alpha * bottom.alpha),
+  const WidePixel over = {top.alpha + bottom.alpha - Divisor8(kWhite8)(top.alpha * bottom.alpha),
                           divide(top.red * topWeight + bottom.red * bottomWeight),
                           divide(top.green * topWeight + bottom.green * bottomWeight),
                           divide(top.blue * topWeight + bottom.blue * bottomWeight)};
@@ -85,7 +85,7 @@ VINTREL_INLINE WidePixel Composite8(const WidePixel& top, const WidePixel& botto
 
 // A top alpha of 0 gives the bottom by the general formula.
 VINTREL_INLINE WidePixel Lighten8(const WidePixel& top, const WidePixel& bottom) {
-  const std::int32_t alpha = top.alpha + bottom.alpha - Divisor8(255)(top.alpha * bottom.alpha);
+  const std::int32_t alpha = top.alpha + bottom.alpha - Divisor8(kWhite8)(top.alpha * bottom.alpha);
   const Divisor8 divide(alpha > 0 ? alpha : 1);
   const WidePixel raised = {alpha, Raise8(top.red, divide(bottom.red * bottom.alpha), top.alpha, divide),
                             Raise8(top.green, divide(bottom.green * bottom.alpha), top.alpha, divide),
@@ -95,10 +95,10 @@ VINTREL_INLINE WidePixel Lighten8(const WidePixel& top, const WidePixel& bottom)
 
 // A top alpha of 0 gives the bottom by the general formula.
 VINTREL_INLINE WidePixel Composite16(const WidePixel& top, const WidePixel& bottom) {
-  const std::int32_t bottomWeight = (bottom.alpha * (32768 - top.alpha)) >> 15;
+  const std::int32_t bottomWeight = (bottom.alpha * (kWhite16 - top.alpha)) >> kWhiteBits16;
   const std::int32_t sum = top.alpha + bottomWeight;
   const Divisor16 divide(sum > 0 ? sum : 1);
-  const WidePixel over = {top.alpha + bottom.alpha - ((top.alpha * bottom.alpha) >> 15),
+  const WidePixel over = {top.alpha + bottom.alpha - ((top.alpha * bottom.alpha) >> kWhiteBits16),
                           divide(top.red * top.alpha + bottom.red * bottomWeight),
                           divide(top.green * top.alpha + bottom.green * bottomWeight),
                           divide(top.blue * top.alpha + bottom.blue * bottomWeight)};
@@ -108,10 +108,10 @@ VINTREL_INLINE WidePixel Composite16(const WidePixel& top, const WidePixel& bott
 // A top alpha up to the threshold gives the bottom by the general formula; over an opaque union the bottom's
 // colour stays unscaled, its weight being the divisor.
 VINTREL_INLINE WidePixel Lighten16(const WidePixel& top, const WidePixel& bottom) {
-  const std::int32_t topAlpha = top.alpha > 8 ? top.alpha - 8 : 0;
-  const std::int32_t alpha = topAlpha + bottom.alpha - ((topAlpha * bottom.alpha) >> 15);
+  const std::int32_t topAlpha = top.alpha > kLightenThreshold16 ? top.alpha - kLightenThreshold16 : 0;
+  const std::int32_t alpha = topAlpha + bottom.alpha - ((topAlpha * bottom.alpha) >> kWhiteBits16);
   const Divisor16 divide(alpha > 0 ? alpha : 1);
-  const std::int32_t weight = alpha >= 32768 ? alpha : bottom.alpha;
+  const std::int32_t weight = alpha >= kWhite16 ? alpha : bottom.alpha;
   const WidePixel raised = {alpha, Raise16(top.red, divide(bottom.red * weight), topAlpha, divide),
                             Raise16(top.green, divide(bottom.green * weight), topAlpha, divide),
                             Raise16(top.blue, divide(bottom.blue * weight), topAlpha, divide)};

@@ -3,19 +3,16 @@
 #include <cmath>
 
 #include "effect/pixel/fast/flake_random.h"
+#include "effect/pixel/fast/integer.h"
+#include "effect/pixel/integer.h"
+#include "effect/pixel/noise_spline.h"
+#include "effect/render/frame/flake_draws.h"
 
 namespace {
 
 // The steps are NextFlake's, in its order, each value computed for every lane and then chosen.  What a loop
 // reads of the record it reads into locals first: a store to a lane might change the record, as far as the
 // compiler knows.
-
-constexpr double kTwoPi = 6.283185307179586;
-constexpr double kNoisePhaseSpan = 100.0;
-
-constexpr std::uint32_t kFlakeDraws = 7;
-constexpr std::uint32_t kIlluminationDraws = 2;
-constexpr std::uint32_t kWiggleDraws = 3;
 
 // States before each lane's flake in the first batch.
 Lanes<std::uint32_t> FirstLanes(std::int32_t seed, std::uint32_t draws) {
@@ -106,26 +103,18 @@ struct NoisePlaces {
   Lanes<float> fraction;
 };
 
-// NoiseIndex with the wrapping written as unsigned arithmetic.
-VINTREL_INLINE std::uint32_t NoiseEntry(std::uint32_t coordinate) {
-  const auto block = static_cast<std::uint32_t>(static_cast<std::int32_t>(coordinate) / 23);
-  return ((coordinate + 89u * block) ^ block) & 1023u;
-}
-
 // The floor is taken by truncation, which every processor has.
 VINTREL_INLINE void FindPlaces(const Lanes<double>& phases, NoisePlaces& places) {
   for (std::size_t i = 0; i < kLanes; ++i) {
     const float x = static_cast<float>(phases[i]);
-    const float aboveLeast = x >= -2147483648.0f ? x : 0.0f;
-    const float inside = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
+    const float inside = InsideInt32(x);
     const std::int32_t truncated = static_cast<std::int32_t>(inside);
     const std::int32_t below = static_cast<float>(truncated) > inside ? 1 : 0;
-    const std::uint32_t whole = static_cast<std::uint32_t>(truncated) - static_cast<std::uint32_t>(below);
-    places.fraction[i] = inside - static_cast<float>(static_cast<std::int32_t>(whole));
-    places.entries[0][i] = NoiseEntry(whole - 1u);
-    places.entries[1][i] = NoiseEntry(whole);
-    places.entries[2][i] = NoiseEntry(whole + 1u);
-    places.entries[3][i] = NoiseEntry(whole + 2u);
+    const std::int32_t whole = WrapSubtract(truncated, below);
+    places.fraction[i] = inside - static_cast<float>(whole);
+    for (std::int32_t k = 0; k < 4; ++k) {
+      places.entries[k][i] = static_cast<std::uint32_t>(NoiseIndex(WrapAdd(whole, k - 1)));
+    }
   }
 }
 
@@ -138,16 +127,7 @@ VINTREL_INLINE void NoiseAt(const float* table, const NoisePlaces& places, Lanes
     }
   }
   for (std::size_t i = 0; i < kLanes; ++i) {
-    const float f = places.fraction[i];
-    const float rest = 1.0f - f;
-    const float squared = f * f;
-    const float cubed = squared * f;
-    const float weight0 = (rest * rest) * rest;
-    const float weight1 = 3.0f * cubed - 6.0f * squared + 4.0f;
-    const float weight2 = -3.0f * cubed + 3.0f * squared + 3.0f * f + 1.0f;
-    noise[i] =
-        (weight0 * values[0][i] + weight1 * values[1][i] + weight2 * values[2][i] + cubed * values[3][i]) *
-        0.16666667f;
+    noise[i] = NoiseSpline(places.fraction[i], values[0][i], values[1][i], values[2][i], values[3][i]);
   }
 }
 
@@ -157,7 +137,7 @@ VINTREL_INLINE void NoiseWiggle(const FrameField& frame, FieldLanes& lanes) {
     const float alongX = static_cast<float>(lanes.shutterFall[i] * lanes.slope[i] + lanes.shutterWind[i]);
     const float alongY = static_cast<float>(lanes.shutterFall[i]);
     const float squared = alongX * alongX + alongY * alongY;
-    const float length = static_cast<float>(std::sqrt(static_cast<double>(squared) + 1e-5));
+    const float length = static_cast<float>(std::sqrt(static_cast<double>(squared) + kRestTravel));
     lanes.normalX[i] = alongY / length;
     lanes.normalY[i] = -alongX / length;
   }
@@ -178,11 +158,7 @@ void CosineWiggle(const FrameField& frame, const FlakeBatch& batch, FieldLanes& 
 }
 
 VINTREL_INLINE double WrapLane(double v, double period) {
-  const double quotient = v / period;
-  const double aboveLeast = quotient > -2147483649.0 ? quotient : 0.0;
-  const double inRange = aboveLeast < 2147483648.0 ? aboveLeast : 0.0;
-  const double whole = static_cast<double>(static_cast<std::int32_t>(inRange));
-  const double wrapped = v - whole * period;
+  const double wrapped = v - static_cast<double>(TruncateLane(v / period)) * period;
   return wrapped < 0.0 ? wrapped + period : wrapped;
 }
 

@@ -8,16 +8,16 @@
 #include "effect/render/frame/record.h"
 
 /// The random streams of one pass, one state for each lane.  A flake takes a fixed number of draws from each
-/// stream, so that a lane reaches its flake of the next batch in one step of the recurrence raised to a
-/// power.
+/// stream (frame/flake_draws.h), so that a lane reaches its flake of the next batch in one step of the
+/// recurrence raised to a power.
 struct BatchStreams {
   /// The first batch ends with flake 1, after which progress is first reported; its lanes begin 126 flakes
   /// before the streams do.
   explicit BatchStreams(const FrameField& frame);
 
-  Lanes<std::uint32_t> flake;         // 7 draws a flake
-  Lanes<std::uint32_t> illumination;  // 2 draws, where there is illumination
-  Lanes<std::uint32_t> wiggle;        // 3 draws, where there is wiggle
+  Lanes<std::uint32_t> flake;
+  Lanes<std::uint32_t> illumination;
+  Lanes<std::uint32_t> wiggle;
 };
 
 /// Index of the first lane's flake in the first batch: the batches end where progress is reported.

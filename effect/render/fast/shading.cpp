@@ -1,11 +1,15 @@
 #include "effect/render/fast/shading.h"
 
 #include <cmath>
-#include <cstring>
 
 #include "effect/pixel/fast/flake_random.h"
+#include "effect/pixel/fast/integer.h"
+#include "effect/pixel/fast/pixel_words.h"
 #include "effect/pixel/flake_random.h"
 #include "effect/pixel/lit_channel.h"
+#include "effect/pixel/pixel_type.h"
+#include "effect/render/frame/flake_draws.h"
+#include "effect/render/frame/light_scale.h"
 
 namespace {
 
@@ -32,16 +36,13 @@ VINTREL_INLINE void SetSizes(const FrameField& frame, FlakeBatch& batch) {
 // pixel.
 VINTREL_INLINE PF_Fixed SamplePositionLane(float position, float last) {
   const float below = position < last ? position : last;
-  const float clamped = (position < 0.0f ? 0.0f : below) * 65536.0f;
-  const float inRange = clamped < 2147483648.0f ? clamped : 0.0f;
-  return static_cast<PF_Fixed>(inRange);
+  const float clamped = (position < 0.0f ? 0.0f : below) * kSampleUnit;
+  return static_cast<PF_Fixed>(BelowInt32End(clamped));
 }
 
 VINTREL_INLINE void DrawSamplePoints(const FrameField& frame, const FlakeBatch& batch, BatchStreams& streams,
                                      SampleLanes& samples) {
-  constexpr std::uint32_t kDraws = 2;
-  constexpr RandomJump kNextBatch = JumpBy(kDraws * kLanes);
-  constexpr float kCopyScale = 0.1f;
+  constexpr RandomJump kNextBatch = JumpBy(kIlluminationDraws * kLanes);
   const float spreadWidth = frame.spreadWidth;
   const float spreadHeight = frame.spreadHeight;
   const float sx = frame.scale.xScaleF;
@@ -58,8 +59,8 @@ VINTREL_INLINE void DrawSamplePoints(const FrameField& frame, const FlakeBatch& 
     const float jitterY = (spreadHeight * perspective) * SignedFractionF(FlakeRandom::Result(stateY));
     const float middleX = (batch.stroke.startX[i] + batch.stroke.endX[i]) * 0.5f;
     const float middleY = (batch.stroke.startY[i] + batch.stroke.endY[i]) * 0.5f;
-    samples.x[i] = SamplePositionLane(((middleX + jitterX) * sx) * kCopyScale, lastX);
-    samples.y[i] = SamplePositionLane(kCopyScale * ((middleY + jitterY) * sy), lastY);
+    samples.x[i] = SamplePositionLane(((middleX + jitterX) * sx) * kLightScale, lastX);
+    samples.y[i] = SamplePositionLane(kLightScale * ((middleY + jitterY) * sy), lastY);
   }
 }
 
@@ -76,46 +77,28 @@ VINTREL_INLINE void ShadeLanes(const FrameField& frame, BatchStreams& streams, F
 }
 
 // LitChannel of the plain form.
-VINTREL_INLINE std::uint32_t LitLane(std::uint32_t sampled, std::int32_t own, float weight) {
-  const float lit =
-      static_cast<float>(static_cast<std::int32_t>(sampled) - own) * weight + static_cast<float>(own);
-  const float aboveLeast = lit >= -2147483648.0f ? lit : 0.0f;
-  const float inRange = aboveLeast < 2147483648.0f ? aboveLeast : 0.0f;
-  return static_cast<std::uint32_t>(static_cast<std::int32_t>(inRange));
+template <class T>
+VINTREL_INLINE std::int32_t LitLane(std::int32_t sampled, std::int32_t own, float weight) {
+  const float lit = static_cast<float>(sampled - own) * weight + static_cast<float>(own);
+  return static_cast<typename PixelType<T>::Channel>(TruncateLane(lit));
 }
 
-// LitPixel of the plain form, from lights to colours.  Pixels are taken apart and put together as words, so
-// that a lane is a pixel; memory order is alpha, red, green, blue, read as little-endian.
-VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel>& frame, Lanes<PF_Pixel>& pixels) {
+// LitPixel of the plain form, from lights to colours.
+template <class T>
+VINTREL_INLINE void LightLanes(const FrameSetup<T>& frame, Lanes<T>& pixels) {
   const float influenceScale = frame.influenceScale;
-  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
-  const std::uint32_t alpha = frame.flakeColor.alpha;
-  for (PF_Pixel& pixel : pixels) {
-    std::uint32_t word;
-    std::memcpy(&word, &pixel, sizeof word);
-    const float weight = static_cast<float>(static_cast<std::int32_t>(word & 0xFF)) * influenceScale;
-    word = alpha | (LitLane(word >> 8 & 0xFF, red, weight) & 0xFF) << 8 |
-           (LitLane(word >> 16 & 0xFF, green, weight) & 0xFF) << 16 | LitLane(word >> 24, blue, weight) << 24;
-    std::memcpy(&pixel, &word, sizeof word);
+  const WidePixel own = {frame.flakeColor.alpha, frame.flakeColor.red, frame.flakeColor.green,
+                         frame.flakeColor.blue};
+  for (T& pixel : pixels) {
+    const WidePixel light = PixelWord<T>::Split(LoadWord<T>(&pixel));
+    const float weight = static_cast<float>(light.alpha) * influenceScale;
+    const WidePixel lit = {own.alpha, LitLane<T>(light.red, own.red, weight),
+                           LitLane<T>(light.green, own.green, weight),
+                           LitLane<T>(light.blue, own.blue, weight)};
+    StoreWord<T>(PixelWord<T>::Join(lit), &pixel);
   }
 }
-VINTREL_INLINE void LightLanes(const FrameSetup<PF_Pixel16>& frame, Lanes<PF_Pixel16>& pixels) {
-  const float influenceScale = frame.influenceScale;
-  const std::int32_t red = frame.flakeColor.red, green = frame.flakeColor.green, blue = frame.flakeColor.blue;
-  const std::uint32_t alpha = frame.flakeColor.alpha;
-  for (PF_Pixel16& pixel : pixels) {
-    std::uint64_t word;
-    std::memcpy(&word, &pixel, sizeof word);
-    const auto alphaRed = static_cast<std::uint32_t>(word);
-    const auto greenBlue = static_cast<std::uint32_t>(word >> 32);
-    const float weight = static_cast<float>(static_cast<std::int32_t>(alphaRed & 0xFFFF)) * influenceScale;
-    const std::uint32_t low = alpha | LitLane(alphaRed >> 16, red, weight) << 16;
-    const std::uint32_t high =
-        (LitLane(greenBlue & 0xFFFF, green, weight) & 0xFFFF) | LitLane(greenBlue >> 16, blue, weight) << 16;
-    word = low | std::uint64_t{high} << 32;
-    std::memcpy(&pixel, &word, sizeof word);
-  }
-}
+template <>
 VINTREL_INLINE void LightLanes(const FrameSetup<PF_PixelFloat>& frame, Lanes<PF_PixelFloat>& pixels) {
   for (PF_PixelFloat& pixel : pixels) {
     pixel = LitPixel(frame.flakeColor, pixel, frame.influenceScale);

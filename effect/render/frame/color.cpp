@@ -20,13 +20,13 @@ typename PixelType<T>::Channel OpacityChannel(float opacity) {
 void FillColor(FrameSetup<PF_Pixel>& frame, PF_Pixel color) {
   frame.flakeColor = color;
   frame.flakeColor.alpha = OpacityChannel<PF_Pixel>(frame.opacity);
-  frame.influenceScale = frame.influence / 255.0f;
+  frame.influenceScale = frame.influence / static_cast<float>(PixelType<PF_Pixel>::kWhite);
 }
 
 void FillColor(FrameSetup<PF_Pixel16>& frame, PF_Pixel color) {
   AdaptDepth<PF_Pixel16>(color, frame.flakeColor);
   frame.flakeColor.alpha = OpacityChannel<PF_Pixel16>(frame.opacity);
-  frame.influenceScale = frame.influence * (1.0f / 32768.0f);
+  frame.influenceScale = frame.influence * (1.0f / static_cast<float>(PixelType<PF_Pixel16>::kWhite));
 }
 
 void FillColor(FrameSetup<PF_PixelFloat>& frame, PF_Pixel color) {

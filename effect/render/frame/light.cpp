@@ -1,11 +1,12 @@
 #include "effect/render/frame/light.h"
 
+#include "effect/render/frame/light_scale.h"
+
 namespace {
 
 std::int32_t ReducedExtent(std::int32_t extent) {
-  constexpr std::int32_t kReduction = 10;
   constexpr std::int32_t kLeast = 2;
-  const std::int32_t reduced = extent / kReduction;
+  const std::int32_t reduced = extent / kLightReduction;
   return reduced < kLeast ? kLeast : reduced;
 }
 

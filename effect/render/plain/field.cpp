@@ -1,11 +1,9 @@
 #include "effect/render/plain/field.h"
 
 #include "effect/pixel/integer.h"
+#include "effect/render/frame/flake_draws.h"
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
-constexpr double kNoisePhaseSpan = 100.0;  // in units of the noise table
 
 // In double precision, as all places are until they reach the segment.
 struct Place {
@@ -74,12 +72,11 @@ float WiggleValue(const FrameField& frame, const Wiggle& wiggle, double commonPh
 // Sets the wiggle of the opening shutter.  The cosine moves the flake sideways, the noise across its travel.
 void OpenWiggle(const FrameField& frame, const Travel& travel, Wiggle& wiggle) {
   if (frame.stochasticWiggle) {
-    // The small term keeps the length of a flake at rest above 0; such a flake does not wiggle.
     const float alongX = static_cast<float>(travel.shutterFall * travel.slope + travel.shutterWind);
     const float alongY = static_cast<float>(travel.shutterFall);
     const float squared = alongX * alongX + alongY * alongY;
     const float length =
-        static_cast<float>(frame.inData->utils->ansi.sqrt(static_cast<double>(squared) + 1e-5));
+        static_cast<float>(frame.inData->utils->ansi.sqrt(static_cast<double>(squared) + kRestTravel));
     wiggle.normalX = alongY / length;
     wiggle.normalY = -alongX / length;
   } else {
@@ -129,8 +126,9 @@ bool NextFlake(const FrameField& frame, FlakeStreams& streams, FlakeSegment& seg
 
   segment.sizeDraw = streams.flake.Next();
   if (start.y > frame.groundY) {
-    streams.illumination.Next();
-    streams.illumination.Next();
+    for (std::uint32_t draw = 0; draw < kIlluminationDraws; ++draw) {
+      streams.illumination.Next();
+    }
     return false;
   }
 

@@ -10,15 +10,15 @@
 #include "effect/pixel/rasterizer.h"
 #include "effect/render/frame/record.h"
 
-/// The random streams of one pass.  They are apart so that lighting moves no flake and the wiggle changes no
-/// other attribute.
+/// The random streams of one pass; frame/flake_draws.h says what a flake takes from each.  They are apart so
+/// that lighting moves no flake and the wiggle changes no other attribute.
 struct FlakeStreams {
   explicit FlakeStreams(const FrameField& frame)
       : flake(frame.flakeSeed), illumination(frame.illumSeed), wiggle(frame.wiggleSeed) {}
 
-  FlakeRandom flake;         // 7 draws a flake: place (2), depth, speed, slope, wind, size
-  FlakeRandom illumination;  // 2 draws for a removed flake, and for a drawn one under illumination
-  FlakeRandom wiggle;        // 3 draws a flake while the wiggle is on
+  FlakeRandom flake;
+  FlakeRandom illumination;
+  FlakeRandom wiggle;
 };
 
 /// One flake above the ground.  Points are in scene units of the output buffer.

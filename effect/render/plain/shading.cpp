@@ -4,6 +4,7 @@
 
 #include "effect/pixel/integer.h"
 #include "effect/pixel/lit_channel.h"
+#include "effect/render/frame/light_scale.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ float FlakeSize(const FrameField& frame, const FlakeSegment& segment) {
 PF_Fixed SamplePosition(float position, std::int32_t extent) {
   const float last = static_cast<float>(extent - 1);
   const float clamped = position < 0.0f ? 0.0f : (position < last ? position : last);
-  return TruncateToInt32(static_cast<double>(clamped * 65536.0f));
+  return TruncateToInt32(static_cast<double>(clamped * kSampleUnit));
 }
 
 // Where the light for a flake is taken: the middle of its path, jittered in a box that shrinks with distance.
@@ -31,14 +32,13 @@ struct SamplePoint {
 };
 
 SamplePoint DrawSamplePoint(const FrameField& frame, const FlakeSegment& segment, FlakeRandom& random) {
-  constexpr float kCopyScale = 0.1f;  // from pixels of the input to those of the copy
   const float perspective = static_cast<float>(segment.scale);
   const float jitterX = (perspective * frame.spreadWidth) * SignedFractionF(random.Next());
   const float jitterY = (frame.spreadHeight * perspective) * SignedFractionF(random.Next());
   const float middleX = (segment.start.x + segment.end.x) * 0.5f;
   const float middleY = (segment.start.y + segment.end.y) * 0.5f;
-  const float u = ((middleX + jitterX) * frame.scale.xScaleF) * kCopyScale;
-  const float v = kCopyScale * ((middleY + jitterY) * frame.scale.yScaleF);
+  const float u = ((middleX + jitterX) * frame.scale.xScaleF) * kLightScale;
+  const float v = kLightScale * ((middleY + jitterY) * frame.scale.yScaleF);
   return {SamplePosition(u, frame.illumWorld->width), SamplePosition(v, frame.illumWorld->height)};
 }
 
