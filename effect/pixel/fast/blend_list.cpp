@@ -215,28 +215,12 @@ VINTREL_INLINE void BlendMany(const CoverageList<T>& list, std::size_t begin, st
   }
 }
 
-template <class T>
-void BlendBaseline(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
-                   BlendMode mode, void* pixels) {
-  BlendMany(list, begin, end, colours, mode, pixels);
-}
-template <class T>
-VINTREL_AVX2 void BlendAvx2(const CoverageList<T>& list, std::size_t begin, std::size_t end,
-                            const Lanes<T>& colours, BlendMode mode, void* pixels) {
-  BlendMany(list, begin, end, colours, mode, pixels);
-}
-template <class T>
-VINTREL_AVX512 void BlendAvx512(const CoverageList<T>& list, std::size_t begin, std::size_t end,
-                                const Lanes<T>& colours, BlendMode mode, void* pixels) {
-  BlendMany(list, begin, end, colours, mode, pixels);
-}
-
 }  // namespace
 
 template <class T>
 void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
                BlendMode mode, void* pixels, CpuPath path) {
-  SelectPath(path, BlendBaseline<T>, BlendAvx2<T>, BlendAvx512<T>)(list, begin, end, colours, mode, pixels);
+  RunOnPath<BlendMany<T>>(path, list, begin, end, colours, mode, pixels);
 }
 
 template void BlendList(const CoverageList<PF_Pixel>&, std::size_t, std::size_t, const Lanes<PF_Pixel>&,

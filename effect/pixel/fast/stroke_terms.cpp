@@ -101,23 +101,9 @@ VINTREL_INLINE void SetTerms(const StrokeBatch& strokes, float peakAlpha, const 
   }
 }
 
-void SetTermsBaseline(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale, std::int32_t width,
-                      std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, peakAlpha, scale, width, height, terms);
-}
-VINTREL_AVX2 void SetTermsAvx2(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale,
-                               std::int32_t width, std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, peakAlpha, scale, width, height, terms);
-}
-VINTREL_AVX512 void SetTermsAvx512(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale,
-                                   std::int32_t width, std::int32_t height, StrokeTerms& terms) {
-  SetTerms(strokes, peakAlpha, scale, width, height, terms);
-}
-
 }  // namespace
 
 void SetStrokeTerms(const StrokeBatch& strokes, float peakAlpha, const FX_PARc& scale, std::int32_t width,
                     std::int32_t height, StrokeTerms& terms, CpuPath path) {
-  SelectPath(path, SetTermsBaseline, SetTermsAvx2, SetTermsAvx512)(strokes, peakAlpha, scale, width, height,
-                                                                   terms);
+  RunOnPath<SetTerms>(path, strokes, peakAlpha, scale, width, height, terms);
 }

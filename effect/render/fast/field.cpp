@@ -243,16 +243,6 @@ VINTREL_INLINE void NextBatchLanes(const FrameField& frame, BatchStreams& stream
   }
 }
 
-void NextBatchBaseline(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch) {
-  NextBatchLanes(frame, streams, batch);
-}
-VINTREL_AVX2 void NextBatchAvx2(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch) {
-  NextBatchLanes(frame, streams, batch);
-}
-VINTREL_AVX512 void NextBatchAvx512(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch) {
-  NextBatchLanes(frame, streams, batch);
-}
-
 }  // namespace
 
 BatchStreams::BatchStreams(const FrameField& frame)
@@ -261,5 +251,5 @@ BatchStreams::BatchStreams(const FrameField& frame)
       wiggle(FirstLanes(frame.wiggleSeed, kWiggleDraws)) {}
 
 void NextBatch(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch, CpuPath path) {
-  SelectPath(path, NextBatchBaseline, NextBatchAvx2, NextBatchAvx512)(frame, streams, batch);
+  RunOnPath<NextBatchLanes>(path, frame, streams, batch);
 }

@@ -105,39 +105,13 @@ VINTREL_INLINE void LightLanes(const FrameSetup<PF_PixelFloat>& frame, Lanes<PF_
   }
 }
 
-template <class T>
-void LightBaseline(const FrameSetup<T>& frame, Lanes<T>& pixels) {
-  LightLanes(frame, pixels);
-}
-template <class T>
-VINTREL_AVX2 void LightAvx2(const FrameSetup<T>& frame, Lanes<T>& pixels) {
-  LightLanes(frame, pixels);
-}
-template <class T>
-VINTREL_AVX512 void LightAvx512(const FrameSetup<T>& frame, Lanes<T>& pixels) {
-  LightLanes(frame, pixels);
-}
-
-void ShadeBaseline(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch, SampleLanes& samples,
-                   Lanes<std::int32_t>& inFront) {
-  ShadeLanes(frame, streams, batch, samples, inFront);
-}
-VINTREL_AVX2 void ShadeAvx2(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
-                            SampleLanes& samples, Lanes<std::int32_t>& inFront) {
-  ShadeLanes(frame, streams, batch, samples, inFront);
-}
-VINTREL_AVX512 void ShadeAvx512(const FrameField& frame, BatchStreams& streams, FlakeBatch& batch,
-                                SampleLanes& samples, Lanes<std::int32_t>& inFront) {
-  ShadeLanes(frame, streams, batch, samples, inFront);
-}
-
 }  // namespace
 
 template <class T>
 void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& batch, ShadedBatch<T>& shaded,
                 PF_Err& status, CpuPath path) {
   SampleLanes samples;
-  SelectPath(path, ShadeBaseline, ShadeAvx2, ShadeAvx512)(frame, streams, batch, samples, shaded.inFront);
+  RunOnPath<ShadeLanes>(path, static_cast<const FrameField&>(frame), streams, batch, samples, shaded.inFront);
   if (!(frame.influence > 0.0f)) {
     shaded.colours.fill(frame.flakeColor);
     return;
@@ -152,7 +126,7 @@ void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& b
     status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint,
                             &shaded.colours[i]);
   }
-  SelectPath(path, LightBaseline<T>, LightAvx2<T>, LightAvx512<T>)(frame, shaded.colours);
+  RunOnPath<LightLanes<T>>(path, frame, shaded.colours);
 }
 
 template void ShadeBatch(const FrameSetup<PF_Pixel>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel>&,
