@@ -52,17 +52,41 @@ void DrawBatch(const FrameSetup<T>& frame, BatchScratch<T>& scratch, CpuPath pat
   }
 }
 
+// The fast stages take roots with the processor's instruction, which rounds correctly; the plain ones ask the
+// host.  Judged by the roots that are hardest to round: k^2 + k + r = (k + 1/2)^2 + (r - 1/4), so that for a
+// k of 53 bits and a small r the root lies less than |r - 1/4| / 2^53 of a step from the middle between k and
+// the next double, below it for r <= 0 and above it otherwise.  A double holds that square where 2^n divides
+// it, n being 52 or 53; so r is even, and k follows from it bit by bit.  All are scaled by a power of two.
+bool RoundsRootsCorrectly(double (*root)(double)) {
+  constexpr struct {
+    double square;
+    double root;
+  } kHardest[] = {
+      {0x1.0000000000001p+0, 0x1.0000000000000p+0},  // r = 0, n = 52
+      {0x1.fffffffffffffp+1, 0x1.fffffffffffffp+0},  // r = 0, n = 53
+      {0x1.0000000000003p+0, 0x1.0000000000001p+0},  // r = -2, n = 52
+      {0x1.ffffffffffffdp+1, 0x1.ffffffffffffep+0},  // r = -2, n = 53
+      {0x1.d407bb3641da5p+0, 0x1.5a24e31b39fa6p+0},  // r = 2, n = 52
+      {0x1.5b95344972fe2p+1, 0x1.a5db1ce4c605bp+0},  // r = 2, n = 53
+      {0x1.256565cadcbf4p+0, 0x1.120f999e99374p+0},  // r = -4, n = 52
+      {0x1.2b035c1197f48p+0, 0x1.14ac03ef7226dp+0},  // r = 4, n = 52
+  };
+  return std::ranges::all_of(kHardest, [root](const auto& hard) { return root(hard.square) == hard.root; });
+}
+
 }  // namespace
 
 template <class T>
 bool CanDrawFast(const FrameSetup<T>& frame) {
   const PF_LayerDef& output = *frame.output;
   const std::int64_t bytes = std::int64_t{output.rowbytes} * output.height;
-  return std::endian::native == std::endian::little &&
-         (frame.transferOp == JLightenT<T> || frame.transferOp == JCompositeT<T>)&&frame.underOp ==
-             JCompositeUnderT<T> &&
-         output.width > 0 && output.height > 0 && output.rowbytes > 0 &&
-         bytes <= std::numeric_limits<std::uint32_t>::max();
+  const bool littleEndian = std::endian::native == std::endian::little;
+  const bool ownInFront = frame.transferOp == JLightenT<T> || frame.transferOp == JCompositeT<T>;
+  const bool ownBehind = frame.underOp == JCompositeUnderT<T>;
+  const bool hasPixels = output.width > 0 && output.height > 0 && output.rowbytes > 0;
+  const bool offsetsFit = bytes <= std::numeric_limits<std::uint32_t>::max();
+  return littleEndian && ownInFront && ownBehind && hasPixels && offsetsFit &&
+         RoundsRootsCorrectly(frame.inData->utils->ansi.sqrt);
 }
 
 template <class T>

@@ -4,8 +4,9 @@
 #include "effect/pixel/fast/cpu_path.h"
 #include "effect/render/frame/record.h"
 
-/// Whether the fast loop may draw the frame: its operators are the effect's own, its output's bytes can be
-/// counted in 32 bits, and the processor is little-endian, as the packing of pixels into words expects.
+/// Whether the fast loop may draw the frame, which is all that its stages assume: the operators are the
+/// effect's own, the output's bytes can be counted in 32 bits, the host's square root is correctly rounded,
+/// and the processor is little-endian, as the packing of pixels into words expects.
 template <class T>
 bool CanDrawFast(const FrameSetup<T>& frame);
 
