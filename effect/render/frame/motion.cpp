@@ -58,9 +58,32 @@ MotionSums IntegrateMotion(const FrameField& frame, const SequenceState& cached)
   return sums;
 }
 
-ShutterMotion SampleShutterMotion(const FrameField& frame) {
+void SetTravel(FrameField& frame, const MotionSums& sums) {
+  frame.fallDistance = sums.speed * frame.frameSeconds;
+  frame.windDistance = sums.wind * frame.frameSeconds;
+  frame.wigglePhase = sums.frequency * frame.frameSeconds;
+}
+
+PF_Err ContinueMotion(const Fxenv& env, FrameField& frame) {
+  const MotionSums sums = IntegrateMotion(frame, ReadSequenceState(env.outData->sequence_data));
+  if (const PF_Err interrupted = env.inData->inter.abort(env.inData->effect_ref);
+      interrupted != PF_Err_NONE) {
+    return interrupted;
+  }
+  SequenceState state;
+  state.cachedTime = frame.renderTime;
+  state.speedSum = sums.speed;
+  state.windSum = sums.wind;
+  state.frequencySum = sums.frequency;
+  WriteSequenceState(env.outData->sequence_data, state);
+  SetTravel(frame, sums);
+  return PF_Err_NONE;
+}
+
+void SetShutterMotion(FrameField& frame) {
   const MotionSums rates = SampleMotion(frame, frame.shutterEndTime, frame.timeStep);
   const double open = ShutterFraction(frame.inData);
-  return {rates.speed * frame.stepSeconds * open, rates.wind * frame.stepSeconds * open,
-          rates.frequency * frame.stepSeconds * open};
+  frame.fallBlur = rates.speed * frame.stepSeconds * open;
+  frame.windBlur = rates.wind * frame.stepSeconds * open;
+  frame.phaseBlur = rates.frequency * frame.stepSeconds * open;
 }

@@ -1,6 +1,7 @@
 // Motion: the time integrals of Speed, Wind and Frequency up to the frame, and during the shutter interval.
 #pragma once
 
+#include "effect/host/fxenv.h"
 #include "effect/render/frame/record.h"
 #include "effect/render/frame/sequence_state.h"
 
@@ -18,11 +19,12 @@ struct MotionSums {
 /// layer frame and the parameters have not been edited between.
 MotionSums IntegrateMotion(const FrameField& frame, const SequenceState& cached);
 
-/// Travel and phase in the shutter interval, at the rates of its end.
-struct ShutterMotion {
-  double fall;
-  double wind;
-  double cycles;
-};
+/// Sets the travel up to the frame, and `wigglePhase` in cycles.
+void SetTravel(FrameField& frame, const MotionSums& sums);
 
-ShutterMotion SampleShutterMotion(const FrameField& frame);
+/// IntegrateMotion and SetTravel from what the instance's record keeps of the last render, and keeps the sums
+/// there.  Returns the host's status when it cancels the render before they are kept.
+PF_Err ContinueMotion(const Fxenv& env, FrameField& frame);
+
+/// Sets the travel during the shutter interval, at the rates that it ends with, and `phaseBlur` in cycles.
+void SetShutterMotion(FrameField& frame);

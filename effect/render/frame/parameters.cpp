@@ -47,6 +47,8 @@ void ReadTimes(FrameField& frame) {
   frame.localTimeStep = in.local_time_step;
   const double open = ShutterFraction(frame.inData) * static_cast<double>(in.time_step);
   frame.shutterEndTime = WrapAdd(frame.renderTime, TruncateToInt32(open));
+  frame.frameSeconds = static_cast<double>(frame.localTimeStep) / static_cast<double>(frame.timeScale);
+  frame.stepSeconds = static_cast<double>(frame.timeStep) / static_cast<double>(frame.timeScale);
 }
 
 ViewSamples ReadParameters(FrameField& frame) {
@@ -80,4 +82,8 @@ ViewSamples ReadParameters(FrameField& frame) {
   frame.wiggleAmountEnd = close.Number(kAmount);
   view.offsetEnd = close.Point(kOffset);
   return view;
+}
+
+PF_Pixel ReadColor(const FrameField& frame) {
+  return Reader(frame, frame.renderTime).Read(Get_Color, kColor);
 }

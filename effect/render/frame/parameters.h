@@ -11,13 +11,16 @@ struct ViewSamples {
   DoublePoint offsetEnd;  // when it closes
 };
 
-/// Fills the record's times: the shutter closes shutterAngle frames after the render time, a whole frame when
-/// the host gives no angle.
+/// Sets the record's times: the shutter closes shutterAngle frames after the render time, a whole frame when
+/// the host gives no angle.  A time scale of 0 leaves seconds that are no numbers.
 void ReadTimes(FrameField& frame);
 
 /// Fills the record's parameter fields, all at the render time but for Amount and Offset, which are read
 /// again when the shutter closes.  Speed, Wind and Frequency belong to the motion, Color to the pixel type.
 ViewSamples ReadParameters(FrameField& frame);
+
+/// Color at the render time, opaque.
+PF_Pixel ReadColor(const FrameField& frame);
 
 /// The host's shutter angle as a fraction of a frame (1.0 is 360 degrees), or a whole frame for 0 and less.
 double ShutterFraction(const PF_InData* in_data);
