@@ -1,6 +1,6 @@
 #include "bench/snow_frame.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -12,6 +12,9 @@
 #include "effect/render/frame/color.h"
 #include "effect/render/frame/geometry.h"
 #include "effect/render/frame/light_scale.h"
+#include "effect/render/frame/motion.h"
+#include "effect/render/frame/seeds.h"
+#include "effect/render/frame/wiggle.h"
 #include "effect/render/plain/loop.h"
 #include "minihost/picture/copy.h"
 #include "minihost/picture/sampling.h"
@@ -19,32 +22,57 @@
 namespace {
 
 constexpr std::int32_t kFramesASecond = 24;
-constexpr double kSecondsOfSnow = 2.0;
+constexpr std::int32_t kSecondsOfSnow = 2;
 
-using Numbers = std::array<double, kParameterCount>;
-
-Numbers NumbersOf(const Snow& snow) {
-  Numbers numbers = {};
-  for (const ParameterRow& row : kParameters) {
-    numbers[static_cast<std::size_t>(row.id)] = row.defaultValue;
+// A host that lends a parameter where the snow says what it is, and refuses it otherwise, so that the effect
+// takes its default.  Its reference is the snow.
+PF_Err CheckOut(PF_ProgPtr snowOfHost, std::int32_t index, std::int32_t, std::int32_t, std::uint32_t,
+                PF_ParamDef* def) {
+  const Snow& snow = *static_cast<const Snow*>(snowOfHost);
+  if (index == kOffset) {
+    constexpr PF_Fixed kHalf = 1 << 15;
+    def->u.td.x_value = snow.width * kHalf;
+    def->u.td.y_value = snow.height * kHalf;
+    return PF_Err_NONE;
   }
-  for (const auto& [index, value] : snow.numbers) {
-    numbers[static_cast<std::size_t>(index)] = value;
+  const auto isIndex = [index](const auto& number) { return number.first == index; };
+  const auto last = std::find_if(snow.numbers.rbegin(), snow.numbers.rend(), isIndex);
+  if (last == snow.numbers.rend()) {
+    return PF_Err_BAD_CALLBACK_PARAM;
   }
-  return numbers;
+  switch (kParameters[static_cast<std::size_t>(index) - 1].type) {
+    case PF_Param_CHECKBOX:
+      def->u.bd.value = last->second != 0.0 ? 1 : 0;
+      return PF_Err_NONE;
+    case PF_Param_SLIDER:
+      def->u.sd.value = static_cast<std::int32_t>(last->second);
+      return PF_Err_NONE;
+    case PF_Param_POPUP:
+      def->u.pd.value = static_cast<std::int32_t>(last->second);
+      return PF_Err_NONE;
+    default:
+      def->u.fs_d.value = last->second;
+      return PF_Err_NONE;
+  }
 }
 
-PF_InData MakeHost(PF_UtilCallbacks& utils, double shutterDegrees) {
+PF_InData MakeHost(PF_UtilCallbacks& utils, Snow& snow) {
+  static const SPBasicSuite kNoSuites = {};
   utils.ansi.cos = [](double v) { return std::cos(v); };
   utils.ansi.sqrt = [](double v) { return std::sqrt(v); };
   utils.ansi.tan = [](double v) { return std::tan(v); };
   PF_InData host = {};
   host.utils = &utils;
+  host.inter.checkout_param = CheckOut;
+  host.inter.checkin_param = [](PF_ProgPtr, PF_ParamDef*) -> PF_Err { return PF_Err_NONE; };
   host.inter.progress = [](PF_ProgPtr, std::int32_t, std::int32_t) -> PF_Err { return PF_Err_NONE; };
+  host.effect_ref = &snow;
+  host.pica_basicP = &kNoSuites;
+  host.current_time = kFramesASecond * kSecondsOfSnow - 1;
   host.time_step = 1;
   host.local_time_step = 1;
   host.time_scale = kFramesASecond;
-  host.shutter_angle = static_cast<PF_Fixed>(shutterDegrees / 360.0 * 65536.0);
+  host.shutter_angle = static_cast<PF_Fixed>(snow.shutterDegrees / 360.0 * 65536.0);
   host.downsample_x = {1, 1};
   host.downsample_y = {1, 1};
   host.pixel_aspect_ratio = {1, 1};
@@ -99,71 +127,38 @@ minihost::Image PaintBackground(int width, int height, minihost::Depth depth) {
 
 template <class T>
 SnowFrame<T>::SnowFrame(const Snow& snow)
-    : inData_(MakeHost(utils_, snow.shutterDegrees)),
+    : snow_(snow),
+      inData_(MakeHost(utils_, snow_)),
       record_{{.scale = FX_PARc(&inData_), .inData = &inData_}},
       background_(PaintBackground(snow.width, snow.height, minihost::kDepthOf<T>)),
       light_(minihost::Resized(background_, snow.width / kLightReduction, snow.height / kLightReduction)),
       pictures_{background_.Clone(), background_.Clone()},
       lightWorld_(light_.World()) {
-  Fill(snow);
   Restore();
+  Fill();
 }
 
+// The steps of SetUpFrame, but for those that ask the host for worlds and suites.
 template <class T>
-void SnowFrame<T>::Fill(const Snow& snow) {
-  constexpr double kPercent = 0.01;
-  const Numbers numbers = NumbersOf(snow);
-  const auto fraction = [&](ParameterIndex index) {
-    return numbers[static_cast<std::size_t>(index)] * kPercent;
-  };
-  record_.flakeCount = static_cast<std::int32_t>(numbers[kFlakes]);
-  record_.sceneDepth = numbers[kSceneDepth];
-  record_.flakeSize = numbers[kSize];
-  record_.sizeVariation = fraction(kSizeVariation);
-  record_.speedVariation = fraction(kSpeedVariation);
-  record_.windVariation = fraction(kWindVariation);
-  record_.amountVariation = fraction(kAmountVariation);
-  record_.frequencyVariation = fraction(kFrequencyVariation);
-  record_.stochasticWiggle = numbers[kStochasticWiggle] != 0.0;
-  record_.flatness = static_cast<float>(fraction(kFlakeFlatness));
-  record_.opacity = static_cast<float>(fraction(kOpacity));
-  record_.influence = static_cast<float>(fraction(kInfluence));
-  record_.spreadWidth = static_cast<float>(numbers[kSpreadWidth]);
-  record_.spreadHeight = static_cast<float>(numbers[kSpreadHeight]);
-  record_.transferMode = static_cast<std::int32_t>(numbers[kTransferMode]);
-  record_.compositeWithOriginal = true;
-  record_.embedDepth = fraction(kEmbedDepth);
-  record_.groundLevel = fraction(kGroundLevel);
-
-  record_.frameWidth = snow.width;
-  record_.frameHeight = snow.height;
-  record_.halfFrameWidth = 0.5 * snow.width;
-  record_.halfFrameHeight = 0.5 * snow.height;
-  const DoublePoint middle = {0.5 * snow.width, 0.5 * snow.height};
-  SetFieldGeometry(record_, {numbers[kSpread], middle, middle});
-
-  const double openSeconds = snow.shutterDegrees / 360.0 / kFramesASecond;
-  record_.fallDistance = numbers[kSpeed] * kSecondsOfSnow;
-  record_.windDistance = numbers[kWind] * kSecondsOfSnow;
-  record_.fallBlur = numbers[kSpeed] * openSeconds;
-  record_.windBlur = numbers[kWind] * openSeconds;
-  record_.flakeSeed = 731;
-  record_.illumSeed = 3179;
-  record_.wiggleSeed = 1793;
-  record_.wiggleOn = true;
-  const double cycle = record_.stochasticWiggle ? 2.0 : 6.283185307179586;
-  record_.wigglePhase = numbers[kFrequency] * kSecondsOfSnow * cycle;
-  record_.phaseBlur = numbers[kFrequency] * openSeconds * cycle;
-  record_.wiggleAmount = numbers[kAmount] * (record_.stochasticWiggle ? 2.0 : 1.0);
-  record_.wiggleAmountEnd = record_.wiggleAmount;
-  if (record_.stochasticWiggle && record_.noiseTable.NoiseTableLin(record_.wiggleSeed, 128, 0.0f, 0) != 0) {
+void SnowFrame<T>::Fill() {
+  PF_OutData out = {};
+  Fxenv env(&inData_, &out, nullptr, &output_);
+  record_.output = env.output;
+  ReadTimes(record_);
+  const ViewSamples view = ReadParameters(record_);
+  if (SetFrameExtent(env, record_) != PF_Err_NONE) {
+    throw Difference("the frame has no extent");
+  }
+  record_.sampleFn = Sample<T>;
+  SetFieldGeometry(record_, view);
+  SetFlakeColor(record_, ReadColor(record_));
+  SetTravel(record_, IntegrateMotion(record_, SequenceState()));
+  SetSeeds(record_);
+  record_.illumWorld = &lightWorld_;
+  SetShutterMotion(record_);
+  if (SetWiggle(record_) != PF_Err_NONE) {
     throw std::bad_alloc();
   }
-
-  SetFlakeColor(record_, PF_Pixel{255, 255, 255, 255});
-  record_.sampleFn = Sample<T>;
-  record_.illumWorld = &lightWorld_;
-  record_.output = &output_;
 }
 
 template <class T>

@@ -52,8 +52,9 @@ class SnowFrame {
   const minihost::Image& Picture() const { return pictures_[current_]; }
 
  private:
-  void Fill(const Snow& snow);
+  void Fill();
 
+  Snow snow_;
   PF_UtilCallbacks utils_ = {};
   PF_InData inData_;
   FrameSetup<T> record_;
