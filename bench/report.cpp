@@ -4,9 +4,13 @@
 
 #include <cstdio>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <utility>
 
 namespace {
+
+using Json = nlohmann::ordered_json;  // members in the order in which they are written
 
 std::string Number(const std::optional<double>& value, int decimals) {
   return value ? fmt::format("{:.{}f}", *value, decimals) : std::string();
@@ -30,28 +34,23 @@ std::string GoalText(const Row& row) {
   return text;
 }
 
-// Names and messages are our own and hold nothing but printable ASCII.
-std::string Quoted(const std::string& text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') {
-      quoted += '\\';
+// What a row does not have is left out.
+Json JsonOf(const Row& row) {
+  Json json = {{"name", row.name}, {"depth", row.depth}, {"path", row.path}};
+  const auto add = [&json](const char* name, const std::optional<double>& value) {
+    if (value) {
+      json[name] = *value;
     }
-    quoted += c;
-  }
-  return quoted + '"';
-}
-
-std::string Member(const char* name, const std::optional<double>& value) {
-  return value ? fmt::format(", \"{}\": {:.6g}", name, *value) : std::string();
-}
-
-std::string RowText(const Row& row) {
-  return fmt::format("{{\"name\": {}, \"depth\": {}, \"path\": {}", Quoted(row.name), Quoted(row.depth),
-                     Quoted(row.path)) +
-         Member("reference", row.reference) + Member("measured", row.measured) + Member("ratio", row.ratio) +
-         Member("ratioGoal", row.ratioGoal) + Member("drawing", row.drawing) + Member("floor", row.floor) +
-         Member("drawingToFloor", row.drawingToFloor) + Member("floorGoal", row.floorGoal) + "}";
+  };
+  add("reference", row.reference);
+  add("measured", row.measured);
+  add("ratio", row.ratio);
+  add("ratioGoal", row.ratioGoal);
+  add("drawing", row.drawing);
+  add("floor", row.floor);
+  add("drawingToFloor", row.drawingToFloor);
+  add("floorGoal", row.floorGoal);
+  return json;
 }
 
 }  // namespace
@@ -96,28 +95,24 @@ void Report::PrintSummary() const {
 }
 
 void Report::WriteJson(const std::string& file, bool quick) const {
-  std::ofstream out(file);
-  out << "{\"compiler\": " << Quoted(__VERSION__) << ", \"quick\": " << (quick ? "true" : "false")
-      << ", \"failures\": [";
-  for (std::size_t i = 0; i < failures_.size(); ++i) {
-    out << (i == 0 ? "" : ", ") << Quoted(failures_[i]);
-  }
-  out << "], \"sections\": [";
-  const char* separator = "\n";
-  for (const SectionRows& rows : sections_) {
-    const Section& section = rows.section;
-    out << separator << " {\"title\": " << Quoted(section.title) << ", \"unit\": " << Quoted(section.unit)
-        << ", \"reference\": " << Quoted(section.reference) << ", \"measured\": " << Quoted(section.measured)
-        << ", \"rows\": [";
-    separator = "\n  ";
-    for (const Row& row : rows.rows) {
-      out << separator << RowText(row);
-      separator = ",\n  ";
+  Json sections = Json::array();
+  for (const auto& [section, rows] : sections_) {
+    Json rowsJson = Json::array();
+    for (const Row& row : rows) {
+      rowsJson.push_back(JsonOf(row));
     }
-    out << "]}";
-    separator = ",\n";
+    sections.push_back({{"title", section.title},
+                        {"unit", section.unit},
+                        {"reference", section.reference},
+                        {"measured", section.measured},
+                        {"rows", std::move(rowsJson)}});
   }
-  out << "]}\n";
+  const Json json = {{"compiler", __VERSION__},
+                     {"quick", quick},
+                     {"failures", failures_},
+                     {"sections", std::move(sections)}};
+  std::ofstream out(file);
+  out << json.dump(1) << '\n';
   out.close();
   if (!out) {
     throw std::runtime_error(fmt::format("cannot write the figures to '{}'", file));
