@@ -7,6 +7,8 @@
 #include "effect/render/plain/field.h"
 #include "effect/render/plain/shading.h"
 
+// The flakes of DrawFlakesPlainly in its order, on purpose written again: a capsule needs neither pixels nor
+// reports of progress.
 std::vector<Capsule> CapsulesOf(const FrameSetup<PF_Pixel>& frame) {
   constexpr float kUnit = 1.0f / 255.0f;
   std::vector<Capsule> capsules;
@@ -18,11 +20,11 @@ std::vector<Capsule> CapsulesOf(const FrameSetup<PF_Pixel>& frame) {
       continue;
     }
     const ShadedFlake<PF_Pixel> flake = ShadeFlake(frame, segment, streams.illumination, status);
-    const PF_Pixel& colour = flake.colour;
+    const PF_Pixel& color = flake.color;
     capsules.push_back({segment.start.x, segment.start.y, segment.end.x, segment.end.y,
-                        std::max(flake.size, 1.0f), static_cast<float>(colour.red) * kUnit,
-                        static_cast<float>(colour.green) * kUnit, static_cast<float>(colour.blue) * kUnit,
-                        static_cast<float>(colour.alpha) * kUnit * std::min(flake.size, 1.0f)});
+                        std::max(flake.size, 1.0f), static_cast<float>(color.red) * kUnit,
+                        static_cast<float>(color.green) * kUnit, static_cast<float>(color.blue) * kUnit,
+                        static_cast<float>(color.alpha) * kUnit * std::min(flake.size, 1.0f)});
   }
   return capsules;
 }

@@ -179,11 +179,6 @@ void SnowFrame<T>::SetExpected() {
 }
 
 template <class T>
-void SnowFrame<T>::CheckExpected(const char* form) const {
-  CheckEqual(Picture(), expected_, form);
-}
-
-template <class T>
 void SnowFrame<T>::CheckUnchanged(const char* form) const {
   CheckEqual(Picture(), background_, form);
 }
@@ -192,7 +187,7 @@ template <class T>
 double SnowFrame<T>::Time(const char* form, const std::function<void(const FrameSetup<T>&)>& draw) {
   Restore();
   const double seconds = SecondsOf([&] { draw(record_); });
-  CheckExpected(form);
+  CheckEqual(Picture(), expected_, form);
   return seconds;
 }
 

@@ -31,7 +31,6 @@ class SnowFrame {
   const FrameSetup<T>& Record() const { return record_; }
   double Flakes() const { return record_.flakeCount; }
   const minihost::Image& Background() const { return background_; }
-  const minihost::Image& Light() const { return light_; }
 
   /// Points the record at the other of its two pictures, with the background restored.
   void Restore();
@@ -39,10 +38,7 @@ class SnowFrame {
   /// Draws with the plain loop, and keeps the result as what every other form must draw.
   void SetExpected();
 
-  /// Throws Difference, naming `form`, unless the picture holds exactly what is expected.
-  void CheckExpected(const char* form) const;
-
-  /// The same for a form that may not change the picture.
+  /// Throws Difference, naming `form`, unless the picture is as it was restored.
   void CheckUnchanged(const char* form) const;
 
   /// Restores, runs `draw` and checks what it drew; returns its seconds.

@@ -90,7 +90,7 @@ FastSeconds DrawInStages(const FrameSetup<T>& frame, CpuPath path,
         look(list);
         watch.Start();
       }
-      BlendList(list, 0, list.count, shaded.colours, mode, output.data, path);
+      BlendList(list, 0, list.count, shaded.colors, mode, output.data, path);
       watch.AddTo(blend);
     }
   }
@@ -124,8 +124,8 @@ PlainSeconds DrawInStagesPlainly(const FrameSetup<T>& frame) {
     watch.AddTo(shading);
     for (std::size_t i = 0; i < segments.size(); ++i) {
       const ShadedFlake<T>& flake = flakes[i];
-      DrawDroppyMB<T>(frame.inData, &frame.scale, flake.size, segments[i].start, segments[i].end,
-                      flake.colour, frame.output, flake.transfer);
+      DrawDroppyMB<T>(frame.inData, &frame.scale, flake.size, segments[i].start, segments[i].end, flake.color,
+                      frame.output, flake.transfer);
     }
     watch.AddTo(drawing);
   }

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <memory>
 
+#include "effect/host/parameter_index.h"
 #include "effect/host/pre_render_geometry.h"
 #include "effect/render/render_pass.h"
 
 namespace {
 
-constexpr std::int32_t kInputIndex = 0;
 constexpr std::int32_t kInputCheckoutId = 0;
 
 bool IsEmpty(const PF_LRect& rect) {
@@ -44,7 +44,7 @@ PF_Err PreRender(PF_InData* in_data, PF_OutData* /*out_data*/, PF_PreRenderExtra
   request.preserve_rgb_of_zero_alpha = 0;
   PF_CheckoutResult inResult = {};
   const PF_Err error =
-      extra->cb->checkout_layer(in_data->effect_ref, kInputIndex, kInputCheckoutId, &request,
+      extra->cb->checkout_layer(in_data->effect_ref, kInputLayer, kInputCheckoutId, &request,
                                 in_data->current_time, in_data->time_step, in_data->time_scale, &inResult);
 
   const AEGP_SuiteHandler suites(in_data->pica_basicP);

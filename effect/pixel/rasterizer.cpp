@@ -35,11 +35,11 @@ bool BoundingRange(float coordinate0, float coordinate1, float reach, std::int32
 
 template <class T>
 void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, FloatPoint p0, FloatPoint p1,
-                  T colour, PF_LayerDef* dest, TransferFunc<T> transfer) {
+                  T color, PF_LayerDef* dest, TransferFunc<T> transfer) {
   if (dest->width <= 0 || dest->height <= 0 || size < 0.0f) {
     return;
   }
-  float peakAlpha = static_cast<float>(colour.alpha);
+  float peakAlpha = static_cast<float>(color.alpha);
   if (size < 1.0f) {
     peakAlpha *= size;
     size = 1.0f;
@@ -97,8 +97,8 @@ void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, Fl
           continue;
         }
       }
-      colour.alpha = static_cast<typename PixelType<T>::Channel>((1.0f - distanceSquared) * peakAlpha);
-      transfer(&colour, &pixels[column], pixels[column]);
+      color.alpha = static_cast<typename PixelType<T>::Channel>((1.0f - distanceSquared) * peakAlpha);
+      transfer(&color, &pixels[column], pixels[column]);
     }
   }
 }

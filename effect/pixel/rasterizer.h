@@ -13,7 +13,7 @@ struct FloatPoint {
 
 /// Draws one flake of radius `size` (scene units) that moves from `p0` to `p1` during the exposure.
 ///
-/// Every pixel of `dest` closer to the path than the radius gets `colour` through `transfer`, with its alpha
+/// Every pixel of `dest` closer to the path than the radius gets `color` through `transfer`, with its alpha
 /// scaled by 1 - (distance / radius)^2.  Points are in scene units from the first pixel of `dest`, where
 /// pixel (c, r) is judged at (c * xScaleInvF, r * yScaleInvF): its corner, without half a pixel's offset.
 /// Pixels are visited by rows from the top, columns left to right.
@@ -25,7 +25,7 @@ struct FloatPoint {
 /// `in_data` lends its square root.  Single precision throughout, apart from that root.
 template <class T>
 void DrawDroppyMB(const PF_InData* in_data, const FX_PARc* scale, float size, FloatPoint p0, FloatPoint p1,
-                  T colour, PF_LayerDef* dest, TransferFunc<T> transfer);
+                  T color, PF_LayerDef* dest, TransferFunc<T> transfer);
 
 extern template void DrawDroppyMB<PF_Pixel>(const PF_InData*, const FX_PARc*, float, FloatPoint, FloatPoint,
                                             PF_Pixel, PF_LayerDef*, TransferFunc<PF_Pixel>);

@@ -23,7 +23,7 @@ template <class T>
 constexpr Number<T> kWhite = PixelType<T>::kWhite;
 
 template <class T, class F>
-T Colours(const T& top, const T& bottom, Number<T> alpha, F mix) {
+T Colors(const T& top, const T& bottom, Number<T> alpha, F mix) {
   T result = bottom;
   result.alpha = static_cast<Channel<T>>(alpha);
   for (const auto channel : {&T::red, &T::green, &T::blue}) {
@@ -43,7 +43,7 @@ T Over(const T& top, const T& bottom) {
   }
   const bool bytes = kWhite<T> == 255;
   const Number<T> weight = bytes ? t * 255 : t, rest = b * (kWhite<T> - t) / (bytes ? 1 : kWhite<T>);
-  return Colours(top, bottom, (t + b) - t * b / kWhite<T>, [&](Number<T> tc, Number<T> bc) {
+  return Colors(top, bottom, (t + b) - t * b / kWhite<T>, [&](Number<T> tc, Number<T> bc) {
     const Number<T> sum = weight * tc + rest * bc;
     return kWhite<T> == 1 ? sum * (1 / (weight + rest)) : sum / (weight + rest);
   });
@@ -60,7 +60,7 @@ T Lighten(const T& top, const T& bottom) {
   }
   const Number<T> alpha = (t + b) - t * b / kWhite<T>;
   const bool opaque = kWhite<T> == 255 ? b == kWhite<T> : !(alpha < kWhite<T>);
-  return Colours(top, bottom, alpha, [&](Number<T> tc, Number<T> bc) {
+  return Colors(top, bottom, alpha, [&](Number<T> tc, Number<T> bc) {
     const Number<T> base = opaque ? bc : b * bc / alpha;
     return tc > base ? base + (tc - base) * t / (opaque ? kWhite<T> : alpha) : base;
   });
@@ -77,7 +77,7 @@ void ExpectGives(TransferFunc<T> apply, const T& top, const T& bottom, const T& 
 
 /// Every pair of the alphas with every pair of the colours, different in each channel, and random pairs.
 template <class T>
-void ExpectAgreement(const std::vector<Channel<T>>& alphas, const std::vector<Channel<T>>& colours) {
+void ExpectAgreement(const std::vector<Channel<T>>& alphas, const std::vector<Channel<T>>& colors) {
   const auto agree = [](const T& top, const T& bottom) {
     ExpectGives(JCompositeT<T>, top, bottom, Over(top, bottom));
     ExpectGives(JCompositeUnderT<T>, top, bottom, Over(bottom, top));
@@ -85,9 +85,9 @@ void ExpectAgreement(const std::vector<Channel<T>>& alphas, const std::vector<Ch
   };
   for (const auto topAlpha : alphas) {
     for (const auto bottomAlpha : alphas) {
-      for (const auto tc : colours) {
-        for (const auto bc : colours) {
-          agree({topAlpha, tc, bc, colours[1]}, {bottomAlpha, bc, tc, bc});
+      for (const auto tc : colors) {
+        for (const auto bc : colors) {
+          agree({topAlpha, tc, bc, colors[1]}, {bottomAlpha, bc, tc, bc});
         }
       }
     }

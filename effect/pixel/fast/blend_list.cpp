@@ -14,7 +14,7 @@ struct ListedBlock {
   std::byte* image;
   const std::uint32_t* offsets;
   const typename CoverageList<T>::Alpha* alphas;
-  T colour;
+  T color;
 };
 
 template <BlendMode mode, class Operator, class Pixel>
@@ -69,9 +69,9 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<T>& block) {
   for (std::size_t k = 0; k < kBlock; ++k) {
     words[k] = LoadWord<T>(block.image + block.offsets[k]);
   }
-  const std::int32_t red = block.colour.red;
-  const std::int32_t green = block.colour.green;
-  const std::int32_t blue = block.colour.blue;
+  const std::int32_t red = block.color.red;
+  const std::int32_t green = block.color.green;
+  const std::int32_t blue = block.color.blue;
 #pragma GCC unroll 1
   for (std::size_t k = 0; k < kBlock; ++k) {
     const WidePixel flake = {block.alphas[k], red, green, blue};
@@ -178,8 +178,8 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_PixelFloat>& block) {
   };
   const PlanarPixels picture =
       Transpose({LoadVector(pixel(0)), LoadVector(pixel(1)), LoadVector(pixel(2)), LoadVector(pixel(3))});
-  const PlanarPixels flake = {LoadVector(block.alphas), lanes(block.colour.red), lanes(block.colour.green),
-                              lanes(block.colour.blue)};
+  const PlanarPixels flake = {LoadVector(block.alphas), lanes(block.color.red), lanes(block.color.green),
+                              lanes(block.color.blue)};
   const PlanarPixels result = Transpose(Combine<mode, Operators<PF_PixelFloat>>(flake, picture));
   StoreVector(result.alpha, pixel(0));
   StoreVector(result.red, pixel(1));
@@ -189,7 +189,7 @@ VINTREL_INLINE void BlendBlock(const ListedBlock<PF_PixelFloat>& block) {
 
 template <class T, BlendMode mode>
 VINTREL_INLINE void BlendBlocks(const CoverageList<T>& list, std::size_t begin, std::size_t end,
-                                const Lanes<T>& colours, void* pixels) {
+                                const Lanes<T>& colors, void* pixels) {
   constexpr std::size_t kBlock = CoverageList<T>::kBlock;
   std::byte* const image = static_cast<std::byte*>(pixels);
   for (std::size_t entry = begin; entry < end; entry += kBlock) {
@@ -197,30 +197,30 @@ VINTREL_INLINE void BlendBlocks(const CoverageList<T>& list, std::size_t begin, 
     for (std::size_t k = 0; k < kBlock; ++k) {
       __builtin_prefetch(image + list.offsets[entry + k + CoverageList<T>::kPrefetch], 1);
     }
-    BlendBlock<mode>(ListedBlock<T>{image, &list.offsets[entry], &list.alphas[entry],
-                                    colours[list.lanes[entry / kBlock]]});
+    BlendBlock<mode>(
+        ListedBlock<T>{image, &list.offsets[entry], &list.alphas[entry], colors[list.lanes[entry / kBlock]]});
   }
 }
 
 template <class T>
 VINTREL_INLINE void BlendMany(const CoverageList<T>& list, std::size_t begin, std::size_t end,
-                              const Lanes<T>& colours, BlendMode mode, void* pixels) {
+                              const Lanes<T>& colors, BlendMode mode, void* pixels) {
   switch (mode) {
     case BlendMode::kLighten:
-      return BlendBlocks<T, BlendMode::kLighten>(list, begin, end, colours, pixels);
+      return BlendBlocks<T, BlendMode::kLighten>(list, begin, end, colors, pixels);
     case BlendMode::kComposite:
-      return BlendBlocks<T, BlendMode::kComposite>(list, begin, end, colours, pixels);
+      return BlendBlocks<T, BlendMode::kComposite>(list, begin, end, colors, pixels);
     case BlendMode::kCompositeUnder:
-      return BlendBlocks<T, BlendMode::kCompositeUnder>(list, begin, end, colours, pixels);
+      return BlendBlocks<T, BlendMode::kCompositeUnder>(list, begin, end, colors, pixels);
   }
 }
 
 }  // namespace
 
 template <class T>
-void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
+void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colors,
                BlendMode mode, void* pixels, CpuPath path) {
-  RunOnPath<BlendMany<T>>(path, list, begin, end, colours, mode, pixels);
+  RunOnPath<BlendMany<T>>(path, list, begin, end, colors, mode, pixels);
 }
 
 template void BlendList(const CoverageList<PF_Pixel>&, std::size_t, std::size_t, const Lanes<PF_Pixel>&,

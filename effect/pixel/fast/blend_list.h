@@ -10,9 +10,9 @@
 enum class BlendMode { kComposite, kLighten, kCompositeUnder };
 
 /// Combines the entries from `begin` to `end` - 1 with the image whose first pixel is at `pixels`, as the
-/// operator of that mode does.  `colours` has the flakes' pixels; their alphas are the list's.
+/// operator of that mode does.  `colors` has the flakes' pixels; their alphas are the list's.
 template <class T>
-void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colours,
+void BlendList(const CoverageList<T>& list, std::size_t begin, std::size_t end, const Lanes<T>& colors,
                BlendMode mode, void* pixels, CpuPath path);
 
 extern template void BlendList(const CoverageList<PF_Pixel>&, std::size_t, std::size_t,

@@ -32,7 +32,7 @@ void BlendRuns(const FrameSetup<T>& frame, const ShadedBatch<T>& shaded, const C
     while (end < list.count && sideAt(end) == side) {
       end += kBlock;
     }
-    BlendList(list, begin, end, shaded.colours, ModeOf(frame, side), frame.output->data, path);
+    BlendList(list, begin, end, shaded.colors, ModeOf(frame, side), frame.output->data, path);
     begin = end;
   }
 }

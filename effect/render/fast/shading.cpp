@@ -113,20 +113,20 @@ void ShadeBatch(const FrameSetup<T>& frame, BatchStreams& streams, FlakeBatch& b
   SampleLanes samples;
   RunOnPath<ShadeLanes>(path, static_cast<const FrameField&>(frame), streams, batch, samples, shaded.inFront);
   if (!(frame.influence > 0.0f)) {
-    shaded.colours.fill(frame.flakeColor);
+    shaded.colors.fill(frame.flakeColor);
     return;
   }
   // The sampler leaves its light where the colour is to be; where it fails there is none.
-  shaded.colours.fill({});
+  shaded.colors.fill({});
   const PF_SampPB samplePoint = {.src = frame.illumWorld};
   for (std::size_t i = batch.first; i < batch.last; ++i) {
     if (batch.drawn[i] == 0.0) {
       continue;
     }
-    status = frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint,
-                            &shaded.colours[i]);
+    status =
+        frame.sampleFn(frame.inData->effect_ref, samples.x[i], samples.y[i], &samplePoint, &shaded.colors[i]);
   }
-  RunOnPath<LightLanes<T>>(path, frame, shaded.colours);
+  RunOnPath<LightLanes<T>>(path, frame, shaded.colors);
 }
 
 template void ShadeBatch(const FrameSetup<PF_Pixel>&, BatchStreams&, FlakeBatch&, ShadedBatch<PF_Pixel>&,

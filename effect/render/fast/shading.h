@@ -11,7 +11,7 @@
 /// What ShadedFlake is for one flake, but for the radius, which goes to the batch.
 template <class T>
 struct ShadedBatch {
-  Lanes<T> colours;
+  Lanes<T> colors;
   Lanes<std::int32_t> inFront;  // 1 for the frame's transfer operator, 0 behind the layer
 };
 

@@ -15,7 +15,7 @@ PF_Err DrawFlakesPlainly(const FrameSetup<T>& frame) {
       continue;
     }
     const ShadedFlake<T> flake = ShadeFlake(frame, segment, streams.illumination, status);
-    DrawDroppyMB<T>(frame.inData, &frame.scale, flake.size, segment.start, segment.end, flake.colour,
+    DrawDroppyMB<T>(frame.inData, &frame.scale, flake.size, segment.start, segment.end, flake.color,
                     frame.output, flake.transfer);
     if (i % kProgressInterval == 1) {
       status = frame.inData->inter.progress(frame.inData->effect_ref, i, frame.flakeCount);

@@ -54,7 +54,7 @@ ShadedFlake<T> ShadeFlake(const FrameSetup<T>& frame, const FlakeSegment& segmen
     const PF_SampPB samplePoint = {.src = frame.illumWorld};
     T light = {};
     status = frame.sampleFn(frame.inData->effect_ref, point.x, point.y, &samplePoint, &light);
-    flake.colour = LitPixel(flake.colour, light, frame.influenceScale);
+    flake.color = LitPixel(flake.color, light, frame.influenceScale);
   }
   return flake;
 }

@@ -9,7 +9,7 @@
 template <class T>
 struct ShadedFlake {
   float size;  // radius in scene units
-  T colour;
+  T color;
   TransferFunc<T> transfer;
 };
 
