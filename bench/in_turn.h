@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Runs once and returns the seconds of the part that counts.  Preparing and checking are its own affair,
+/// Runs once and returns the seconds of the part that counts.  It prepares and checks
 /// outside of those seconds; throws Difference where the result is wrong.
 using TimedForm = std::function<double()>;
 

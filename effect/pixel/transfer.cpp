@@ -44,6 +44,9 @@ float RaiseRescaled(float top, float base, float topAlpha, float alpha) {
 
 }  // namespace
 
+// Each operator is written out whole in each depth, though their shapes are alike: they are the meaning of
+// the fast forms, and each rounds, and judges what is transparent or opaque, in a way of its own.
+
 template <>
 void JCompositeT<PF_PixelFloat>(const PF_PixelFloat* top, const PF_PixelFloat* bottom,
                                 PF_PixelFloat& result) {

@@ -56,15 +56,9 @@ VINTREL_INLINE WidePixel Choose(bool condition, const WidePixel& yes, const Wide
           condition ? yes.blue : no.blue};
 }
 
-VINTREL_INLINE std::int32_t Raise8(std::int32_t top, std::int32_t base, std::int32_t topAlpha,
-                                   Divisor8 divide) {
-  const std::int32_t difference = top - base;
-  const std::int32_t above = difference > 0 ? difference : 0;
-  return base + divide(topAlpha * above);
-}
-
-VINTREL_INLINE std::int32_t Raise16(std::int32_t top, std::int32_t base, std::int32_t topAlpha,
-                                    Divisor16 divide) {
+template <class Divisor>
+VINTREL_INLINE std::int32_t Raise(std::int32_t top, std::int32_t base, std::int32_t topAlpha,
+                                  Divisor divide) {
   const std::int32_t difference = top - base;
   const std::int32_t above = difference > 0 ? difference : 0;
   return base + divide(topAlpha * above);
@@ -87,9 +81,9 @@ VINTREL_INLINE WidePixel Composite8(const WidePixel& top, const WidePixel& botto
 VINTREL_INLINE WidePixel Lighten8(const WidePixel& top, const WidePixel& bottom) {
   const std::int32_t alpha = top.alpha + bottom.alpha - Divisor8(kWhite8)(top.alpha * bottom.alpha);
   const Divisor8 divide(alpha > 0 ? alpha : 1);
-  const WidePixel raised = {alpha, Raise8(top.red, divide(bottom.red * bottom.alpha), top.alpha, divide),
-                            Raise8(top.green, divide(bottom.green * bottom.alpha), top.alpha, divide),
-                            Raise8(top.blue, divide(bottom.blue * bottom.alpha), top.alpha, divide)};
+  const WidePixel raised = {alpha, Raise(top.red, divide(bottom.red * bottom.alpha), top.alpha, divide),
+                            Raise(top.green, divide(bottom.green * bottom.alpha), top.alpha, divide),
+                            Raise(top.blue, divide(bottom.blue * bottom.alpha), top.alpha, divide)};
   return Choose(bottom.alpha == 0, top, raised);
 }
 
@@ -112,9 +106,9 @@ VINTREL_INLINE WidePixel Lighten16(const WidePixel& top, const WidePixel& bottom
   const std::int32_t alpha = topAlpha + bottom.alpha - ((topAlpha * bottom.alpha) >> kWhiteBits16);
   const Divisor16 divide(alpha > 0 ? alpha : 1);
   const std::int32_t weight = alpha >= kWhite16 ? alpha : bottom.alpha;
-  const WidePixel raised = {alpha, Raise16(top.red, divide(bottom.red * weight), topAlpha, divide),
-                            Raise16(top.green, divide(bottom.green * weight), topAlpha, divide),
-                            Raise16(top.blue, divide(bottom.blue * weight), topAlpha, divide)};
+  const WidePixel raised = {alpha, Raise(top.red, divide(bottom.red * weight), topAlpha, divide),
+                            Raise(top.green, divide(bottom.green * weight), topAlpha, divide),
+                            Raise(top.blue, divide(bottom.blue * weight), topAlpha, divide)};
   return Choose(bottom.alpha == 0, top, raised);
 }
 
