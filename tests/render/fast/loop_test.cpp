@@ -1,10 +1,10 @@
-// The fast road against the plain loop: the same bits and the same calls, on every path of this machine.
-#include <gtest/gtest.h>
-
+// The fast loop against the plain one: the same bits and the same calls, on every path of this machine.  Each
+// stage has a test of its own, here and in pixel/fast.
 #include <cstring>
 
 #include "effect/render/fast/loop.h"
 #include "effect/render/plain/loop.h"
+#include "tests/pixel/fast/stage.h"
 #include "tests/support/random_frame.h"
 
 namespace {
@@ -29,10 +29,7 @@ void ExpectFastEqualsPlain(std::uint32_t seed, Change change) {
   RandomFrame<T> plain(seed);
   change(plain);
   const PF_Err status = DrawFlakesPlainly(plain.record);
-  for (const CpuPath path : kCpuPaths) {
-    if (!SupportsCpuPath(path)) {
-      continue;
-    }
+  for (const CpuPath path : SupportedPaths()) {
     RandomFrame<T> fast(seed);
     change(fast);
     ASSERT_TRUE(CanDrawFast(fast.record)) << "seed " << seed;
@@ -45,11 +42,10 @@ void ExpectFastEqualsPlain(std::uint32_t seed, Change change) {
 
 template <class T>
 class FastLoop : public testing::Test {};
-using PixelTypes = testing::Types<PF_Pixel, PF_Pixel16, PF_PixelFloat>;
-TYPED_TEST_SUITE(FastLoop, PixelTypes);
+TYPED_TEST_SUITE(FastLoop, Depths);
 
 TYPED_TEST(FastLoop, EqualsPlainOnRandomFrames) {
-  for (std::uint32_t seed = 1; seed <= 1500; ++seed) {
+  for (std::uint32_t seed = 1; seed <= 600; ++seed) {
     ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [](RandomFrame<TypeParam>&) {}));
   }
 }
@@ -61,23 +57,6 @@ TYPED_TEST(FastLoop, EqualsPlainAtTheEdgesOfBatches) {
           seed, [flakes](RandomFrame<TypeParam>& frame) { frame.record.flakeCount = flakes; }))
           << flakes << " flakes";
     }
-  }
-}
-
-// Still, large and all in one place: every flake of a batch covers the same pixels, in flake order.
-TYPED_TEST(FastLoop, KeepsTheOrderOfFlakesOnOnePixel) {
-  for (std::uint32_t seed = 1; seed <= 300; ++seed) {
-    ASSERT_NO_FATAL_FAILURE(ExpectFastEqualsPlain<TypeParam>(seed, [](RandomFrame<TypeParam>& frame) {
-      FrameSetup<TypeParam>& record = frame.record;
-      const PF_LayerDef& output = *record.output;
-      record.flakeCount = 300;
-      record.flakeSize = 9.0;
-      record.halfFrameWidth = output.width * record.scale.xScaleInv / 2.0;
-      record.halfFrameHeight = output.height * record.scale.yScaleInv / 2.0;
-      record.fieldWidth = record.fieldHeight = 12.0;
-      record.halfFieldWidth = record.halfFieldHeight = 6.0;
-      record.originX = record.originY = 0.0f;
-    }));
   }
 }
 
