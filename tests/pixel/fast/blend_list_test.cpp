@@ -47,7 +47,7 @@ struct RandomList {
       const float numbers[] = {0, kWhite, 1.75f, 1e-9f, 0.5f, static_cast<float>(random() % 4096) / 4095.0f};
       return numbers[std::min(random() % 10, 5u)];
     } else {
-      const std::uint32_t numbers[] = {0, kWhite, 1, kWhite - 1u, random() % (kWhite + 1u)};
+      const std::uint32_t numbers[] = {0, kWhite, random() % 16, kWhite - 1u, random() % (kWhite + 1u)};
       return static_cast<Channel>(numbers[std::min(random() % 8, 4u)]);
     }
   }
