@@ -16,16 +16,6 @@ EffectVersion VersionOf(std::uint32_t word) noexcept {
   return {word, bits(19, 3), bits(15, 4), bits(11, 4), bits(9, 2), bits(0, 9)};
 }
 
-void RequireSuccess(const CommandResult& result, const char* command) {
-  if (result.err == PF_Err_NONE) {
-    return;
-  }
-  const std::string message = result.message.empty() ? "" : ": " + result.message;
-  throw EffectError(
-      "the effect's " + std::string(command) + " failed with code " + std::to_string(result.err) + message,
-      result.err);
-}
-
 void RequireClean(const Ledger& ledger, const char* command) {
   std::string wrong;
   for (const std::string& line : ledger.Missing()) {
@@ -75,8 +65,7 @@ Effect::Effect(Module module, EntryPoint mainEntry, const Faults& faults)
     RequireSuccess(setup.Run(entry_, PF_Cmd_GLOBAL_SETUP, nullptr, nullptr, nullptr), "global set-up");
     RequireClean(session.ledger, "global set-up");
     version_ = VersionOf(setup.OutData().my_version);
-    flags_ = setup.OutData().out_flags;
-    flags2_ = setup.OutData().out_flags2;
+    supportsSmartRender_ = (setup.OutData().out_flags2 & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0;
   }
   PF_ParamDef inputLayer{};
   inputLayer.param_type = PF_Param_LAYER;

@@ -61,9 +61,8 @@ class Effect {
   SharedParameterList SharedParameters() const noexcept { return parameters_; }
 
   const EffectVersion& Version() const noexcept { return version_; }
-  PF_OutFlags Flags() const noexcept { return flags_; }
-  PF_OutFlags2 Flags2() const noexcept { return flags2_; }
-  bool SupportsSmartRender() const noexcept { return (flags2_ & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0; }
+  /// Whether frames may be asked for by Protocol::kSmart.
+  bool SupportsSmartRender() const noexcept { return supportsSmartRender_; }
 
   /// The effect's text about itself, its carriage returns turned into line feeds.
   std::string About() const;
@@ -85,8 +84,7 @@ class Effect {
   std::vector<PF_ParamDef> definitions_;
   SharedParameterList parameters_;
   EffectVersion version_;
-  PF_OutFlags flags_ = 0;
-  PF_OutFlags2 flags2_ = 0;
+  bool supportsSmartRender_ = false;
 };
 
 }  // namespace minihost

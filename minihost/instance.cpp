@@ -85,12 +85,7 @@ struct Instance::State {
 
 Instance::Instance(std::shared_ptr<const Effect> effect, ParameterSet parameters, Faults faults)
     : state_(std::make_unique<State>(std::move(effect), std::move(parameters), std::move(faults))) {
-  const CommandResult result = state_->Run(PF_Cmd_SEQUENCE_SETUP, {}, nullptr);
-  if (result.err != PF_Err_NONE) {
-    throw EffectError("the effect's sequence set-up failed with code " + std::to_string(result.err) +
-                          (result.message.empty() ? "" : ": " + result.message),
-                      result.err);
-  }
+  RequireSuccess(state_->Run(PF_Cmd_SEQUENCE_SETUP, {}, nullptr), "sequence set-up");
 }
 
 Instance::Instance(const std::shared_ptr<const Effect>& effect)

@@ -1,9 +1,6 @@
 // The host's functions that come with every command.
 #pragma once
 
-#include <exception>
-#include <new>
-
 #include "hostapi/callbacks.h"
 #include "hostapi/types.h"
 
@@ -15,20 +12,10 @@ extern const PF_InteractCallbacks kInteractCallbacks;
 enum class HandleCallbacks { kOffered, kMissing };
 PF_UtilCallbacks UtilCallbacks(HandleCallbacks handles) noexcept;
 
-/// The handle callbacks, which the handle suite offers too.
+/// The handle callbacks, which the handle suite offers too.  `size` is in bytes.  Null without memory,
+/// without a command and where the call is to be refused.
 PF_Handle NewHandle(std::uint64_t size) noexcept;
+/// A fault in the ledger for what is no live handle.
 void DisposeHandle(PF_Handle handle) noexcept;
-
-/// Runs a callback's work, so that what goes wrong in the host reaches the effect as a code.
-template <class Work>
-PF_Err Answer(Work&& work) noexcept {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    return PF_Err_OUT_OF_MEMORY;
-  } catch (const std::exception&) {
-    return PF_Err_BAD_CALLBACK_PARAM;
-  }
-}
 
 }  // namespace minihost

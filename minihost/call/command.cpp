@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "minihost/call/answer.h"
 #include "minihost/call/callbacks.h"
 #include "minihost/call/suites.h"
 
@@ -63,9 +64,8 @@ Command* Command::Named(PF_ProgPtr effect_ref) noexcept {
   if (current == nullptr || effect_ref == current) {
     return current;
   }
-  Answer([]() -> PF_Err {
-    current->session.ledger.AddFault("called back with an effect reference that is not this command's");
-    return PF_Err_NONE;
+  Answer(current, [](Command& command) {
+    return AnswerToFault(command, "called back with an effect reference that is not this command's");
   });
   return nullptr;
 }
@@ -76,6 +76,16 @@ CommandResult Command::Run(EntryPoint entry, PF_Cmd number, PF_ParamDef* params[
   const PF_Err err = entry(number, &inData_, &outData_, params, output, extra);
   session.sequenceData = outData_.sequence_data;
   return {err, MessageOf(outData_)};
+}
+
+void RequireSuccess(const CommandResult& result, const char* command) {
+  if (result.err == PF_Err_NONE) {
+    return;
+  }
+  const std::string message = result.message.empty() ? "" : ": " + result.message;
+  throw EffectError(
+      "the effect's " + std::string(command) + " failed with code " + std::to_string(result.err) + message,
+      result.err);
 }
 
 }  // namespace minihost

@@ -86,4 +86,8 @@ class Command {
   PF_OutData outData_{};
 };
 
+/// Throws EffectError, with the effect's code and message, for a result that is an error.  `command` names it
+/// to the user, such as "sequence set-up".
+void RequireSuccess(const CommandResult& result, const char* command);
+
 }  // namespace minihost

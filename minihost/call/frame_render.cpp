@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "minihost/call/answer.h"
 #include "minihost/call/callbacks.h"
 #include "minihost/call/checkout.h"
 #include "minihost/call/smart_render.h"
@@ -100,8 +101,8 @@ class PreRenderData {
     if (data == nullptr) {
       return;
     }
-    const Command command(session_, scene_);
-    Answer([this]() -> PF_Err {
+    Command command(session_, scene_);
+    Answer(&command, [this](Command&) {
       Free();
       return PF_Err_NONE;
     });

@@ -1,6 +1,6 @@
 #include "minihost/call/sampling_suites.h"
 
-#include "minihost/call/command.h"
+#include "minihost/call/answer.h"
 #include "minihost/picture/sampling.h"
 
 namespace minihost {
@@ -33,14 +33,8 @@ PF_Err Subpixel(PF_ProgPtr, PF_Fixed x, PF_Fixed y, const PF_SampPB* params, P* 
 template <class P>
 PF_Err RefusingSubpixel(PF_ProgPtr effect_ref, PF_Fixed x, PF_Fixed y, const PF_SampPB* params,
                         P* dst) noexcept {
-  Command* command = Command::Named(effect_ref);
-  if (command == nullptr) {
-    return PF_Err_BAD_CALLBACK_PARAM;
-  }
-  if (const auto refusal = command->session.faults.Refuses(Service::kSubpixelSample)) {
-    return *refusal;
-  }
-  return Subpixel(effect_ref, x, y, params, dst);
+  return Answer(Command::Named(effect_ref), Service::kSubpixelSample,
+                [&](Command&) { return Subpixel(effect_ref, x, y, params, dst); });
 }
 
 }  // namespace

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "minihost/call/callbacks.h"
-#include "minihost/call/command.h"
+#include "minihost/call/answer.h"
 #include "minihost/picture/copy.h"
 
 namespace minihost {
@@ -17,34 +16,36 @@ SmartFrame::Layer* FindLayer(SmartFrame& frame, std::int32_t checkoutId) noexcep
   return found == frame.layers.end() ? nullptr : &*found;
 }
 
-PF_Err RefuseCall(Command& command, const std::string& why, std::int32_t number) {
-  command.session.ledger.AddFault(why + " " + std::to_string(number));
-  return PF_Err_BAD_CALLBACK_PARAM;
+// The command where it is a step of a smart render and the effect gave what it must.
+template <class... Pointers>
+Command* SmartCommand(PF_ProgPtr effect_ref, const Pointers*... required) noexcept {
+  Command* command = WithGiven(Command::Named(effect_ref), required...);
+  return command != nullptr && command->scene.smart != nullptr ? command : nullptr;
+}
+
+PF_Err AnswerToFault(Command& command, const std::string& what, std::int32_t number) {
+  return AnswerToFault(command, what + " " + std::to_string(number));
 }
 
 PF_Err CheckoutLayer(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t checkout_id,
                      const PF_RenderRequest* request, std::int32_t what_time, std::int32_t, std::uint32_t,
                      PF_CheckoutResult* result) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr || command->scene.smart == nullptr || request == nullptr || result == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutLayer)) {
+  return Answer(SmartCommand(effect_ref, request, result), [&](Command& command) {
+    if (const auto refusal = command.session.faults.Refuses(Service::kCheckoutLayer)) {
       if (*refusal == PF_Err_NONE) {
         *result = PF_CheckoutResult{};
       }
       return *refusal;
     }
-    SmartFrame& frame = *command->scene.smart;
+    SmartFrame& frame = *command.scene.smart;
     if (index != 0) {
-      return RefuseCall(*command, "checked out a layer that is not there:", index);
+      return AnswerToFault(command, "checked out a layer that is not there:", index);
     }
     if (what_time != frame.time) {
-      return RefuseCall(*command, "checked out the layer at time", what_time);
+      return AnswerToFault(command, "checked out the layer at time", what_time);
     }
     if (FindLayer(frame, checkout_id) != nullptr) {
-      return RefuseCall(*command, "checked out two layers under the id", checkout_id);
+      return AnswerToFault(command, "checked out two layers under the id", checkout_id);
     }
     SmartFrame::Layer layer{checkout_id, {}};
     PF_CheckoutResult answer{};
@@ -75,32 +76,18 @@ PF_Err LendWorld(Command& command, PF_LayerDef& lent, const char* name, std::int
 }
 
 PF_Err CheckoutLayerPixels(PF_ProgPtr effect_ref, std::int32_t checkout_id, PF_EffectWorld** world) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr || command->scene.smart == nullptr || world == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutLayerPixels)) {
-      return *refusal;
-    }
-    SmartFrame::Layer* layer = FindLayer(*command->scene.smart, checkout_id);
+  return Answer(SmartCommand(effect_ref, world), Service::kCheckoutLayerPixels, [&](Command& command) {
+    SmartFrame::Layer* layer = FindLayer(*command.scene.smart, checkout_id);
     if (layer == nullptr) {
-      return RefuseCall(*command, "wanted pixels that were not asked for, under the id", checkout_id);
+      return AnswerToFault(command, "wanted pixels that were not asked for, under the id", checkout_id);
     }
-    return LendWorld(*command, layer->world, "checkout id", checkout_id, world);
+    return LendWorld(command, layer->world, "checkout id", checkout_id, world);
   });
 }
 
 PF_Err CheckoutOutput(PF_ProgPtr effect_ref, PF_EffectWorld** world) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr || command->scene.smart == nullptr || world == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (const auto refusal = command->session.faults.Refuses(Service::kCheckoutOutput)) {
-      return *refusal;
-    }
-    return LendWorld(*command, command->scene.smart->output, "output", 0, world);
+  return Answer(SmartCommand(effect_ref, world), Service::kCheckoutOutput, [&](Command& command) {
+    return LendWorld(command, command.scene.smart->output, "output", 0, world);
   });
 }
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "minihost/call/answer.h"
 #include "minihost/call/callbacks.h"
-#include "minihost/call/command.h"
 #include "minihost/call/sampling_suites.h"
 #include "minihost/call/world_suites.h"
 
@@ -12,47 +12,29 @@ namespace minihost {
 namespace {
 
 void* LockHandle(PF_Handle handle) noexcept {
-  Command* command = Command::Current();
-  if (command == nullptr || command->session.faults.Refuses(Service::kLockHandle)) {
-    return nullptr;
-  }
-  void* bytes = command->session.handles.Lock(handle);
-  if (bytes == nullptr) {
-    Answer([&]() -> PF_Err {
-      command->session.ledger.AddFault("locked what is no handle");
-      return PF_Err_NONE;
-    });
-  }
+  void* bytes = nullptr;
+  Answer(Command::Current(), Service::kLockHandle, [&](Command& command) {
+    bytes = command.session.handles.Lock(handle);
+    return bytes != nullptr ? PF_Err_NONE : AnswerToFault(command, "locked what is no handle");
+  });
   return bytes;
 }
 
 void UnlockHandle(PF_Handle handle) noexcept {
-  Command* command = Command::Current();
-  if (command == nullptr || command->session.handles.Unlock(handle)) {
-    return;
-  }
-  Answer([&]() -> PF_Err {
-    command->session.ledger.AddFault("unlocked a handle that is not locked");
-    return PF_Err_NONE;
+  Answer(Command::Current(), [&](Command& command) {
+    const bool done = command.session.handles.Unlock(handle);
+    return done ? PF_Err_NONE : AnswerToFault(command, "unlocked a handle that is not locked");
   });
 }
 
 PF_Err UpdateParamUi(PF_ProgPtr effect_ref, std::int32_t index, const PF_ParamDef* def) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
+  return Answer(Command::Named(effect_ref), Service::kUpdateParamUi, [&](Command& command) {
+    std::vector<PF_ParamDef>& definitions = command.session.definitions;
+    if (def == nullptr || index < 1 || index >= std::ssize(definitions)) {
+      return AnswerToFault(command,
+                           "changed the look of parameter " + std::to_string(index) + ", which is not there");
     }
-    Session& session = command->session;
-    if (const auto refusal = session.faults.Refuses(Service::kUpdateParamUi)) {
-      return *refusal;
-    }
-    if (def == nullptr || index < 1 || index >= std::ssize(session.definitions)) {
-      session.ledger.AddFault("changed the look of parameter " + std::to_string(index) +
-                              ", which is not there");
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    PF_ParamDef& definition = session.definitions[static_cast<std::size_t>(index)];
+    PF_ParamDef& definition = definitions[static_cast<std::size_t>(index)];
     definition.ui_flags = def->ui_flags;
     definition.flags = def->flags;
     return PF_Err_NONE;
@@ -89,13 +71,9 @@ const Offer* OfferOf(const char* name, std::int32_t version) noexcept {
 }
 
 std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** suite) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Current();
-    const Offer* offer = OfferOf(name, version);
-    if (command == nullptr || offer == nullptr || suite == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    Session& session = command->session;
+  const Offer* offer = OfferOf(name, version);
+  return Answer(WithGiven(Command::Current(), offer, suite), [&](Command& command) {
+    Session& session = command.session;
     if (session.faults.LacksSuite(name, version)) {
       return PF_Err_BAD_CALLBACK_PARAM;
     }
@@ -106,13 +84,9 @@ std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** s
 }
 
 std::int32_t ReleaseSuite(const char* name, std::int32_t version) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Current();
-    if (command == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
+  return Answer(Command::Current(), [&](Command& command) {
     const bool known =
-        command->session.ledger.Return(Ledger::Kind::kSuite, OfferOf(name, version), name, version);
+        command.session.ledger.Return(Ledger::Kind::kSuite, OfferOf(name, version), name, version);
     return known ? PF_Err_NONE : PF_Err_BAD_CALLBACK_PARAM;
   });
 }

@@ -2,20 +2,15 @@
 
 #include <optional>
 
-#include "minihost/call/callbacks.h"
-#include "minihost/call/command.h"
+#include "minihost/call/answer.h"
 
 namespace minihost {
 namespace {
 
 PF_Err NewWorldOf(PF_ProgPtr effect_ref, int width, int height, Depth depth, Clearing clearing,
                   PF_EffectWorld* world) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr || world == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    Session& session = command->session;
+  return Answer(WithGiven(Command::Named(effect_ref), world), [&](Command& command) {
+    Session& session = command.session;
     if (const auto refusal = session.faults.Refuses(Service::kNewWorld)) {
       *world = PF_EffectWorld{};
       return *refusal;
@@ -26,14 +21,10 @@ PF_Err NewWorldOf(PF_ProgPtr effect_ref, int width, int height, Depth depth, Cle
   });
 }
 
-// Both versions know the worlds of both.
+// Both versions know the worlds of both.  A refused call disposes of the world all the same.
 PF_Err DisposeWorld(PF_ProgPtr effect_ref, PF_EffectWorld* world) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Named(effect_ref);
-    if (command == nullptr || world == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    Session& session = command->session;
+  return Answer(WithGiven(Command::Named(effect_ref), world), [&](Command& command) {
+    Session& session = command.session;
     const std::optional<PF_Err> refusal = session.faults.Refuses(Service::kDisposeWorld);
     const bool known = session.ledger.Return(Ledger::Kind::kWorld, world->data, nullptr, world->rowbytes);
     if (known) {
@@ -71,15 +62,9 @@ PF_Err NewWorld2(PF_ProgPtr effect_ref, std::int32_t width, std::int32_t height,
 }
 
 PF_Err GetPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* format) noexcept {
-  return Answer([&]() -> PF_Err {
-    Command* command = Command::Current();
-    if (command == nullptr || world == nullptr || format == nullptr) {
-      return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (const auto refusal = command->session.faults.Refuses(Service::kPixelFormat)) {
-      return *refusal;
-    }
-    const std::optional<Depth> depth = command->session.worlds.DepthOf(*world);
+  Command* given = WithGiven(Command::Current(), world, format);
+  return Answer(given, Service::kPixelFormat, [&](Command& command) {
+    const std::optional<Depth> depth = command.session.worlds.DepthOf(*world);
     if (!depth) {
       return PF_Err_BAD_CALLBACK_PARAM;
     }
