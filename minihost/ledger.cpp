@@ -19,7 +19,6 @@ std::string Describe(Ledger::Kind kind, const char* name, std::int64_t number) {
 
 void Ledger::Lend(Kind kind, const void* key, const char* name, std::int64_t number) {
   loans_.push_back({kind, key, name, number});
-  ++counts_[Slot(kind)].lent;
 }
 
 bool Ledger::Return(Kind kind, const void* key, const char* name, std::int64_t number) {
@@ -31,18 +30,11 @@ bool Ledger::Return(Kind kind, const void* key, const char* name, std::int64_t n
     return false;
   }
   loans_.erase(std::next(loan).base());
-  ++counts_[Slot(kind)].returned;
   return true;
 }
 
 void Ledger::ReturnAll(Kind kind) noexcept {
-  counts_[Slot(kind)].returned +=
-      std::erase_if(loans_, [kind](const Loan& loan) { return loan.kind == kind; });
-}
-
-bool Ledger::IsOpen(Kind kind, const void* key) const noexcept {
-  return std::any_of(loans_.begin(), loans_.end(),
-                     [kind, key](const Loan& loan) { return loan.kind == kind && loan.key == key; });
+  std::erase_if(loans_, [kind](const Loan& loan) { return loan.kind == kind; });
 }
 
 bool Ledger::IsKept(const Loan& loan) const noexcept {
@@ -52,12 +44,6 @@ bool Ledger::IsKept(const Loan& loan) const noexcept {
 std::size_t Ledger::Outstanding() const noexcept {
   return static_cast<std::size_t>(
       std::count_if(loans_.begin(), loans_.end(), [this](const Loan& loan) { return !IsKept(loan); }));
-}
-
-std::size_t Ledger::Outstanding(Kind kind) const noexcept {
-  return static_cast<std::size_t>(std::count_if(loans_.begin(), loans_.end(), [this, kind](const Loan& loan) {
-    return loan.kind == kind && !IsKept(loan);
-  }));
 }
 
 std::vector<std::string> Ledger::Missing() const {

@@ -1,4 +1,4 @@
-// What the host has lent to the effect and what came back.
+// What the host has lent to the effect and has not got back.
 #pragma once
 
 #include <array>
@@ -12,19 +12,13 @@ namespace minihost {
 
 /// Between two commands everything is back, but for handles that the host keeps on the effect's behalf (the
 /// sequence data, and the pre-render data between the two steps of a frame): `Outstanding()` is 0 and
-/// `faults()` is empty.  Kept by the host for each instance; read it between commands only.
+/// `Faults()` is empty.  Kept by the host for each instance; read it between commands only.
 class Ledger {
  public:
   enum class Kind { kSuite, kHandle, kWorld, kParameter, kLayer };
-  static constexpr int kKindCount = 5;
-
-  /// How often something of this kind was lent, and how often it came back, over the instance's life.
-  std::uint64_t lent(Kind kind) const noexcept { return counts_[Slot(kind)].lent; }
-  std::uint64_t returned(Kind kind) const noexcept { return counts_[Slot(kind)].returned; }
 
   /// Loans that are open, without those the host keeps.
   std::size_t Outstanding() const noexcept;
-  std::size_t Outstanding(Kind kind) const noexcept;
 
   /// One line for each open loan, such as `suite "PF World Suite" 2`, without those the host keeps.
   std::vector<std::string> Missing() const;
@@ -45,12 +39,10 @@ class Ledger {
   /// Closes every loan of this kind: those that last until the end of a command.
   void ReturnAll(Kind kind) noexcept;
 
-  /// Whether a loan with this key is open.
-  bool IsOpen(Kind kind, const void* key) const noexcept;
-
   /// Says which open handles the host keeps from here on; null entries are none.
   void SetKept(std::array<const void*, 2> handles) noexcept { kept_ = handles; }
 
+  /// `text` says what the effect did, without a full stop.
   void AddFault(std::string text) { faults_.push_back(std::move(text)); }
 
  private:
@@ -60,15 +52,9 @@ class Ledger {
     const char* name;
     std::int64_t number;
   };
-  struct Count {
-    std::uint64_t lent = 0;
-    std::uint64_t returned = 0;
-  };
 
-  static constexpr std::size_t Slot(Kind kind) noexcept { return static_cast<std::size_t>(kind); }
   bool IsKept(const Loan& loan) const noexcept;
 
-  std::array<Count, kKindCount> counts_{};
   std::vector<Loan> loans_;
   std::array<const void*, 2> kept_{};
   std::vector<std::string> faults_;
