@@ -24,10 +24,6 @@ std::string RectText(const PF_LRect& rect) {
   return text.str();
 }
 
-bool IsEmpty(const PF_LRect& rect) noexcept {
-  return rect.left >= rect.right || rect.top >= rect.bottom;
-}
-
 bool IsInside(const PF_LRect& rect, const PF_LRect& bounds) noexcept {
   return rect.left >= bounds.left && rect.top >= bounds.top && rect.right <= bounds.right &&
          rect.bottom <= bounds.bottom;

@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "minihost/picture/reduction.h"
+
 namespace minihost {
 namespace {
-
-constexpr bool IsEmpty(const PF_LRect& rect) noexcept {
-  return rect.left >= rect.right || rect.top >= rect.bottom;
-}
 
 // Sides of rectangles, free of the overflow that extreme corners would cause.
 constexpr std::int64_t WidthOf(const PF_LRect& rect) noexcept {
@@ -71,19 +69,13 @@ void CopyUnscaled(const PF_LayerDef& src, const PF_LRect& srcRect, const PF_Laye
 
 }  // namespace
 
-PF_LRect Intersection(const PF_LRect& a, const PF_LRect& b) noexcept {
-  const PF_LRect both{std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-                      std::min(a.bottom, b.bottom)};
-  return IsEmpty(both) ? PF_LRect{} : both;
-}
-
 void FillPixels(const PF_Pixel& color, const PF_LRect& rect, const PF_LayerDef& world, Depth depth) noexcept {
   const PF_LRect area = Intersection(rect, BoundsOf(world));
   WithPixel(depth, [&](auto pixel) {
     using P = decltype(pixel);
     pixel = Widen<P>(color);
     for (int row = area.top; row < area.bottom; ++row) {
-      std::fill_n(reinterpret_cast<P*>(PixelAt(world, area.left, row, depth)), WidthOf(area), pixel);
+      std::fill_n(RowOf<P>(world, row) + area.left, WidthOf(area), pixel);
     }
   });
 }

@@ -1,8 +1,5 @@
-// Scaling by exact area: see ReducePixels.
-//
-// Along each axis a target pixel covers an interval of source pixels, of which only the two at its ends can
-// be covered in part.  Measured in units of 1 / targetSize of a source pixel (with the sizes in lowest
-// terms), all weights are whole numbers, so that 8-bit sums are exact.
+#include "minihost/picture/reduction.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -11,15 +8,18 @@
 #include <type_traits>
 #include <vector>
 
-#include "minihost/picture/copy.h"
 #include "minihost/picture/wide_pixel.h"
+#include "minihost/picture/world.h"
 
 namespace minihost {
 namespace {
 
-// The source columns (or rows) first..end - 1 under one target column (or row).  Of these,
-// wholeFirst..wholeEnd
-// - 1 are covered wholly; the others, at most one on each side, in part.
+// Along each axis a target pixel covers an interval of source pixels, of which only the two at its ends can
+// be covered in part.  Measured in units of 1 / targetSize of a source pixel (with the sizes in lowest
+// terms), all weights are whole numbers, so that 8-bit sums are exact.
+
+// The source columns (or rows) from `first` to before `end` under one target column (or row).  Those from
+// `wholeFirst` to before `wholeEnd` are covered wholly; the others, at most one on each side, in part.
 struct Cover {
   std::int32_t target;
   std::int32_t first;
@@ -162,9 +162,9 @@ class Run<PF_Pixel> {
   void AddPair(std::uint64_t pixels) noexcept {
     const Words channels = Widen(reinterpret_cast<Bytes>(LongIntegers{pixels, 0}));
     const Words alphas = __builtin_shufflevector(channels, channels, 0, 0, 0, 0, 4, 4, 4, 4);
-    const Words colours = {0, 0xFFFF, 0xFFFF, 0xFFFF, 0, 0xFFFF, 0xFFFF, 0xFFFF};
+    const Words colors = {0, 0xFFFF, 0xFFFF, 0xFFFF, 0, 0xFFFF, 0xFFFF, 0xFFFF};
     const Words one = {1, 0, 0, 0, 1, 0, 0, 0};
-    const Words products = channels * ((alphas & colours) | one);
+    const Words products = channels * ((alphas & colors) | one);
     sums_ += WidenLow(products) + WidenHigh(products);
   }
 
@@ -215,11 +215,6 @@ P MeanOf(const Sums& sums, double area) noexcept {
     mean.blue = ChannelOf<Channel>(sums.channels.greenBlue[1] / sums.colorWeight);
   }
   return mean;
-}
-
-template <class P>
-P* RowOf(const PF_LayerDef& world, std::int32_t row) noexcept {
-  return reinterpret_cast<P*>(static_cast<std::byte*>(world.data) + std::int64_t{row} * world.rowbytes);
 }
 
 template <class P>

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "minihost/picture/wide_pixel.h"
+#include "minihost/picture/world.h"
 
 namespace minihost {
 namespace {
@@ -14,12 +15,6 @@ namespace {
 constexpr int kFractionBits = 16;
 constexpr std::uint32_t kOne = 1u << kFractionBits;
 constexpr std::uint32_t kFractionMask = kOne - 1;
-
-template <class P>
-const P* RowOf(const PF_LayerDef& world, std::int32_t row) noexcept {
-  return reinterpret_cast<const P*>(static_cast<const std::byte*>(world.data) +
-                                    std::int64_t{row} * world.rowbytes);
-}
 
 // A position along one axis, moved onto the world: the pixel at or before it, and the fraction beyond that.
 // On the last pixel the fraction is 0.
@@ -176,20 +171,20 @@ P SampleNearest(const PF_LayerDef& src, PF_Fixed x, PF_Fixed y) noexcept {
     const std::int64_t rounded = (std::int64_t{position} + kOne / 2) >> kFractionBits;
     return static_cast<std::int32_t>(std::clamp(rounded, std::int64_t{0}, std::int64_t{size - 1}));
   };
-  return RowOf<P>(src, nearest(y, src.height))[nearest(x, src.width)];
+  return RowOf<const P>(src, nearest(y, src.height))[nearest(x, src.width)];
 }
 
 template <class P>
 P SampleBilinear(const PF_LayerDef& src, PF_Fixed x, PF_Fixed y) noexcept {
   const Place column = PlaceOf(x, src.width);
   const Place row = PlaceOf(y, src.height);
-  const P* top = RowOf<P>(src, row.pixel) + column.pixel;
+  const P* top = RowOf<const P>(src, row.pixel) + column.pixel;
   if ((column.fraction | row.fraction) == 0) {
     return *top;
   }
 
   // Where a fraction is 0 the pixel beyond may not exist, and has no weight.
-  const P* bottom = row.fraction == 0 ? top : RowOf<P>(src, row.pixel + 1) + column.pixel;
+  const P* bottom = row.fraction == 0 ? top : RowOf<const P>(src, row.pixel + 1) + column.pixel;
   const std::ptrdiff_t right = column.fraction == 0 ? 0 : 1;
   const Square<P> square{top[0], top[right], bottom[0], bottom[right]};
 
