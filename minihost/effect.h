@@ -56,7 +56,7 @@ class Effect {
   Effect(const Effect&) = delete;
   Effect& operator=(const Effect&) = delete;
 
-  /// Every parameter in the order of its index, the input layer first.
+  /// Every parameter in the order of its index, the input layer first.  The shared list outlives the effect.
   const ParameterList& Parameters() const noexcept { return *parameters_; }
   SharedParameterList SharedParameters() const noexcept { return parameters_; }
 
@@ -64,7 +64,8 @@ class Effect {
   /// Whether frames may be asked for by Protocol::kSmart.
   bool SupportsSmartRender() const noexcept { return supportsSmartRender_; }
 
-  /// The effect's text about itself, its carriage returns turned into line feeds.
+  /// The effect's text about itself, its carriage returns turned into line feeds.  Throws EffectError when
+  /// the effect does not give it.
   std::string About() const;
 
   /// For the host's own use: the declarations as the effect made them, element 0 the input layer.

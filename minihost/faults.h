@@ -27,6 +27,7 @@ enum class Service {
 };
 inline constexpr int kServiceCount = static_cast<int>(Service::kCheckoutOutput) + 1;
 
+/// Calls of a service that fail.
 struct Refusal {
   static constexpr std::uint64_t kEveryCall = 0;
 
@@ -38,11 +39,13 @@ struct Refusal {
   PF_Err err = PF_Err_OUT_OF_MEMORY;
 };
 
+/// A suite that the host has not got: acquiring it fails.
 struct MissingSuite {
   std::string name;
   std::int32_t version = 1;
 };
 
+/// All that the host is to withhold.  As it stands, nothing.
 struct Faults {
   std::vector<MissingSuite> missingSuites;
   std::vector<Refusal> refusals;

@@ -34,9 +34,10 @@ class Instance {
   /// Closes, if that has not happened.
   ~Instance();
 
+  /// Both live as long as the instance; the parameters change with SetParameters.
   const Effect& HostedEffect() const noexcept;
-
   const ParameterSet& Parameters() const noexcept;
+
   /// Takes effect with the next command.  Throws std::invalid_argument when they belong to another effect.
   void SetParameters(ParameterSet parameters);
 
@@ -49,17 +50,18 @@ class Instance {
   /// Points come in percent, there being no picture.
   CommandResult UpdateParamsUi(UiEvent event, double layerFrame = 0);
 
-  /// Whether the effect has greyed this parameter out.
+  /// Whether the effect has greyed this parameter out.  Throws std::out_of_range for an index that no
+  /// parameter has.
   bool IsDisabled(int index) const;
 
   /// Sends a command that comes without parameters, pictures and extra record, such as the sequence
   /// commands.  Throws std::invalid_argument for those that need them.
   CommandResult Send(PF_Cmd command);
 
-  /// Runs the sequence set-down.  Afterwards only `ledger` may be called.  Does nothing the second time.
+  /// Runs the sequence set-down.  Afterwards only HostLedger may be called.  Does nothing the second time.
   CommandResult Close();
 
-  /// What is lent and what is back.  Read it between commands.
+  /// What is lent still, and what the effect did against the rules.  Read it between commands.
   const Ledger& HostLedger() const noexcept;
 
   /// Services to refuse from now on, their calls counted from 1 again.

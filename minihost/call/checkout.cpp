@@ -18,6 +18,7 @@ std::uint8_t ByteOf(double channel) noexcept {
   return static_cast<std::uint8_t>(std::lround(channel));
 }
 
+// Each kind has a record of its own, with nothing in common but the name of a member.
 void StoreNumber(double number, PF_ParamDef& definition) noexcept {
   const auto whole = static_cast<std::int32_t>(std::lround(number));
   switch (definition.param_type) {

@@ -20,6 +20,7 @@ class FaultPlan {
   /// Whether any call of `service` is to be refused.  Counts nothing.
   bool Touches(Service service) const noexcept;
 
+  /// Whether the host is to do without this suite.
   bool LacksSuite(std::string_view name, std::int32_t version) const noexcept;
 
   bool NoHandleCallbacks() const noexcept { return faults_.noHandleCallbacks; }

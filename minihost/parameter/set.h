@@ -30,6 +30,7 @@ class ParameterSet {
   /// keys.  `index` names a parameter with a value, else std::invalid_argument.
   Value At(int index, double frame) const;
 
+  /// The course as Set left it.  `index` names a parameter with a value, else std::invalid_argument.
   const Track& TrackOf(int index) const;
 
   const ParameterList& List() const noexcept { return *list_; }

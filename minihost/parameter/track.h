@@ -50,6 +50,7 @@ class Track {
   /// Before the first key its value, after the last key its value, on a key exactly that key's value.
   Value At(double frame) const;
 
+  /// Whether it has more than one key, even where all hold the same value.
   bool Animated() const noexcept { return keys_.size() > 1; }
 
   /// In the order of their frames; a constant is one key at frame 0.

@@ -23,6 +23,7 @@ constexpr std::size_t BytesPerPixel(Depth depth) noexcept {
                                    : sizeof(PF_PixelFloat);
 }
 
+/// The code by which the world suite names the depth.
 constexpr PF_PixelFormat PixelFormatOf(Depth depth) noexcept {
   return depth == Depth::kBits8    ? PF_PixelFormat_ARGB32
          : depth == Depth::kBits16 ? PF_PixelFormat_ARGB64
@@ -71,7 +72,7 @@ class Image {
   Image& operator=(Image&& other) noexcept;
   ~Image() = default;
 
-  /// An image of its own with the same pixels.
+  /// An image of its own with the same pixels; empty from an empty one.  Throws std::bad_alloc.
   Image Clone() const;
 
   int Width() const noexcept { return width_; }
@@ -86,7 +87,7 @@ class Image {
   std::byte* Data() noexcept { return pixels_.get(); }
   const std::byte* Data() const noexcept { return pixels_.get(); }
 
-  /// The `width()` pixels of `row` (0 is the topmost).  `P` is the pixel type of the image's depth.
+  /// The `Width()` pixels of `row` (0 is the topmost).  `P` is the pixel type of the image's depth.
   template <class P>
   std::span<P> Row(int row) noexcept {
     assert(kDepthOf<P> == depth_ && row >= 0 && row < height_);
