@@ -3,7 +3,7 @@
 
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
-#include "tests/cli/scene/scene_values.h"
+#include "tests/support/cli/scene_values.h"
 #include "tests/support/cli/expect_error.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "cli/scene/key_text.h"
 #include "cli/scene/reader.h"
 #include "cli/scene/writer.h"
-#include "tests/cli/scene/scene_values.h"
+#include "tests/support/cli/scene_values.h"
 #include "tests/support/cli/expect_error.h"
 #include "tests/support/cli/temporary_folder.h"
 

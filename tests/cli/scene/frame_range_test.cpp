@@ -1,11 +1,10 @@
-// The small grammars of the command line: frames, names of sequences, frame rates.
+// Which frames a list and a share stand for.
+#include "cli/scene/frame_range.h"
+
 #include <gmock/gmock.h>
 
 #include <numeric>
 
-#include "cli/file/output_name.h"
-#include "cli/scene/frame_range.h"
-#include "cli/scene/frame_rate.h"
 #include "tests/support/cli/expect_error.h"
 
 namespace {
@@ -61,60 +60,10 @@ TEST(Parts, CoverEveryFrameOnceAndDifferByOneAtMost) {
   }
 }
 
-TEST(ContactSheet, SpreadsFramesFromTheFirstToTheLast) {
+TEST(Frames, AreSpreadFromTheFirstToTheLast) {
   EXPECT_THAT(cli::SpreadFrames({1, 2, 3}, 5), ElementsAre(1, 2, 3));
   EXPECT_THAT(cli::SpreadFrames({1, 2, 3, 4, 5, 6, 7}, 4), ElementsAre(1, 3, 5, 7));
   EXPECT_THAT(cli::SpreadFrames({4, 5}, 1), ElementsAre(4));
-}
-
-TEST(OutputName, PutsTheNumberInItsPlace) {
-  const struct {
-    const char* pattern;
-    std::int32_t frame;
-    const char* name;
-  } cases[] = {{"out.####.png", 7, "out.0007.png"},
-               {"out.#.png", 12, "out.0012.png"},
-               {"##.exr", 123, "123.exr"},
-               {"o.####.png", -7, "o.-0007.png"},
-               {"out.%04d.png", 7, "out.0007.png"},
-               {"out.%04d.png", -7, "out.-007.png"},
-               {"out%d.tif", 42, "out42.tif"},
-               {"out%3d.tif", 42, "out 42.tif"},
-               {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
-               {"/r/100%.png", 5, "/r/100%.png"},
-               {"####", -2147483647 - 1, "-2147483648"},
-               {"{}#.png", 1, "{}0001.png"}};
-  for (const auto& [pattern, frame, name] : cases) {
-    EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
-    EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
-    const std::string file = std::filesystem::path(name).filename();
-    EXPECT_TRUE(cli::OutputName(pattern).Makes(file)) << pattern;
-    EXPECT_FALSE(cli::OutputName(pattern).Makes('0' + file)) << pattern;
-  }
-  EXPECT_EQ(cli::OutputName("a/out.v2.png").SuggestedPattern(), "a/out.v2.####.png");
-}
-
-TEST(FrameRate, IsExact) {
-  const struct {
-    const char* text;
-    std::int32_t scale;
-    std::int32_t step;
-  } cases[] = {{"24", 24, 1},
-               {"12.5", 25, 2},
-               {"23.976", 24000, 1001},
-               {"23.98", 24000, 1001},
-               {"29.97", 30000, 1001},
-               {"24000/1001", 24000, 1001},
-               {"48/2", 24, 1},
-               {"29.98", 1499, 50},
-               {"0.01", 1, 100},
-               {"1000", 1000, 1},
-               {"999.999999", 999999999, 1000000}};
-  for (const auto& [text, scale, step] : cases) {
-    const cli::FrameRate rate = cli::ParseFrameRate(text);
-    EXPECT_EQ(rate.timeScale, scale) << text;
-    EXPECT_EQ(rate.timeStep, step) << text;
-  }
 }
 
 }  // namespace
