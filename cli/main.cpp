@@ -32,7 +32,7 @@ int Fail(ExitCode code, const std::string& message) {
 void PrintToStdout(const std::string& text) {
   const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   if (std::fflush(stdout) != 0 || !written) {
-    throw ToolError(ExitCode::kOutput, "cannot write the output");
+    Refuse(ExitCode::kOutput, "cannot write the output");
   }
 }
 

@@ -32,7 +32,7 @@ void Say(const RenderOptions& options, const std::string& line) {
 
 ProgressStyle StyleOf(const RenderOptions& options) {
   if (!options.progress.empty() && options.progress != "json" && options.progress != "text") {
-    throw ToolError(ExitCode::kUsage, fmt::format("--progress: '{}' is not text or json", options.progress));
+    Refuse(ExitCode::kUsage, "--progress: '{}' is not text or json", options.progress);
   }
   if (options.progress == "json") {
     return StyleFor(ProgressWish::kJson);
@@ -50,9 +50,9 @@ std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene
   if (!options.resume) {
     return {};
   }
-  throw ToolError(ExitCode::kUsage,
-                  "--resume: a video is one file and cannot be taken up in the middle; render to numbered "
-                  "pictures such as -o snow.####.png to be able to resume");
+  Refuse(ExitCode::kUsage,
+         "--resume: a video is one file and cannot be taken up in the middle; render to numbered pictures "
+         "such as -o snow.####.png to be able to resume");
 }
 
 void SaveScene(const std::filesystem::path& file, const Scene& scene, const InputFiles& inputs) {
@@ -163,8 +163,7 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
   PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
   if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
-    throw ToolError(ExitCode::kFrameFailed,
-                    fmt::format("there was no frame to write, so '{}' was not made", scene.output));
+    Refuse(ExitCode::kFrameFailed, "there was no frame to write, so '{}' was not made", scene.output);
   }
   if (summary.interrupted) {
     SayHowToGoOn(options, summary, resumption.has_value());

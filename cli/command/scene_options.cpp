@@ -15,13 +15,13 @@ auto Option(const char* name, Read read) {
   try {
     return read();
   } catch (const ToolError& error) {
-    throw ToolError(error.Code(), fmt::format("{}: {}", name, error.what()));
+    Refuse(error.Code(), "{}: {}", name, error.what());
   }
 }
 
 void ApplyInput(const RenderOptions& options, Scene& scene) {
   if (!options.input.empty() && !options.blank.empty()) {
-    throw ToolError(ExitCode::kUsage, "an input and --blank exclude each other; give one of them");
+    Refuse(ExitCode::kUsage, "an input and --blank exclude each other; give one of them");
   }
   if (!options.input.empty()) {
     scene.input = options.input;

@@ -21,7 +21,7 @@ namespace {
 std::size_t CheckedCount(int count) {
   constexpr int kMost = static_cast<int>(ContactSheet::kMaxCells);
   if (count < 1 || count > kMost) {
-    throw ToolError(ExitCode::kUsage, fmt::format("--count: {} is not between 1 and {}", count, kMost));
+    Refuse(ExitCode::kUsage, "--count: {} is not between 1 and {}", count, kMost);
   }
   return static_cast<std::size_t>(count);
 }
@@ -36,7 +36,7 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   };
   Scene scene = SceneOf(options, *effect);
   if (scene.output.empty()) {
-    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
+    Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   }
   const FileFormat format = FormatOf(scene.output);
   if (!scene.compression.empty()) {

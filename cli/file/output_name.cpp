@@ -42,7 +42,7 @@ OutputName::Place OutputName::FindPlace(std::string_view name) {
 OutputName::OutputName(const std::filesystem::path& path) : folder_(path.parent_path()) {
   const std::string name = path.filename().string();
   if (name.empty()) {
-    throw ToolError(ExitCode::kUsage, fmt::format("output '{}' has no file name", path.string()));
+    Refuse(ExitCode::kUsage, "output '{}' has no file name", path.string());
   }
   const Place place = FindPlace(name);
   before_ = name.substr(0, place.begin);
@@ -50,8 +50,7 @@ OutputName::OutputName(const std::filesystem::path& path) : folder_(path.parent_
   style_ = place.style;
   digits_ = place.digits;
   if (FindPlace(after_).style != Style::kFixed) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("output name '{}' has more than one place for the frame number", name));
+    Refuse(ExitCode::kUsage, "output name '{}' has more than one place for the frame number", name);
   }
 }
 

@@ -19,8 +19,8 @@
 namespace cli {
 namespace {
 
-[[noreturn]] void Refuse(const std::filesystem::path& path, std::string_view reason) {
-  throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", path.string(), reason));
+[[noreturn]] void RefuseToWrite(const std::filesystem::path& path, std::string_view reason) {
+  Refuse(ExitCode::kOutput, "cannot write '{}': {}", path.string(), reason);
 }
 
 std::filesystem::path FolderOf(const std::filesystem::path& path) {
@@ -35,7 +35,7 @@ std::filesystem::path TargetOf(const std::filesystem::path& path) {
   }
   auto target = std::filesystem::weakly_canonical(path, error);
   if (error) {
-    Refuse(path, error.message());
+    RefuseToWrite(path, error.message());
   }
   return target;
 }
@@ -103,15 +103,16 @@ void CheckWritable(const std::filesystem::path& path) {
   std::error_code error;
   const std::filesystem::path folder = FolderOf(path);
   if (!std::filesystem::is_directory(folder, error)) {
-    Refuse(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
-                             folder.string()));
+    RefuseToWrite(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
+                                    folder.string()));
   }
   if (::access(folder.c_str(), W_OK | X_OK) != 0) {
-    Refuse(path, std::generic_category().message(errno));
+    RefuseToWrite(path, std::generic_category().message(errno));
   }
   const auto status = std::filesystem::status(path, error);
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-    Refuse(path, std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");
+    RefuseToWrite(path,
+                  std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");
   }
 }
 
@@ -143,7 +144,7 @@ PendingFile::~PendingFile() {
 }
 
 void PendingFile::RefuseByErrno() const {
-  Refuse(target_, std::generic_category().message(errno));
+  RefuseToWrite(target_, std::generic_category().message(errno));
 }
 
 void PendingFile::Append(std::span<const std::uint8_t> bytes) {

@@ -29,8 +29,7 @@ void InputFiles::CheckKept(const std::filesystem::path& output) const {
   if (::stat(output.c_str(), &status) != 0 || !files_.contains({status.st_dev, status.st_ino})) {
     return;
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("'{}' would overwrite the input; choose another name", output.string()));
+  Refuse(ExitCode::kUsage, "'{}' would overwrite the input; choose another name", output.string());
 }
 
 }  // namespace cli

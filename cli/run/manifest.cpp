@@ -138,8 +138,7 @@ bool Manifest::IsDone(std::int32_t frame, const std::filesystem::path& file, std
 void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input) {
   const auto mark = MarkOf(file);
   if (!mark) {
-    throw ToolError(ExitCode::kOutput,
-                    fmt::format("cannot read '{}' back after it was written", file.string()));
+    Refuse(ExitCode::kOutput, "cannot read '{}' back after it was written", file.string());
   }
   const std::uint64_t recipe = RecipeFor(input);
   const std::string fields = fmt::format("{} {} {:016x} {:016x}", frame, mark->size, mark->contents, recipe);
@@ -149,8 +148,8 @@ void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::
     descriptor_ = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   }
   if (!Append(descriptor_, line)) {
-    throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", name_.string(),
-                                                   std::generic_category().message(errno)));
+    Refuse(ExitCode::kOutput, "cannot write '{}': {}", name_.string(),
+           std::generic_category().message(errno));
   }
   entries_[frame] = {*mark, recipe};
 }

@@ -33,14 +33,13 @@ std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
 
 OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles& inputs) {
   if (scene.output.empty()) {
-    throw ToolError(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
+    Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
   }
   if (VideoFormatOf(scene.output)) {
     CheckWritable(scene.output);
     inputs.CheckKept(scene.output);
     if (!scene.compression.empty()) {
-      throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is for pictures; a video has its own",
-                                                    scene.compression));
+      Refuse(ExitCode::kUsage, "compression: '{}' is for pictures; a video has its own", scene.compression);
     }
     const VideoTraits traits = {.width = plan.traits.width,
                                 .height = plan.traits.height,
@@ -56,15 +55,13 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   }
   const OutputName name(scene.output);
   if (plan.job.frames.size() > 1 && !name.IsPattern()) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("{} frames need a place for their number in the output name; try -o '{}'",
-                                plan.job.frames.size(), name.SuggestedPattern().string()));
+    Refuse(ExitCode::kUsage, "{} frames need a place for their number in the output name; try -o '{}'",
+           plan.job.frames.size(), name.SuggestedPattern().string());
   }
   const std::optional<FileFormat> format = PictureFormatOf(scene.output);
   if (!format) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
-                                name.ForFrame(0).filename().string()));
+    Refuse(ExitCode::kUsage, "output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
+           name.ForFrame(0).filename().string());
   }
   if (!scene.compression.empty()) {
     CheckCompression(*format, scene.compression);

@@ -96,11 +96,9 @@ OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& op
       if (!IsNamedLikePicture(path)) {
         throw;
       }
-      throw ToolError(
-          ExitCode::kInput,
-          fmt::format("cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its "
-                      "name says",
-                      path.string()));
+      Refuse(ExitCode::kInput,
+             "cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its name says",
+             path.string());
     }
   }
   OpenedSource opened;

@@ -120,9 +120,8 @@ class Run {
     const SourceTraits& traits = source_.Traits();
     switch (job_.missing) {
       case MissingPolicy::kError:
-        throw ToolError(
-            ExitCode::kInput,
-            fmt::format("the input has no frame {}; try --missing skip, or --missing black", work.frame));
+        Refuse(ExitCode::kInput, "the input has no frame {}; try --missing skip, or --missing black",
+               work.frame);
       case MissingPolicy::kSkip:
         work.skipped = true;
         return;
@@ -182,9 +181,8 @@ class Run {
       return false;
     }
     if (result.err != PF_Err_NONE) {
-      throw ToolError(ExitCode::kFrameFailed,
-                      fmt::format("frame {} failed with code {}{}{}", work.frame, result.err,
-                                  result.message.empty() ? "" : ": ", result.message));
+      Refuse(ExitCode::kFrameFailed, "frame {} failed with code {}{}{}", work.frame, result.err,
+             result.message.empty() ? "" : ": ", result.message);
     }
     instances_.GiveBack(std::move(instance), work.frame);
     return true;

@@ -34,9 +34,8 @@ void OpenInput(const Scene& scene, RenderPlan& plan) {
     plan.video = opened.video;
     plan.notes = std::move(opened.notes);
   } else {
-    throw ToolError(
-        ExitCode::kUsage,
-        "nothing to snow on: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
+    Refuse(ExitCode::kUsage,
+           "nothing to snow on: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
   }
   if (scene.proxy > 1) {
     plan.source = std::make_unique<ProxySource>(std::move(plan.source), scene.proxy);
@@ -66,11 +65,9 @@ void CheckCountable(const std::vector<std::int32_t>& frames, const FrameRate& ra
   const std::int64_t most = INT32_MAX / rate.timeStep - 1;
   for (const std::int32_t frame : frames) {
     if (std::abs(std::int64_t{frame}) > most) {
-      throw ToolError(
-          ExitCode::kUsage,
-          fmt::format("--frames: {} is beyond frame {}, the last that can be counted at {}/{} frames a "
-                      "second",
-                      frame, most, rate.timeScale, rate.timeStep));
+      Refuse(ExitCode::kUsage,
+             "--frames: {} is beyond frame {}, the last that can be counted at {}/{} frames a second", frame,
+             most, rate.timeScale, rate.timeStep);
     }
   }
 }
@@ -118,7 +115,7 @@ MissingPolicy MissingPolicyOf(const std::string& text) {
   if (text == "black") {
     return MissingPolicy::kBlack;
   }
-  throw ToolError(ExitCode::kUsage, fmt::format("--missing: '{}' is not error, skip or black", text));
+  Refuse(ExitCode::kUsage, "--missing: '{}' is not error, skip or black", text);
 }
 
 int CheckedJobs(int jobs) {
@@ -126,8 +123,7 @@ int CheckedJobs(int jobs) {
   if (jobs >= 0 && jobs <= kMost) {
     return jobs;
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost));
+  Refuse(ExitCode::kUsage, "--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost);
 }
 
 std::string NameOfDepth(minihost::Depth depth) {

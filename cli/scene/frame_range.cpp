@@ -13,18 +13,15 @@ namespace {
 
 constexpr char kNotFrames[] = "is not a frame or a range of frames";
 
-[[noreturn]] void Refuse(std::string_view item, std::string_view reason) {
-  throw ToolError(
-      ExitCode::kUsage,
-      fmt::format("--frames: '{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item, reason));
+[[noreturn]] void RefuseItem(std::string_view item, std::string_view reason) {
+  Refuse(ExitCode::kUsage, "--frames: '{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item,
+         reason);
 }
 
 [[noreturn]] void RefusePart(std::string_view text) {
-  throw ToolError(
-      ExitCode::kUsage,
-      fmt::format("--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at "
-                  "most {} shares",
-                  text, kMaxFrames));
+  Refuse(ExitCode::kUsage,
+         "--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at most {} shares",
+         text, kMaxFrames);
 }
 
 /// Takes a number off the front of `rest`.
@@ -32,10 +29,10 @@ std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
   if (error == std::errc::result_out_of_range) {
-    Refuse(item, "is beyond the frames that can be counted");
+    RefuseItem(item, "is beyond the frames that can be counted");
   }
   if (error != std::errc{}) {
-    Refuse(item, kNotFrames);
+    RefuseItem(item, kNotFrames);
   }
   rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
   return number;
@@ -54,26 +51,26 @@ Range ParseItem(std::string_view item) {
     return {first, first};
   }
   if (rest.front() != '-') {
-    Refuse(item, kNotFrames);
+    RefuseItem(item, kNotFrames);
   }
   rest.remove_prefix(1);
   const std::int32_t last = TakeNumber(rest, item);
   if (last < first) {
-    Refuse(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
+    RefuseItem(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
   }
   if (rest.empty()) {
     return {first, last};
   }
   if (rest.front() != 'x') {
-    Refuse(item, kNotFrames);
+    RefuseItem(item, kNotFrames);
   }
   rest.remove_prefix(1);
   const std::int32_t step = TakeNumber(rest, item);
   if (!rest.empty()) {
-    Refuse(item, kNotFrames);
+    RefuseItem(item, kNotFrames);
   }
   if (step < 1) {
-    Refuse(item, fmt::format("steps by {}, and the least step is 1", step));
+    RefuseItem(item, fmt::format("steps by {}, and the least step is 1", step));
   }
   return {first, last, step};
 }
@@ -93,7 +90,7 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
         continue;
       }
       if (frames.size() == kMaxFrames) {
-        Refuse(item, fmt::format("makes more than {} frames", kMaxFrames));
+        RefuseItem(item, fmt::format("makes more than {} frames", kMaxFrames));
       }
       frames.push_back(number);
     }

@@ -15,10 +15,9 @@ constexpr double kMinRate = 0.01;
 constexpr double kMaxRate = 1000;
 constexpr int kMaxDecimals = 6;  // keeps 1000 * 10^6 within the host's 32-bit ticks
 
-[[noreturn]] void Refuse(std::string_view text) {
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("--fps: '{}' is not a frame rate from {} to {}; write 24, 23.976 or 24000/1001",
-                              text, kMinRate, kMaxRate));
+[[noreturn]] void RefuseRate(std::string_view text) {
+  Refuse(ExitCode::kUsage, "--fps: '{}' is not a frame rate from {} to {}; write 24, 23.976 or 24000/1001",
+         text, kMinRate, kMaxRate);
 }
 
 /// The whole of `digits` as a number without sign.
@@ -26,7 +25,7 @@ std::int64_t WholeNumber(std::string_view digits, std::string_view text) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   if (error != std::errc{} || end != digits.data() + digits.size()) {
-    Refuse(text);
+    RefuseRate(text);
   }
   return number;
 }
@@ -50,7 +49,7 @@ Ratio BroadcastRate(double value, double unit) {
 Ratio ParseDecimal(std::string_view text, std::size_t dot) {
   const std::string_view decimals = text.substr(dot + 1);
   if (decimals.empty() || decimals.size() > kMaxDecimals) {
-    Refuse(text);
+    RefuseRate(text);
   }
   std::int64_t denominator = 1;
   for (std::size_t i = 0; i < decimals.size(); ++i) {
@@ -83,17 +82,17 @@ Ratio ParseRatio(std::string_view text) {
 FrameRate ParseFrameRate(std::string_view text) {
   const Ratio ratio = ParseRatio(text);
   if (ratio.denominator == 0) {
-    Refuse(text);
+    RefuseRate(text);
   }
   const double rate = static_cast<double>(ratio.numerator) / static_cast<double>(ratio.denominator);
   if (rate < kMinRate || rate > kMaxRate) {
-    Refuse(text);
+    RefuseRate(text);
   }
   const std::int64_t divisor = std::gcd(ratio.numerator, ratio.denominator);
   const std::int64_t scale = ratio.numerator / divisor;
   const std::int64_t step = ratio.denominator / divisor;
   if (scale > INT32_MAX || step > INT32_MAX) {
-    Refuse(text);
+    RefuseRate(text);
   }
   return {static_cast<std::int32_t>(scale), static_cast<std::int32_t>(step)};
 }

@@ -27,9 +27,8 @@ FrameSize ParseFrameSize(std::string_view text) {
   const FrameSize size{ParseSide(text.substr(0, cross)),
                        ParseSide(text.substr(std::min(cross + 1, text.size())))};
   if (size.width == 0 || size.height == 0) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("'{}' is not a size in pixels up to {} a side; write it as 1920x1080", text,
-                                minihost::Image::kMaxSide));
+    Refuse(ExitCode::kUsage, "'{}' is not a size in pixels up to {} a side; write it as 1920x1080", text,
+           minihost::Image::kMaxSide);
   }
   return size;
 }

@@ -25,18 +25,15 @@ constexpr double kLastFrame = INT32_MAX;
 
 constexpr std::string_view kEases[] = {"hold", "linear", "smooth"};  // in the order of Ease
 
-[[noreturn]] void Refuse(const std::string& message) {
-  throw ToolError(ExitCode::kUsage, message);
-}
-
 /// One key, FRAME=VALUE[:EASE].
 Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
   const std::size_t equals = text.find('=');
   double frame = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + std::min(equals, text.size()), frame);
   if (equals == text.npos || error != std::errc{} || end != text.data() + equals) {
-    Refuse(fmt::format("{}: '{}' is not a key; write frame=value or frame=value:ease, as in 48=400:smooth",
-                       parameter.DisplayName(), text));
+    Refuse(ExitCode::kUsage,
+           "{}: '{}' is not a key; write frame=value or frame=value:ease, as in 48=400:smooth",
+           parameter.DisplayName(), text);
   }
   std::string value(text.substr(equals + 1));
   Ease ease = Ease::kLinear;
@@ -44,7 +41,7 @@ Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
     try {
       ease = ParseEase(std::string_view(value).substr(colon + 1));
     } catch (const ToolError& refusal) {
-      Refuse(fmt::format("{}: {}", parameter.DisplayName(), refusal.what()));
+      Refuse(ExitCode::kUsage, "{}: {}", parameter.DisplayName(), refusal.what());
     }
     value.erase(colon);
   }
@@ -57,7 +54,7 @@ Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
 Ease ParseEase(std::string_view text) {
   const auto ease = std::ranges::find(kEases, text);
   if (ease == std::end(kEases)) {
-    Refuse(fmt::format("'{}' is not hold, linear or smooth{}", text, SuggestNearest(text, kEases)));
+    Refuse(ExitCode::kUsage, "'{}' is not hold, linear or smooth{}", text, SuggestNearest(text, kEases));
   }
   return static_cast<Ease>(ease - std::begin(kEases));
 }
@@ -68,24 +65,26 @@ std::string_view FormatEase(Ease ease) {
 
 KeyCollector::KeyCollector(const ParameterInfo& parameter) : parameter_(parameter) {
   if (!parameter.animatable) {
-    Refuse(fmt::format("{} cannot be animated; give it one value", parameter.DisplayName()));
+    Refuse(ExitCode::kUsage, "{} cannot be animated; give it one value", parameter.DisplayName());
   }
 }
 
 void KeyCollector::Add(const Key& key) {
   if (!(std::abs(key.frame) <= kLastFrame)) {
-    Refuse(fmt::format("{}: a key at frame {} is beyond the frames that can be counted, {} to {}",
-                       parameter_.DisplayName(), key.frame, -kLastFrame, kLastFrame));
+    Refuse(ExitCode::kUsage, "{}: a key at frame {} is beyond the frames that can be counted, {} to {}",
+           parameter_.DisplayName(), key.frame, -kLastFrame, kLastFrame);
   }
   if (!frames_.insert(key.frame).second) {
-    Refuse(fmt::format("{}: frame {} has two keys; leave one of them", parameter_.DisplayName(), key.frame));
+    Refuse(ExitCode::kUsage, "{}: frame {} has two keys; leave one of them", parameter_.DisplayName(),
+           key.frame);
   }
   keys_.push_back(key);
 }
 
 minihost::Track KeyCollector::Finish() const {
   if (keys_.empty()) {
-    Refuse(fmt::format("{}: there are no keys; give it one at least, or a value", parameter_.DisplayName()));
+    Refuse(ExitCode::kUsage, "{}: there are no keys; give it one at least, or a value",
+           parameter_.DisplayName());
   }
   return minihost::Track(keys_);
 }
@@ -93,7 +92,7 @@ minihost::Track KeyCollector::Finish() const {
 void AssignKeys(minihost::ParameterSet& parameters, std::string_view text) {
   const std::size_t at = text.find('@');
   if (at == text.npos) {
-    Refuse(fmt::format("'{}' sets no keys; write a name, @ and keys: Speed@0=100,48=400", text));
+    Refuse(ExitCode::kUsage, "'{}' sets no keys; write a name, @ and keys: Speed@0=100,48=400", text);
   }
   const ParameterInfo& parameter = ParameterNames(parameters.List()).Find(text.substr(0, at));
   KeyCollector keys(parameter);

@@ -14,15 +14,14 @@ namespace cli {
 void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
   const std::size_t equals = assignment.find('=');
   if (equals == assignment.npos) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment));
+    Refuse(ExitCode::kUsage, "'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment);
   }
   const minihost::ParameterInfo& parameter =
       ParameterNames(parameters.List()).Find(assignment.substr(0, equals));
   try {
     parameters.Set(parameter.index, ParseValue(parameter, assignment.substr(equals + 1)));
   } catch (const std::invalid_argument& error) {
-    throw ToolError(ExitCode::kUsage, error.what());
+    Refuse(ExitCode::kUsage, "{}", error.what());
   }
 }
 

@@ -77,15 +77,13 @@ const minihost::ParameterInfo& ParameterNames::Find(std::string_view text) const
   }
   if (found.empty()) {
     const std::string hint = nearest.empty() ? "" : fmt::format(" (did you mean '{}'?)", nearest);
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("there is no parameter '{}'{}; 'vintrel params' lists them", text, hint));
+    Refuse(ExitCode::kUsage, "there is no parameter '{}'{}; 'vintrel params' lists them", text, hint);
   }
   std::string choices;
   for (const Entry* entry : found) {
     choices += fmt::format("{}'{}'", choices.empty() ? "" : " or ", entry->qualified);
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("more than one parameter is called '{}'; write {}", text, choices));
+  Refuse(ExitCode::kUsage, "more than one parameter is called '{}'; write {}", text, choices);
 }
 
 const std::string& ParameterNames::SlugOf(const minihost::ParameterInfo& parameter) const {

@@ -24,11 +24,6 @@ constexpr double kMostPercent = 32767;
 
 constexpr double kSinglePrecision = 1e-7;
 
-[[noreturn]] void Refuse(const ParameterInfo& parameter, std::string_view text) {
-  throw ToolError(ExitCode::kUsage, fmt::format("{}: '{}' is not possible; it takes {}",
-                                                parameter.DisplayName(), text, DescribeRange(parameter)));
-}
-
 std::string_view Trimmed(std::string_view text) {
   const auto isSpace = [](char letter) { return letter == ' ' || letter == '\t'; };
   while (!text.empty() && isSpace(text.front())) {
@@ -174,7 +169,8 @@ std::optional<Point> ParsePoint(const ParameterInfo& parameter, std::string_view
 template <class Parsed>
 Value OrRefuse(const std::optional<Parsed>& parsed, const ParameterInfo& parameter, std::string_view text) {
   if (!parsed) {
-    Refuse(parameter, text);
+    Refuse(ExitCode::kUsage, "{}: '{}' is not possible; it takes {}", parameter.DisplayName(), text,
+           DescribeRange(parameter));
   }
   return *parsed;
 }

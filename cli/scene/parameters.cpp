@@ -31,7 +31,7 @@ decltype(auto) At(const toml::source_region& place, Task&& task) {
   try {
     return task();
   } catch (const ToolError& error) {
-    RefuseAt(place, error.what());
+    RefuseAt(place, "{}", error.what());
   }
 }
 
@@ -84,9 +84,8 @@ Value ReadValue(const ParameterInfo& parameter, const toml::node& node) {
   const std::string text = AssignmentText(parameter, node);
   if (text.empty()) {
     const bool malformedPoint = parameter.type == PF_Param_POINT && node.is_array();
-    RefuseAt(node.source(),
-             fmt::format("{} takes {}, not {}{}", parameter.DisplayName(), ExpectedType(parameter),
-                         DescribeNode(node), malformedPoint ? " like this" : ""));
+    RefuseAt(node.source(), "{} takes {}, not {}{}", parameter.DisplayName(), ExpectedType(parameter),
+             DescribeNode(node), malformedPoint ? " like this" : "");
   }
   return At(node.source(), [&] { return ParseValue(parameter, text); });
 }
@@ -94,8 +93,7 @@ Value ReadValue(const ParameterInfo& parameter, const toml::node& node) {
 Ease ReadEase(const toml::node& node) {
   const auto text = node.value_exact<std::string>();
   if (!text) {
-    RefuseAt(node.source(),
-             fmt::format("an ease is \"hold\", \"linear\" or \"smooth\", not {}", DescribeNode(node)));
+    RefuseAt(node.source(), "an ease is \"hold\", \"linear\" or \"smooth\", not {}", DescribeNode(node));
   }
   return At(node.source(), [&] { return ParseEase(*text); });
 }
@@ -104,9 +102,8 @@ Ease ReadEase(const toml::node& node) {
 Key ReadKey(const ParameterInfo& parameter, const toml::node& node, Ease defaultEase) {
   const toml::array* key = node.as_array();
   if (!key || key->size() < 2 || key->size() > 3 || !(*key)[0].is_number()) {
-    RefuseAt(node.source(),
-             fmt::format("{}: a key is [frame, value] or [frame, value, ease], not {}{}",
-                         parameter.DisplayName(), DescribeNode(node), key ? " like this" : ""));
+    RefuseAt(node.source(), "{}: a key is [frame, value] or [frame, value, ease], not {}{}",
+             parameter.DisplayName(), DescribeNode(node), key ? " like this" : "");
   }
   return {*(*key)[0].value<double>(), ReadValue(parameter, (*key)[1]),
           key->size() == 3 ? ReadEase((*key)[2]) : defaultEase};
@@ -124,8 +121,8 @@ class ParametersReader {
         At(name.source(), [&]() -> const ParameterInfo& { return names_.Find(name.str()); });
     const auto [earlier, isNew] = nameOf_.try_emplace(parameter.index, name.str());
     if (!isNew) {
-      RefuseAt(name.source(), fmt::format("'{}' is {}, which '{}' has set already; leave one of them",
-                                          name.str(), parameter.DisplayName(), earlier->second));
+      RefuseAt(name.source(), "'{}' is {}, which '{}' has set already; leave one of them", name.str(),
+               parameter.DisplayName(), earlier->second);
     }
     const toml::table* animation = node.as_table();
     parameters_.Set(parameter.index, animation ? ReadTrack(parameter, *animation)
@@ -139,20 +136,19 @@ class ParametersReader {
       if (key->str() == kNames[0] || key->str() == kNames[1]) {
         continue;
       }
-      RefuseAt(key->source(), fmt::format("{}: '{}' is neither keys nor ease{}", parameter.DisplayName(),
-                                          key->str().substr(0, kMaxNameLength),
-                                          SuggestNearest(key->str().substr(0, kMaxNameLength), kNames)));
+      RefuseAt(key->source(), "{}: '{}' is neither keys nor ease{}", parameter.DisplayName(),
+               key->str().substr(0, kMaxNameLength),
+               SuggestNearest(key->str().substr(0, kMaxNameLength), kNames));
     }
     const toml::array* keys = animation["keys"].as_array();
     if (!keys) {
-      RefuseAt(animation.source(),
-               fmt::format("{}: there are no keys; write {{ keys = [[frame, value], ...] }}",
-                           parameter.DisplayName()));
+      RefuseAt(animation.source(), "{}: there are no keys; write {{ keys = [[frame, value], ...] }}",
+               parameter.DisplayName());
     }
     keyCount_ += keys->size();
     if (keyCount_ > kMaxSceneKeys) {
-      RefuseAt(keys->source(), fmt::format("{} makes {} keys, and a scene has {} at most",
-                                           parameter.DisplayName(), keyCount_, kMaxSceneKeys));
+      RefuseAt(keys->source(), "{} makes {} keys, and a scene has {} at most", parameter.DisplayName(),
+               keyCount_, kMaxSceneKeys);
     }
     const toml::node* easeNode = animation.get("ease");
     const Ease ease = easeNode ? ReadEase(*easeNode) : Ease::kLinear;

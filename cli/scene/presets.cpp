@@ -52,9 +52,8 @@ const Preset& Presets::Find(std::string_view text) const {
     }
     ids.push_back(preset.id);
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("there is no preset '{}'{}; there {}", text, SuggestNearest(text, ids),
-                              ids.empty() ? "are none" : fmt::format("are {}", fmt::join(ids, ", "))));
+  Refuse(ExitCode::kUsage, "there is no preset '{}'{}; there {}", text, SuggestNearest(text, ids),
+         ids.empty() ? "are none" : fmt::format("are {}", fmt::join(ids, ", ")));
 }
 
 std::string PresetTable(const std::vector<Preset>& presets) {

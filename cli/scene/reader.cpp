@@ -16,24 +16,20 @@
 namespace cli {
 namespace {
 
-[[noreturn]] void Refuse(const std::string& message) {
-  throw ToolError(ExitCode::kUsage, message);
-}
-
 std::string Text(const toml::node& node) {
   const auto text = node.value_exact<std::string>();
   if (!text) {
-    Refuse(fmt::format("takes a string, not {}", DescribeNode(node)));
+    Refuse(ExitCode::kUsage, "takes a string, not {}", DescribeNode(node));
   }
   if (text->empty()) {
-    Refuse("is empty; leave the key out");
+    Refuse(ExitCode::kUsage, "is empty; leave the key out");
   }
   return *text;
 }
 
 double Number(const toml::node& node) {
   if (!node.is_number()) {
-    Refuse(fmt::format("takes a number, not {}", DescribeNode(node)));
+    Refuse(ExitCode::kUsage, "takes a number, not {}", DescribeNode(node));
   }
   return *node.value<double>();
 }
@@ -115,13 +111,13 @@ void ApplyRender(const toml::table& section, Scene& scene) {
       for (const RenderKey& renderKey : kRenderKeys) {
         names.push_back(renderKey.name);
       }
-      RefuseAt(key->source(), fmt::format("[render] has no key '{}'{}; it takes {}", key->str(),
-                                          SuggestNearest(key->str(), names), fmt::join(names, ", ")));
+      RefuseAt(key->source(), "[render] has no key '{}'{}; it takes {}", key->str(),
+               SuggestNearest(key->str(), names), fmt::join(names, ", "));
     }
     try {
       known->apply(*value, scene);
     } catch (const ToolError& error) {
-      RefuseAt(value->source(), AboutKey(key->str(), error.what()));
+      RefuseAt(value->source(), "{}", AboutKey(key->str(), error.what()));
     }
   }
 }
@@ -131,17 +127,16 @@ PresetLabel ReadLabel(const toml::table& section) {
   PresetLabel label;
   for (const auto& [key, value] : EntriesOf(section)) {
     if (key->str() != "name" && key->str() != "description") {
-      RefuseAt(key->source(),
-               fmt::format("[preset] has no key '{}'; it takes name and description", key->str()));
+      RefuseAt(key->source(), "[preset] has no key '{}'; it takes name and description", key->str());
     }
     try {
       const std::string text = Text(*value);
       if (text.find('\n') != text.npos) {
-        Refuse("is more than one line");
+        Refuse(ExitCode::kUsage, "is more than one line");
       }
       (key->str() == "name" ? label.name : label.description) = text;
     } catch (const ToolError& error) {
-      RefuseAt(value->source(), AboutKey(key->str(), error.what()));
+      RefuseAt(value->source(), "{}", AboutKey(key->str(), error.what()));
     }
   }
   return label;
@@ -152,14 +147,13 @@ void Apply(const toml::table& document, Scene& scene) {
   Scene changed = scene;
   for (const auto& [key, value] : EntriesOf(document)) {
     if (std::ranges::find(kSections, key->str()) == std::end(kSections)) {
-      RefuseAt(key->source(),
-               fmt::format("'{}' is not a section of a scene{}; it has [render] and [parameters]", key->str(),
-                           SuggestNearest(key->str(), kSections)));
+      RefuseAt(key->source(), "'{}' is not a section of a scene{}; it has [render] and [parameters]",
+               key->str(), SuggestNearest(key->str(), kSections));
     }
     const toml::table* section = value->as_table();
     if (!section) {
-      RefuseAt(value->source(), fmt::format("'{}' is {}; write it as a section, [{}]", key->str(),
-                                            DescribeNode(*value), key->str()));
+      RefuseAt(value->source(), "'{}' is {}; write it as a section, [{}]", key->str(), DescribeNode(*value),
+               key->str());
     }
     if (key->str() == "render") {
       ApplyRender(*section, changed);
@@ -189,7 +183,8 @@ PresetLabel ReadPresetLabel(const std::filesystem::path& file) {
   const toml::table* section = document["preset"].as_table();
   PresetLabel label = section ? ReadLabel(*section) : PresetLabel{};
   if (label.name.empty() || label.description.empty()) {
-    Refuse(fmt::format("{}: is no preset; it has no [preset] with a name and a description", file.string()));
+    Refuse(ExitCode::kUsage, "{}: is no preset; it has no [preset] with a name and a description",
+           file.string());
   }
   return label;
 }

@@ -21,10 +21,6 @@ constexpr std::pair<Depth, std::string_view> kDepths[] = {
 constexpr std::pair<AlphaForm, std::string_view> kAlphaForms[] = {
     {AlphaForm::kStraight, "straight"}, {AlphaForm::kPremultiplied, "premultiplied"}};
 
-[[noreturn]] void Refuse(const std::string& message) {
-  throw ToolError(ExitCode::kUsage, message);
-}
-
 template <class Choice, std::size_t count>
 std::string_view NameOf(const std::pair<Choice, std::string_view> (&choices)[count], Choice choice) {
   return std::ranges::find(choices, choice, &std::pair<Choice, std::string_view>::first)->second;
@@ -39,7 +35,7 @@ Choice ParseChoice(const std::pair<Choice, std::string_view> (&choices)[count], 
     }
     names += fmt::format("{}{}", i == 0 ? "" : i + 1 == count ? " or " : ", ", choices[i].second);
   }
-  Refuse(fmt::format("'{}' is not {}", text, names));
+  Refuse(ExitCode::kUsage, "'{}' is not {}", text, names);
 }
 
 bool SameCourse(const Track& one, const Track& other) {
@@ -101,22 +97,22 @@ void CheckShutter(double degrees) {
   if (degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees) {
     return;
   }
-  Refuse(
-      fmt::format("{} is not between {} and {} degrees (no shutter at all would count as one open for the "
-                  "whole frame; the least blur is {})",
-                  degrees, kMinShutterDegrees, kMaxShutterDegrees, kMinShutterDegrees));
+  Refuse(ExitCode::kUsage,
+         "{} is not between {} and {} degrees (no shutter at all would count as one open for the whole "
+         "frame; the least blur is {})",
+         degrees, kMinShutterDegrees, kMaxShutterDegrees, kMinShutterDegrees);
 }
 
 void CheckProxy(double divisor) {
   if (divisor != 1 && divisor != 2 && divisor != 4) {
-    Refuse(fmt::format("{} is not 1, 2 or 4, the whole, half or quarter size", divisor));
+    Refuse(ExitCode::kUsage, "{} is not 1, 2 or 4, the whole, half or quarter size", divisor);
   }
 }
 
 void CheckPixelAspect(double aspect) {
   if (!(aspect >= 1 / kMostAspect && aspect <= kMostAspect)) {
-    Refuse(fmt::format("{} is not a pixel's width over its height, {} to {}", aspect, 1 / kMostAspect,
-                       kMostAspect));
+    Refuse(ExitCode::kUsage, "{} is not a pixel's width over its height, {} to {}", aspect, 1 / kMostAspect,
+           kMostAspect);
   }
 }
 

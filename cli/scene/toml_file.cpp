@@ -66,8 +66,7 @@ toml::table ReadTomlFile(const std::filesystem::path& file) {
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
   }
   if (!stream.eof() && stream.gcount() != static_cast<std::streamsize>(text.size())) {
-    throw ToolError(ExitCode::kInput,
-                    fmt::format("cannot read scene '{}': {}", file.string(), std::strerror(errno)));
+    Refuse(ExitCode::kInput, "cannot read scene '{}': {}", file.string(), std::strerror(errno));
   }
   text.resize(static_cast<std::size_t>(stream.gcount()));
   return ParseToml(text, file.string());
@@ -75,24 +74,21 @@ toml::table ReadTomlFile(const std::filesystem::path& file) {
 
 toml::table ParseToml(std::string_view text, std::string_view name) {
   if (text.size() > kMaxTomlBytes) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("{}: is longer than {} bytes, too long for a scene", name, kMaxTomlBytes));
+    Refuse(ExitCode::kUsage, "{}: is longer than {} bytes, too long for a scene", name, kMaxTomlBytes);
   }
   if (HasDeepKey(text)) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("{}: has a key of more than {} parts, and a scene's have two at most", name,
-                                kMaxDotsInKey));
+    Refuse(ExitCode::kUsage, "{}: has a key of more than {} parts, and a scene's have two at most", name,
+           kMaxDotsInKey);
   }
   try {
     return toml::parse(text, name);
   } catch (const toml::parse_error& error) {
-    RefuseAt(error.source(), error.description());
+    RefuseAt(error.source(), "{}", error.description());
   }
 }
 
-void RefuseAt(const toml::source_region& place, std::string_view message) {
-  throw ToolError(ExitCode::kUsage, fmt::format("{}:{}:{}: {}", place.path ? *place.path : "",
-                                                place.begin.line, place.begin.column, message));
+std::string PlaceOf(const toml::source_region& region) {
+  return fmt::format("{}:{}:{}", region.path ? *region.path : "", region.begin.line, region.begin.column);
 }
 
 std::string_view DescribeNode(const toml::node& node) {

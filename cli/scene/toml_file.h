@@ -1,11 +1,16 @@
 // TOML text from anywhere, read within bounds, and its errors with their places.
 #pragma once
 
+#include <fmt/format.h>
 #include <toml++/toml.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "cli/report/error.h"
 
 namespace cli {
 
@@ -18,8 +23,16 @@ toml::table ReadTomlFile(const std::filesystem::path& file);
 /// than kMaxTomlBytes and for nesting that no file of ours needs.
 toml::table ParseToml(std::string_view text, std::string_view name);
 
-/// Throws ToolError(kUsage): "snow.toml:3:11: " and the message.
-[[noreturn]] void RefuseAt(const toml::source_region& place, std::string_view message);
+/// "snow.toml:3:11".
+std::string PlaceOf(const toml::source_region& region);
+
+/// Refuses with kUsage and the place before the message.
+template <class... Arguments>
+[[noreturn]] void RefuseAt(const toml::source_region& region, fmt::format_string<Arguments...> text,
+                           Arguments&&... arguments) {
+  Refuse(ExitCode::kUsage, "{}: {}", PlaceOf(region),
+         fmt::format(text, std::forward<Arguments>(arguments)...));
+}
 
 /// "an integer", "a table" and so on.
 std::string_view DescribeNode(const toml::node& node);

@@ -157,7 +157,7 @@ std::string WriteScene(const Scene& scene) {
   try {
     ParseToml(text, "the scene");
   } catch (const ToolError& error) {
-    throw ToolError(error.Code(), fmt::format("a scene file cannot hold this render: {}", error.what()));
+    Refuse(error.Code(), "a scene file cannot hold this render: {}", error.what());
   }
   return text;
 }
