@@ -2,13 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <string_view>
-#include <system_error>
 #include <type_traits>
 #include <vector>
 
 #include "cli/report/nearest_name.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -21,11 +20,12 @@ std::string CheckNotEmpty(const std::string& text) {
 template <class Number>
 std::string CheckNumber(const std::string& text) {
   Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  std::string_view rest = text;
+  const std::errc error = TakeNumber(rest, number);
   if (error == std::errc::result_out_of_range) {
     return fmt::format("'{}' is out of all proportion", text);
   }
-  if (error == std::errc() && end == text.data() + text.size()) {
+  if (error == std::errc() && rest.empty()) {
     return {};
   }
   return fmt::format("'{}' is not a {}number", text, std::is_integral_v<Number> ? "whole " : "");

@@ -3,10 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 
 #include "cli/report/error.h"
+#include "cli/report/number.h"
 
 namespace cli {
 
@@ -32,8 +31,8 @@ OutputName::Place OutputName::FindPlace(std::string_view name) {
       digits = digits * 10 + (name[end++] - '0');
     }
     if (end == name.size() || name[end] != 'd') {
-      continue;
-    }  // a percent sign that is just that
+      continue;  // a percent sign that is just that
+    }
     return {begin, end + 1, zeros ? Style::kPrintfZeros : Style::kPrintfSpaces, digits};
   }
   return {name.size(), name.size(), Style::kFixed, 0};
@@ -79,8 +78,8 @@ std::optional<std::int32_t> OutputName::FrameOf(std::string_view name) const {
       continue;
     }
     std::int64_t number = 0;
-    const auto parsed = std::from_chars(name.data() + begin, name.data() + name.size(), number);
-    if (parsed.ec != std::errc()) {
+    std::string_view rest = name.substr(begin);
+    if (TakeNumber(rest, number) != std::errc()) {
       continue;
     }
     for (const std::int64_t signedNumber : {number, -number}) {

@@ -14,8 +14,7 @@ bool SameLetter(unsigned char a, unsigned char b) {
   return std::tolower(a) == std::tolower(b);
 }
 
-}  // namespace
-
+/// How many letters to insert, remove or replace to make one word of the other (Levenshtein's distance).
 std::size_t EditDistance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -32,18 +31,29 @@ std::size_t EditDistance(std::string_view from, std::string_view to) {
   return row.back();
 }
 
-std::string SuggestNearest(std::string_view typed, std::span<const std::string_view> names) {
-  std::string_view nearest;
+}  // namespace
+
+std::optional<std::size_t> NearestName(std::string_view typed, std::span<const std::string_view> names) {
+  std::optional<std::size_t> nearest;
   std::size_t leastEdits = std::max<std::size_t>(2, typed.size() / 3) + 1;
-  for (const std::string_view name : names) {
-    const std::size_t edits = EditDistance(typed, name);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::size_t edits = EditDistance(typed, names[i]);
     if (edits >= leastEdits) {
       continue;
     }
     leastEdits = edits;
-    nearest = name;
+    nearest = i;
   }
-  return nearest.empty() ? "" : fmt::format(" (did you mean '{}'?)", nearest);
+  return nearest;
+}
+
+std::string DidYouMean(std::string_view name) {
+  return fmt::format(" (did you mean '{}'?)", name);
+}
+
+std::string SuggestNearest(std::string_view typed, std::span<const std::string_view> names) {
+  const auto nearest = NearestName(typed, names);
+  return nearest ? DidYouMean(names[*nearest]) : "";
 }
 
 }  // namespace cli

@@ -2,18 +2,22 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace cli {
 
-/// How many letters to insert, remove or replace to make one word of the other (Levenshtein's distance),
-/// letters of either case the same.
-std::size_t EditDistance(std::string_view from, std::string_view to);
+/// Which of `names` takes the fewest letters inserted, removed or replaced to become what was typed, the
+/// first of several; none when all are further than two letters, and further than a third of what was typed.
+/// Letters of either case are the same.
+std::optional<std::size_t> NearestName(std::string_view typed, std::span<const std::string_view> names);
 
-/// " (did you mean 'shutter'?)" with the nearest of `names`, or nothing when none is near: further than two
-/// letters, and further than a third of what was typed.  Letters of either case are the same.
+/// " (did you mean 'shutter'?)".
+std::string DidYouMean(std::string_view name);
+
+/// The same with the nearest of `names`, or nothing when none is near.
 std::string SuggestNearest(std::string_view typed, std::span<const std::string_view> names);
 
 }  // namespace cli

@@ -7,12 +7,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <fstream>
 #include <system_error>
 #include <utility>
 
 #include "cli/report/error.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -38,17 +38,11 @@ std::optional<std::string> Contents(const std::filesystem::path& file) {
   return bytes;
 }
 
-/// Takes the next field, up to a space or the end, off `line`.  Empty when it is not a number all through.
-template <class Number>
-std::optional<Number> TakeNumber(std::string_view& line, int base) {
+/// Takes the next field, up to a space or the end, off `line`.
+std::string_view TakeField(std::string_view& line) {
   const std::string_view field = line.substr(0, line.find(' '));
   line.remove_prefix(std::min(field.size() + 1, line.size()));
-  Number number{};
-  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number, base);
-  if (error != std::errc() || end != field.data() + field.size()) {
-    return {};
-  }
-  return number;
+  return field;
 }
 
 /// In one piece, so that the lines of several processes do not mix.  False, with errno, when that fails.
@@ -111,15 +105,14 @@ void Manifest::TakeLine(std::string_view line) {
   if (space == std::string_view::npos) {
     return;
   }
-  std::string_view check = line.substr(space + 1);
   std::string_view fields = line.substr(0, space);
-  if (TakeNumber<std::uint64_t>(check, 16) != Hash(fields)) {
+  if (ParseHexadecimal<std::uint64_t>(line.substr(space + 1)) != Hash(fields)) {
     return;
   }
-  const auto frame = TakeNumber<std::int32_t>(fields, 10);
-  const auto size = TakeNumber<std::uint64_t>(fields, 10);
-  const auto contents = TakeNumber<std::uint64_t>(fields, 16);
-  const auto recipe = TakeNumber<std::uint64_t>(fields, 16);
+  const auto frame = ParseNumber<std::int32_t>(TakeField(fields));
+  const auto size = ParseNumber<std::uint64_t>(TakeField(fields));
+  const auto contents = ParseHexadecimal<std::uint64_t>(TakeField(fields));
+  const auto recipe = ParseHexadecimal<std::uint64_t>(TakeField(fields));
   if (frame && size && contents && recipe && fields.empty()) {
     entries_[*frame] = {{*size, *contents}, *recipe};
   }

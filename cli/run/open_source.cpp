@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <fstream>
 #include <string_view>
 
+#include "cli/file/extension.h"
 #include "cli/picture/reader.h"
 #include "cli/picture/still_source.h"
 #include "cli/report/error.h"
@@ -28,11 +28,8 @@ bool LooksLikePicture(const std::filesystem::path& path) {
 }
 
 bool IsNamedLikePicture(const std::filesystem::path& path) {
-  std::string extension = path.extension().string();
-  std::ranges::transform(extension, extension.begin(),
-                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   constexpr std::array kExtensions = {".png", ".jpg", ".jpeg", ".tif", ".tiff", ".exr"};
-  return std::ranges::find(kExtensions, extension) != kExtensions.end();
+  return std::ranges::find(kExtensions, LowerExtension(path)) != kExtensions.end();
 }
 
 /// "5, 7-9", cut where it gets long.

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <unordered_set>
 
 #include "cli/report/error.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -18,23 +18,15 @@ constexpr char kNotFrames[] = "is not a frame or a range of frames";
          reason);
 }
 
-[[noreturn]] void RefusePart(std::string_view text) {
-  Refuse(ExitCode::kUsage,
-         "--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at most {} shares",
-         text, kMaxFrames);
-}
-
-/// Takes a number off the front of `rest`.
-std::int32_t TakeNumber(std::string_view& rest, std::string_view item) {
+std::int32_t TakeFrame(std::string_view& rest, std::string_view item) {
   std::int32_t number = 0;
-  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+  const std::errc error = TakeNumber(rest, number);
   if (error == std::errc::result_out_of_range) {
     RefuseItem(item, "is beyond the frames that can be counted");
   }
-  if (error != std::errc{}) {
+  if (error != std::errc()) {
     RefuseItem(item, kNotFrames);
   }
-  rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
   return number;
 }
 
@@ -46,7 +38,7 @@ struct Range {
 
 Range ParseItem(std::string_view item) {
   std::string_view rest = item;
-  const std::int32_t first = TakeNumber(rest, item);
+  const std::int32_t first = TakeFrame(rest, item);
   if (rest.empty()) {
     return {first, first};
   }
@@ -54,7 +46,7 @@ Range ParseItem(std::string_view item) {
     RefuseItem(item, kNotFrames);
   }
   rest.remove_prefix(1);
-  const std::int32_t last = TakeNumber(rest, item);
+  const std::int32_t last = TakeFrame(rest, item);
   if (last < first) {
     RefuseItem(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
   }
@@ -65,7 +57,7 @@ Range ParseItem(std::string_view item) {
     RefuseItem(item, kNotFrames);
   }
   rest.remove_prefix(1);
-  const std::int32_t step = TakeNumber(rest, item);
+  const std::int32_t step = TakeFrame(rest, item);
   if (!rest.empty()) {
     RefuseItem(item, kNotFrames);
   }
@@ -113,20 +105,15 @@ std::vector<std::int32_t> SpreadFrames(const std::vector<std::int32_t>& frames, 
 }
 
 Part ParsePart(std::string_view text) {
-  Part part;
-  const char* const end = text.data() + text.size();
-  const auto number = std::from_chars(text.data(), end, part.number);
-  if (number.ec != std::errc{} || number.ptr == end || *number.ptr != '/') {
-    RefusePart(text);
+  const std::size_t slash = text.find('/');
+  const auto number = ParseNumber<std::size_t>(text.substr(0, slash));
+  const auto count = ParseNumber<std::size_t>(slash == text.npos ? "" : text.substr(slash + 1));
+  if (!number || !count || *number < 1 || *number > *count || *count > kMaxFrames) {
+    Refuse(ExitCode::kUsage,
+           "--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at most {} shares",
+           text, kMaxFrames);
   }
-  const auto count = std::from_chars(number.ptr + 1, end, part.count);
-  if (count.ec != std::errc{} || count.ptr != end) {
-    RefusePart(text);
-  }
-  if (part.number < 1 || part.number > part.count || part.count > kMaxFrames) {
-    RefusePart(text);
-  }
-  return part;
+  return {*number, *count};
 }
 
 std::vector<std::int32_t> TakePart(const std::vector<std::int32_t>& frames, const Part& part) {

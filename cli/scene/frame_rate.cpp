@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <cmath>
 #include <numeric>
 
 #include "cli/report/error.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -22,12 +22,11 @@ constexpr int kMaxDecimals = 6;  // keeps 1000 * 10^6 within the host's 32-bit t
 
 /// The whole of `digits` as a number without sign.
 std::int64_t WholeNumber(std::string_view digits, std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  if (error != std::errc{} || end != digits.data() + digits.size()) {
+  const auto number = ParseNumber<std::uint32_t>(digits);
+  if (!number) {
     RefuseRate(text);
   }
-  return number;
+  return *number;
 }
 
 struct Ratio {

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
+#include "cli/report/number.h"
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
 
@@ -28,9 +28,8 @@ constexpr std::string_view kEases[] = {"hold", "linear", "smooth"};  // in the o
 /// One key, FRAME=VALUE[:EASE].
 Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
   const std::size_t equals = text.find('=');
-  double frame = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + std::min(equals, text.size()), frame);
-  if (equals == text.npos || error != std::errc{} || end != text.data() + equals) {
+  const auto frame = ParseNumber<double>(text.substr(0, equals));
+  if (equals == text.npos || !frame) {
     Refuse(ExitCode::kUsage,
            "{}: '{}' is not a key; write frame=value or frame=value:ease, as in 48=400:smooth",
            parameter.DisplayName(), text);
@@ -46,7 +45,7 @@ Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
     value.erase(colon);
   }
   std::ranges::replace(value, ';', ',');
-  return {frame, ParseValue(parameter, value), ease};
+  return {*frame, ParseValue(parameter, value), ease};
 }
 
 }  // namespace

@@ -57,27 +57,20 @@ ParameterNames::ParameterNames(const minihost::ParameterList& list) {
 const minihost::ParameterInfo& ParameterNames::Find(std::string_view text) const {
   const std::string wanted = QualifiedSlug(text);
   std::vector<const Entry*> found;
-  std::string_view nearest;
-  std::size_t leastEdits = std::max<std::size_t>(2, wanted.size() / 3) + 1;
+  std::vector<std::string_view> names;  // two of each entry
   for (const Entry& entry : entries_) {
     if (wanted == entry.alone || wanted == entry.qualified) {
       found.push_back(&entry);
     }
-    for (const std::string_view name : {std::string_view(entry.alone), std::string_view(entry.qualified)}) {
-      const std::size_t edits = EditDistance(wanted, name);
-      if (edits >= leastEdits) {
-        continue;
-      }
-      leastEdits = edits;
-      nearest = entry.unique ? entry.alone : entry.qualified;
-    }
+    names.insert(names.end(), {entry.alone, entry.qualified});
   }
   if (found.size() == 1) {
     return *found.front()->parameter;
   }
   if (found.empty()) {
-    const std::string hint = nearest.empty() ? "" : fmt::format(" (did you mean '{}'?)", nearest);
-    Refuse(ExitCode::kUsage, "there is no parameter '{}'{}; 'vintrel params' lists them", text, hint);
+    const auto nearest = NearestName(wanted, names);
+    Refuse(ExitCode::kUsage, "there is no parameter '{}'{}; 'vintrel params' lists them", text,
+           nearest ? DidYouMean(entries_[*nearest / 2].Shortest()) : "");
   }
   std::string choices;
   for (const Entry* entry : found) {
@@ -91,7 +84,7 @@ const std::string& ParameterNames::SlugOf(const minihost::ParameterInfo& paramet
   if (entry == entries_.end()) {
     throw std::invalid_argument("SlugOf: a parameter without a value");
   }
-  return entry->unique ? entry->alone : entry->qualified;
+  return entry->Shortest();
 }
 
 }  // namespace cli

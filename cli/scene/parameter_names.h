@@ -34,6 +34,8 @@ class ParameterNames {
     std::string alone;      // amount
     std::string qualified;  // wiggle/amount
     bool unique;            // whether `alone` is enough
+
+    const std::string& Shortest() const { return unique ? alone : qualified; }
   };
   std::vector<Entry> entries_;
 };

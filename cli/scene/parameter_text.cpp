@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <optional>
 #include <vector>
 
 #include "cli/report/error.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -49,13 +49,8 @@ std::string_view WithoutPercentSign(std::string_view text) {
 
 /// All of `text` as a finite number.
 std::optional<double> Number(std::string_view text) {
-  text = Trimmed(text);
-  double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(number)) {
-    return {};
-  }
-  return number;
+  const auto number = ParseNumber<double>(Trimmed(text));
+  return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 std::vector<std::string_view> SplitAtCommas(std::string_view text) {
@@ -116,11 +111,11 @@ std::optional<double> ParsePopup(const ParameterInfo& parameter, std::string_vie
 }
 
 std::optional<Color> ParseHexColor(std::string_view digits) {
-  std::uint32_t bits = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
-  if (error != std::errc{} || end != digits.data() + digits.size()) {
+  const auto parsed = ParseHexadecimal<std::uint32_t>(digits);
+  if (!parsed) {
     return {};
   }
+  const std::uint32_t bits = *parsed;
   if (digits.size() == 6) {
     return Color{static_cast<double>(bits >> 16), static_cast<double>(bits >> 8 & 255),
                  static_cast<double>(bits & 255)};
