@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cli/frames/frame_io.h"
-#include "cli/scene/frame_size.h"
+#include "cli/scene/settings.h"
 
 namespace cli {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/frames/frame_io.h"
-#include "cli/scene/alpha_form.h"
+#include "cli/scene/settings.h"
 #include "cli/video/reader.h"
 
 namespace cli {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "cli/scene/alpha_form.h"
+#include "cli/scene/settings.h"
 #include "cli/video/libav.h"
 #include "minihost/picture/image.h"
 

@@ -1,0 +1,107 @@
+#include "cli/scene/settings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "cli/report/error.h"
+#include "cli/report/number.h"
+
+namespace cli {
+namespace {
+
+using minihost::Depth;
+
+// Beyond this it is nonsense, not anamorphic.
+constexpr double kMaxPixelAspect = 100;
+
+constexpr std::pair<Depth, std::string_view> kDepths[] = {
+    {Depth::kBits8, "8"}, {Depth::kBits16, "16"}, {Depth::kFloat, "float"}};
+constexpr std::pair<AlphaForm, std::string_view> kAlphaForms[] = {
+    {AlphaForm::kStraight, "straight"}, {AlphaForm::kPremultiplied, "premultiplied"}};
+
+template <class Choice, std::size_t count>
+std::string_view NameOf(const std::pair<Choice, std::string_view> (&choices)[count], Choice choice) {
+  return std::ranges::find(choices, choice, &std::pair<Choice, std::string_view>::first)->second;
+}
+
+template <class Choice, std::size_t count>
+Choice ParseChoice(const std::pair<Choice, std::string_view> (&choices)[count], std::string_view text) {
+  std::string names;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (choices[i].second == text) {
+      return choices[i].first;
+    }
+    names += fmt::format("{}{}", i == 0 ? "" : i + 1 == count ? " or " : ", ", choices[i].second);
+  }
+  Refuse(ExitCode::kUsage, "'{}' is not {}", text, names);
+}
+
+/// All of `digits` as one side of a picture, 0 when it is none.
+int ParseSide(std::string_view digits) {
+  const int side = ParseNumber<int>(digits).value_or(0);
+  return side <= minihost::Image::kMaxSide ? std::max(side, 0) : 0;
+}
+
+}  // namespace
+
+FrameSize ParseFrameSize(std::string_view text) {
+  const std::size_t cross = std::min(text.find('x'), text.size());
+  const FrameSize size{ParseSide(text.substr(0, cross)),
+                       ParseSide(text.substr(std::min(cross + 1, text.size())))};
+  if (size.width == 0 || size.height == 0) {
+    Refuse(ExitCode::kUsage, "'{}' is not a size in pixels up to {} a side; write it as 1920x1080", text,
+           minihost::Image::kMaxSide);
+  }
+  return size;
+}
+
+std::string FormatFrameSize(const FrameSize& size) {
+  return fmt::format("{}x{}", size.width, size.height);
+}
+
+Depth ParseDepth(std::string_view text) {
+  return ParseChoice(kDepths, text);
+}
+
+std::string_view FormatDepth(Depth depth) {
+  return NameOf(kDepths, depth);
+}
+
+AlphaForm ParseAlphaForm(std::string_view text) {
+  return ParseChoice(kAlphaForms, text);
+}
+
+std::string_view FormatAlphaForm(AlphaForm form) {
+  return NameOf(kAlphaForms, form);
+}
+
+void CheckShutter(double degrees) {
+  if (degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees) {
+    return;
+  }
+  Refuse(ExitCode::kUsage,
+         "{} is not between {} and {} degrees (no shutter at all would count as one open for the whole "
+         "frame; the least blur is {})",
+         degrees, kMinShutterDegrees, kMaxShutterDegrees, kMinShutterDegrees);
+}
+
+void CheckProxy(double divisor) {
+  if (divisor != 1 && divisor != 2 && divisor != 4) {
+    Refuse(ExitCode::kUsage, "{} is not 1, 2 or 4, the whole, half or quarter size", divisor);
+  }
+}
+
+bool IsPixelAspect(double aspect) {
+  return aspect >= 1 / kMaxPixelAspect && aspect <= kMaxPixelAspect;
+}
+
+void CheckPixelAspect(double aspect) {
+  if (!IsPixelAspect(aspect)) {
+    Refuse(ExitCode::kUsage, "{} is not a pixel's width over its height, {} to {}", aspect,
+           1 / kMaxPixelAspect, kMaxPixelAspect);
+  }
+}
+
+}  // namespace cli

@@ -1,0 +1,44 @@
+// The settings of a render as they are written, each with what it may be.  What reads or checks one throws
+// ToolError(kUsage) with the value and what is possible, without the name of the option or key.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "minihost/picture/image.h"
+
+namespace cli {
+
+/// Pixels.
+struct FrameSize {
+  int width = 0;
+  int height = 0;
+  bool operator==(const FrameSize&) const = default;
+};
+
+/// Whether the color of a file with alpha has been multiplied by it.
+enum class AlphaForm { kStraight, kPremultiplied };
+
+/// "1920x1080"; each side up to what an image may have.
+FrameSize ParseFrameSize(std::string_view text);
+std::string FormatFrameSize(const FrameSize& size);
+
+/// "8", "16" or "float".
+minihost::Depth ParseDepth(std::string_view text);
+std::string_view FormatDepth(minihost::Depth depth);
+
+/// "straight" or "premultiplied".
+AlphaForm ParseAlphaForm(std::string_view text);
+std::string_view FormatAlphaForm(AlphaForm form);
+
+inline constexpr double kMinShutterDegrees = 1;
+inline constexpr double kMaxShutterDegrees = 720;
+void CheckShutter(double degrees);
+
+void CheckProxy(double divisor);
+
+/// Whether a pixel may be believed to be so many times as wide as high: 1/100 to 100.
+bool IsPixelAspect(double aspect);
+void CheckPixelAspect(double aspect);
+
+}  // namespace cli
