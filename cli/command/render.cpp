@@ -13,6 +13,7 @@
 
 #include "cli/command/scene_options.h"
 #include "cli/file/pending_file.h"
+#include "cli/report/choice.h"
 #include "cli/report/interrupt.h"
 #include "cli/report/progress.h"
 #include "cli/run/open_sink.h"
@@ -31,13 +32,12 @@ void Say(const RenderOptions& options, const std::string& line) {
 }
 
 ProgressStyle StyleOf(const RenderOptions& options) {
-  if (!options.progress.empty() && options.progress != "json" && options.progress != "text") {
-    Refuse(ExitCode::kUsage, "--progress: '{}' is not text or json", options.progress);
+  constexpr Choices<ProgressWish, 2> kWishes = {{ProgressWish::kText, "text"}, {ProgressWish::kJson, "json"}};
+  ProgressWish wish = ProgressWish::kText;
+  if (!options.progress.empty()) {
+    wish = About("--progress", [&] { return ParseChoice(kWishes, options.progress); });
   }
-  if (options.progress == "json") {
-    return StyleFor(ProgressWish::kJson);
-  }
-  return StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText);
+  return StyleFor(options.quiet && wish == ProgressWish::kText ? ProgressWish::kNone : wish);
 }
 
 // A list of what is done, for outputs of one file a frame.
@@ -121,11 +121,10 @@ ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost:
   const std::string inputStamp = FileStamp(scene.input);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   RenderJob& job = plan.job;
-  job.jobs = CheckedJobs(options.jobs);
-  job.missing = MissingPolicyOf(options.missing);
+  ApplyJobOptions(options, job);
   job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
   if (!options.part.empty()) {
-    job.frames = TakePart(job.frames, ParsePart(options.part));
+    job.frames = TakePart(job.frames, About("--part", [&] { return ParsePart(options.part); }));
   }
 
   const InputFiles inputs(scene, plan);

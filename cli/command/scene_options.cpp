@@ -1,23 +1,14 @@
 #include "cli/command/scene_options.h"
 
-#include <fmt/format.h>
-
+#include "cli/report/choice.h"
 #include "cli/report/error.h"
+#include "cli/scene/frame_range.h"
+#include "cli/scene/frame_rate.h"
 #include "cli/scene/layers.h"
 #include "cli/scene/presets.h"
 
 namespace cli {
 namespace {
-
-// Runs `read` and puts the option's name before what it complains about.
-template <class Read>
-auto Option(const char* name, Read read) {
-  try {
-    return read();
-  } catch (const ToolError& error) {
-    Refuse(error.Code(), "{}: {}", name, error.what());
-  }
-}
 
 void ApplyInput(const RenderOptions& options, Scene& scene) {
   if (!options.input.empty() && !options.blank.empty()) {
@@ -27,7 +18,7 @@ void ApplyInput(const RenderOptions& options, Scene& scene) {
     scene.input = options.input;
     scene.blank.reset();
   } else if (!options.blank.empty()) {
-    scene.blank = Option("--blank", [&] { return ParseFrameSize(options.blank); });
+    scene.blank = About("--blank", [&] { return ParseFrameSize(options.blank); });
     scene.input.clear();
   }
   if (!options.output.empty()) {
@@ -37,33 +28,35 @@ void ApplyInput(const RenderOptions& options, Scene& scene) {
 
 void ApplyTiming(const RenderOptions& options, Scene& scene) {
   if (!options.frames.empty()) {
+    About("--frames", [&] { ParseFrames(options.frames); });
     scene.frames = options.frames;
   }
   if (!options.fps.empty()) {
+    About("--fps", [&] { ParseFrameRate(options.fps); });
     scene.fps = options.fps;
   }
   if (options.shutterDegrees) {
-    Option("--shutter", [&] { CheckShutter(*options.shutterDegrees); });
+    About("--shutter", [&] { CheckShutter(*options.shutterDegrees); });
     scene.shutterDegrees = *options.shutterDegrees;
   }
 }
 
 void ApplyPicture(const RenderOptions& options, Scene& scene) {
   if (!options.depth.empty()) {
-    scene.depth = Option("--depth", [&] { return ParseDepth(options.depth); });
+    scene.depth = About("--depth", [&] { return ParseDepth(options.depth); });
   }
   if (!options.alpha.empty()) {
-    scene.alpha = Option("--alpha", [&] { return ParseAlphaForm(options.alpha); });
+    scene.alpha = About("--alpha", [&] { return ParseAlphaForm(options.alpha); });
   }
   if (!options.compression.empty()) {
     scene.compression = options.compression;
   }
   if (options.proxy) {
-    Option("--proxy", [&] { CheckProxy(*options.proxy); });
+    About("--proxy", [&] { CheckProxy(*options.proxy); });
     scene.proxy = *options.proxy;
   }
   if (options.pixelAspect) {
-    Option("--pixel-aspect", [&] { CheckPixelAspect(*options.pixelAspect); });
+    About("--pixel-aspect", [&] { CheckPixelAspect(*options.pixelAspect); });
     scene.pixelAspect = options.pixelAspect;
   }
 }
@@ -77,6 +70,24 @@ Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect) {
   ApplyTiming(options, scene);
   ApplyPicture(options, scene);
   return scene;
+}
+
+int CheckedWithin(int number, int least, int most) {
+  if (number < least || number > most) {
+    Refuse(ExitCode::kUsage, "{} is not between {} and {}", number, least, most);
+  }
+  return number;
+}
+
+void ApplyJobOptions(const RenderOptions& options, RenderJob& job) {
+  constexpr int kMaxJobs = 1024;
+  constexpr Choices<MissingPolicy, 3> kPolicies = {
+      {MissingPolicy::kError, "error"}, {MissingPolicy::kSkip, "skip"}, {MissingPolicy::kBlack, "black"}};
+  // 0 stands for one job for each processor.
+  job.jobs = About("--jobs", [&] { return CheckedWithin(options.jobs, 0, kMaxJobs); });
+  if (!options.missing.empty()) {
+    job.missing = About("--missing", [&] { return ParseChoice(kPolicies, options.missing); });
+  }
 }
 
 }  // namespace cli

@@ -16,18 +16,6 @@
 #include "cli/scene/frame_range.h"
 
 namespace cli {
-namespace {
-
-std::size_t CheckedCount(int count) {
-  constexpr int kMost = static_cast<int>(ContactSheet::kMaxCells);
-  if (count < 1 || count > kMost) {
-    Refuse(ExitCode::kUsage, "--count: {} is not between 1 and {}", count, kMost);
-  }
-  return static_cast<std::size_t>(count);
-}
-
-}  // namespace
-
 ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
   const auto say = [&](const std::string& line) {
     if (!options.quiet) {
@@ -35,6 +23,8 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
     }
   };
   Scene scene = SceneOf(options, *effect);
+  const auto cells = static_cast<std::size_t>(
+      About("--count", [&] { return CheckedWithin(count, 1, static_cast<int>(ContactSheet::kMaxCells)); }));
   if (scene.output.empty()) {
     Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   }
@@ -46,9 +36,8 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   RenderPlan plan = MakePlan(scene, std::move(effect));
   InputFiles(scene, plan).CheckKept(scene.output);
   RenderJob& job = plan.job;
-  job.frames = SpreadFrames(job.frames, CheckedCount(count));
-  job.jobs = CheckedJobs(options.jobs);
-  job.missing = MissingPolicyOf(options.missing);
+  job.frames = SpreadFrames(job.frames, cells);
+  ApplyJobOptions(options, job);
 
   ContactSheet sheet(job.frames, plan.traits);
   for (const std::string& note : plan.notes) {

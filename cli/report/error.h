@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace cli {
@@ -31,10 +32,20 @@ class ToolError : public std::runtime_error {
 };
 
 /// Ends what is being done, by throwing a ToolError: the one way of the tool to say no.  A parser does not
-/// name the option or key that its text came from; the caller puts that before the message.
+/// name the option or key that its text came from; its caller does, with About.
 template <class... Arguments>
 [[noreturn]] void Refuse(ExitCode code, fmt::format_string<Arguments...> text, Arguments&&... arguments) {
   throw ToolError(code, fmt::format(text, std::forward<Arguments>(arguments)...));
+}
+
+/// Runs `task`, and puts the option, key or file that it is about before what it refuses: "--fps: ...".
+template <class Task>
+decltype(auto) About(std::string_view subject, Task&& task) {
+  try {
+    return std::forward<Task>(task)();
+  } catch (const ToolError& error) {
+    Refuse(error.Code(), "{}: {}", subject, error.what());
+  }
 }
 
 }  // namespace cli

@@ -39,7 +39,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
     CheckWritable(scene.output);
     inputs.CheckKept(scene.output);
     if (!scene.compression.empty()) {
-      Refuse(ExitCode::kUsage, "compression: '{}' is for pictures; a video has its own", scene.compression);
+      Refuse(ExitCode::kUsage, "compression '{}' is for pictures; a video has its own", scene.compression);
     }
     const VideoTraits traits = {.width = plan.traits.width,
                                 .height = plan.traits.height,

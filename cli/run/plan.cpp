@@ -65,9 +65,8 @@ void CheckCountable(const std::vector<std::int32_t>& frames, const FrameRate& ra
   const std::int64_t most = INT32_MAX / rate.timeStep - 1;
   for (const std::int32_t frame : frames) {
     if (std::abs(std::int64_t{frame}) > most) {
-      Refuse(ExitCode::kUsage,
-             "--frames: {} is beyond frame {}, the last that can be counted at {}/{} frames a second", frame,
-             most, rate.timeScale, rate.timeStep);
+      Refuse(ExitCode::kUsage, "frame {} is beyond {}, the last that can be counted at {}/{} frames a second",
+             frame, most, rate.timeScale, rate.timeStep);
     }
   }
 }
@@ -103,27 +102,6 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
   job.pixelAspect = RationalOf(scene.pixelAspect.value_or(plan.traits.pixelAspect));
   job.addedAlpha = plan.addsAlpha ? AddedAlpha::kFromEffect : AddedAlpha::kNone;
   return plan;
-}
-
-MissingPolicy MissingPolicyOf(const std::string& text) {
-  if (text.empty() || text == "error") {
-    return MissingPolicy::kError;
-  }
-  if (text == "skip") {
-    return MissingPolicy::kSkip;
-  }
-  if (text == "black") {
-    return MissingPolicy::kBlack;
-  }
-  Refuse(ExitCode::kUsage, "--missing: '{}' is not error, skip or black", text);
-}
-
-int CheckedJobs(int jobs) {
-  constexpr int kMost = 1024;
-  if (jobs >= 0 && jobs <= kMost) {
-    return jobs;
-  }
-  Refuse(ExitCode::kUsage, "--jobs: {} is not between 1 and {} (0: one for each processor)", jobs, kMost);
 }
 
 std::string NameOfDepth(minihost::Depth depth) {

@@ -26,12 +26,6 @@ struct RenderPlan {
 /// 0. `scene.frames` and `scene.fps` then hold what was worked out.  Throws ToolError.
 RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect);
 
-/// "error" (or empty), "skip" or "black".  Throws ToolError(kUsage).
-MissingPolicy MissingPolicyOf(const std::string& text);
-
-/// The same number, 0 standing for one job for each processor.  Throws ToolError(kUsage) for what is none.
-int CheckedJobs(int jobs);
-
 /// "8 bits", "16 bits" or "float".
 std::string NameOfDepth(minihost::Depth depth);
 

@@ -14,8 +14,7 @@ namespace {
 constexpr char kNotFrames[] = "is not a frame or a range of frames";
 
 [[noreturn]] void RefuseItem(std::string_view item, std::string_view reason) {
-  Refuse(ExitCode::kUsage, "--frames: '{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item,
-         reason);
+  Refuse(ExitCode::kUsage, "'{}' {}; write frames as 7, 0-47, 0-47x2 or 0-10,20,30-40", item, reason);
 }
 
 std::int32_t TakeFrame(std::string_view& rest, std::string_view item) {
@@ -110,8 +109,8 @@ Part ParsePart(std::string_view text) {
   const auto count = ParseNumber<std::size_t>(slash == text.npos ? "" : text.substr(slash + 1));
   if (!number || !count || *number < 1 || *number > *count || *count > kMaxFrames) {
     Refuse(ExitCode::kUsage,
-           "--part: '{}' is not a share of the frames; write 3/10 for the third of ten, at most {} shares",
-           text, kMaxFrames);
+           "'{}' is not a share of the frames; write 3/10 for the third of ten, at most {} shares", text,
+           kMaxFrames);
   }
   return {*number, *count};
 }

@@ -16,8 +16,8 @@ constexpr double kMaxRate = 1000;
 constexpr int kMaxDecimals = 6;  // keeps 1000 * 10^6 within the host's 32-bit ticks
 
 [[noreturn]] void RefuseRate(std::string_view text) {
-  Refuse(ExitCode::kUsage, "--fps: '{}' is not a frame rate from {} to {}; write 24, 23.976 or 24000/1001",
-         text, kMinRate, kMaxRate);
+  Refuse(ExitCode::kUsage, "'{}' is not a frame rate from {} to {}; write 24, 23.976 or 24000/1001", text,
+         kMinRate, kMaxRate);
 }
 
 /// The whole of `digits` as a number without sign.

@@ -37,11 +37,8 @@ Key ParseKey(const ParameterInfo& parameter, std::string_view text) {
   std::string value(text.substr(equals + 1));
   Ease ease = Ease::kLinear;
   if (const std::size_t colon = value.find(':'); colon != value.npos) {
-    try {
-      ease = ParseEase(std::string_view(value).substr(colon + 1));
-    } catch (const ToolError& refusal) {
-      Refuse(ExitCode::kUsage, "{}: {}", parameter.DisplayName(), refusal.what());
-    }
+    ease =
+        About(parameter.DisplayName(), [&] { return ParseEase(std::string_view(value).substr(colon + 1)); });
     value.erase(colon);
   }
   std::ranges::replace(value, ';', ',');

@@ -25,16 +25,6 @@ using minihost::Value;
 // Longer names are not worth a search for similar ones.
 constexpr std::size_t kMaxNameLength = 200;
 
-/// Adds the place to what `task` refuses.
-template <class Task>
-decltype(auto) At(const toml::source_region& place, Task&& task) {
-  try {
-    return task();
-  } catch (const ToolError& error) {
-    RefuseAt(place, "{}", error.what());
-  }
-}
-
 std::string_view ExpectedType(const ParameterInfo& parameter) {
   switch (parameter.type) {
     case PF_Param_CHECKBOX:

@@ -19,17 +19,25 @@ namespace {
 std::string Text(const toml::node& node) {
   const auto text = node.value_exact<std::string>();
   if (!text) {
-    Refuse(ExitCode::kUsage, "takes a string, not {}", DescribeNode(node));
+    Refuse(ExitCode::kUsage, "must be a string, not {}", DescribeNode(node));
   }
   if (text->empty()) {
-    Refuse(ExitCode::kUsage, "is empty; leave the key out");
+    Refuse(ExitCode::kUsage, "must not be empty; leave the key out");
   }
   return *text;
 }
 
+std::string ReadLine(const toml::node& node) {
+  const std::string text = Text(node);
+  if (text.find('\n') != text.npos) {
+    Refuse(ExitCode::kUsage, "must be one line");
+  }
+  return text;
+}
+
 double Number(const toml::node& node) {
   if (!node.is_number()) {
-    Refuse(ExitCode::kUsage, "takes a number, not {}", DescribeNode(node));
+    Refuse(ExitCode::kUsage, "must be a number, not {}", DescribeNode(node));
   }
   return *node.value<double>();
 }
@@ -90,16 +98,6 @@ constexpr RenderKey kRenderKeys[] = {
      }},
 };
 
-/// An option's message begins with the option; in a file it is a key, without dashes.
-std::string AboutKey(std::string_view key, std::string_view message) {
-  const std::string option = fmt::format("--{}: ", key);
-  if (message.starts_with(option)) {
-    message.remove_prefix(option.size());
-  }
-  const bool isSentence = message.starts_with("takes") || message.starts_with("is ");
-  return fmt::format("{}{}{}", key, isSentence ? " " : ": ", message);
-}
-
 void ApplyRender(const toml::table& section, Scene& scene) {
   if (section.contains("input") && section.contains("blank")) {
     RefuseAt(section.find("blank")->first.source(), "a scene has an input or a blank size, not both");
@@ -114,11 +112,7 @@ void ApplyRender(const toml::table& section, Scene& scene) {
       RefuseAt(key->source(), "[render] has no key '{}'{}; it takes {}", key->str(),
                SuggestNearest(key->str(), names), fmt::join(names, ", "));
     }
-    try {
-      known->apply(*value, scene);
-    } catch (const ToolError& error) {
-      RefuseAt(value->source(), "{}", AboutKey(key->str(), error.what()));
-    }
+    At(value->source(), [&] { About(key->str(), [&] { known->apply(*value, scene); }); });
   }
 }
 
@@ -129,15 +123,9 @@ PresetLabel ReadLabel(const toml::table& section) {
     if (key->str() != "name" && key->str() != "description") {
       RefuseAt(key->source(), "[preset] has no key '{}'; it takes name and description", key->str());
     }
-    try {
-      const std::string text = Text(*value);
-      if (text.find('\n') != text.npos) {
-        Refuse(ExitCode::kUsage, "is more than one line");
-      }
-      (key->str() == "name" ? label.name : label.description) = text;
-    } catch (const ToolError& error) {
-      RefuseAt(value->source(), "{}", AboutKey(key->str(), error.what()));
-    }
+    const std::string text =
+        At(value->source(), [&] { return About(key->str(), [&] { return ReadLine(*value); }); });
+    (key->str() == "name" ? label.name : label.description) = text;
   }
   return label;
 }

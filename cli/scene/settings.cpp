@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <utility>
 
+#include "cli/report/choice.h"
 #include "cli/report/error.h"
 #include "cli/report/number.h"
 
@@ -16,27 +16,10 @@ using minihost::Depth;
 // Beyond this it is nonsense, not anamorphic.
 constexpr double kMaxPixelAspect = 100;
 
-constexpr std::pair<Depth, std::string_view> kDepths[] = {
+constexpr Choices<Depth, 3> kDepths = {
     {Depth::kBits8, "8"}, {Depth::kBits16, "16"}, {Depth::kFloat, "float"}};
-constexpr std::pair<AlphaForm, std::string_view> kAlphaForms[] = {
-    {AlphaForm::kStraight, "straight"}, {AlphaForm::kPremultiplied, "premultiplied"}};
-
-template <class Choice, std::size_t count>
-std::string_view NameOf(const std::pair<Choice, std::string_view> (&choices)[count], Choice choice) {
-  return std::ranges::find(choices, choice, &std::pair<Choice, std::string_view>::first)->second;
-}
-
-template <class Choice, std::size_t count>
-Choice ParseChoice(const std::pair<Choice, std::string_view> (&choices)[count], std::string_view text) {
-  std::string names;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (choices[i].second == text) {
-      return choices[i].first;
-    }
-    names += fmt::format("{}{}", i == 0 ? "" : i + 1 == count ? " or " : ", ", choices[i].second);
-  }
-  Refuse(ExitCode::kUsage, "'{}' is not {}", text, names);
-}
+constexpr Choices<AlphaForm, 2> kAlphaForms = {{AlphaForm::kStraight, "straight"},
+                                               {AlphaForm::kPremultiplied, "premultiplied"}};
 
 /// All of `digits` as one side of a picture, 0 when it is none.
 int ParseSide(std::string_view digits) {

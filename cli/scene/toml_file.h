@@ -34,6 +34,12 @@ template <class... Arguments>
          fmt::format(text, std::forward<Arguments>(arguments)...));
 }
 
+/// Runs `task`, and puts the place before what it refuses.
+template <class Task>
+decltype(auto) At(const toml::source_region& region, Task&& task) {
+  return About(PlaceOf(region), std::forward<Task>(task));
+}
+
 /// "an integer", "a table" and so on.
 std::string_view DescribeNode(const toml::node& node);
 

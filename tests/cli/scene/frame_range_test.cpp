@@ -55,7 +55,7 @@ TEST(Parts, CoverEveryFrameOnceAndDifferByOneAtMost) {
   }
   for (const char* text : {"", "3", "/", "3/", "/3", "0/3", "4/3", "-1/3", "1/3/5", "1 /3", "1/0", "1/x",
                            "1/1000001", "1/99999999999999999999"}) {
-    ExpectError(ExitCode::kUsage, std::string("--part: '") + text + "' is not a share",
+    ExpectError(ExitCode::kUsage, std::string("'") + text + "' is not a share",
                 [&] { cli::ParsePart(text); });
   }
 }

@@ -7,8 +7,8 @@
 #include "cli/scene/key_text.h"
 #include "cli/scene/reader.h"
 #include "cli/scene/writer.h"
-#include "tests/support/cli/scene_values.h"
 #include "tests/support/cli/expect_error.h"
+#include "tests/support/cli/scene_values.h"
 #include "tests/support/cli/temporary_folder.h"
 
 namespace {
@@ -103,18 +103,18 @@ TEST(SceneReader, RefusesWithPlaceAndReason) {
       {"render = 5", "1:10: 'render' is an integer; write it as a section"},
       {"[render]\nshuter = 1", "snow.toml:2:1: [render] has no key 'shuter' (did you mean 'shutter'?)"},
       {"[render]\nxyzzyxyzzy = 1", "no key 'xyzzyxyzzy'; it takes input, blank"},
-      {"[render]\ninput = 5", "2:9: input takes a string, not an integer"},
-      {"[render]\noutput = ''", "output is empty"},
+      {"[render]\ninput = 5", "2:9: input: must be a string, not an integer"},
+      {"[render]\noutput = ''", "output: must not be empty"},
       {"[render]\ninput = 'a'\nblank = '1x1'", "3:1: a scene has an input or a blank size, not both"},
       {"[render]\nblank = '1920'", "blank: '1920' is not a size in pixels up to 32767 a side"},
       {"[render]\nblank = '5x32768'", "'5x32768' is not a size"},
       {"[render]\nframes = '9-1'", "2:10: frames: '9-1' runs backwards (did you mean 1-9?)"},
-      {"[render]\nframes = true", "frames takes a string, not a boolean"},
+      {"[render]\nframes = true", "frames: must be a string, not a boolean"},
       {"[render]\nshutter = 0", "shutter: 0 is not between 1 and 720 degrees"},
       {"[render]\nshutter = nan", "shutter: nan is not between"},
-      {"[render]\nshutter = '180'", "shutter takes a number, not a string"},
+      {"[render]\nshutter = '180'", "shutter: must be a number, not a string"},
       {"[render]\npixel-aspect = 0", "pixel-aspect: 0 is not a pixel's width over its height, 0.01 to 100"},
-      {"[preset]\nname = \"a\\nb\"", "name is more than one line"},
+      {"[preset]\nname = \"a\\nb\"", "name: must be one line"},
       {"[parameters]\n\nFlaks = 5", "snow.toml:3:1: there is no parameter 'Flaks' (did you mean 'flakes'?)"},
       {"[parameters]\nSpeed = 3000", "2:9: Speed: '3000' is not possible; it takes 0.01 to 2000"},
       {"[parameters]\nSpeed = nan", "Speed: 'nan' is not possible"},
