@@ -3,18 +3,15 @@
 #include <fmt/format.h>
 #include <malloc.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <new>
 #include <string>
 
-#include "cli/command/info.h"
+#include "cli/command/commands.h"
 #include "cli/command/options.h"
-#include "cli/command/params.h"
-#include "cli/command/render.h"
-#include "cli/command/sheet.h"
 #include "cli/report/error.h"
-#include "cli/scene/presets.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
 
@@ -36,16 +33,16 @@ void PrintToStdout(const std::string& text) {
   }
 }
 
-ExitCode Run(const CLI::App& app, const cli::Options& options) {
+ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line) {
   const auto effect = minihost::Effect::Linked(&MainEntry);
   if (app.got_subcommand("render")) {
-    return cli::RunRender(options.render, effect);
+    return cli::RenderShot(line.shot, effect);
   }
   if (app.got_subcommand("sheet")) {
-    return cli::RunSheet(options.render, options.sheetFrames, effect);
+    return cli::RenderSheet(line.shot, line.sheetCells, effect);
   }
   if (app.got_subcommand("info")) {
-    PrintToStdout(cli::DescribeInput(options.infoFile));
+    PrintToStdout(cli::InputTable(line.infoFile));
   } else if (app.got_subcommand("presets")) {
     PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
   } else if (app.got_subcommand("params")) {
@@ -72,8 +69,8 @@ int main(int argc, char** argv) {
   // Frames go side by side; threads inside of one would only wait for each other.
   OIIO::attribute("exr_threads", -1);
   try {
-    cli::Options options;
-    const auto app = cli::MakeParser(options);
+    cli::CommandLine line;
+    const auto app = cli::MakeParser(line);
     try {
       app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -83,7 +80,7 @@ int main(int argc, char** argv) {
       }
       return Fail(ExitCode::kUsage, cli::Explain(*app, error));
     }
-    return static_cast<int>(Run(*app, options));
+    return static_cast<int>(Dispatch(*app, line));
   } catch (const ToolError& error) {
     return Fail(error.Code(), error.what());
   } catch (const std::bad_alloc&) {

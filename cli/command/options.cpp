@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
+
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -56,7 +58,7 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
 }
 
 // What a shot is made of: for render and sheet alike.
-void AddShot(CLI::App& command, RenderOptions& options, const char* outputs) {
+void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
   command.add_option("INPUT", options.input,
                      "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
   command.add_option("--blank", options.blank, "Snow on nothing, of this size")->type_name("WxH");
@@ -95,7 +97,7 @@ void AddShot(CLI::App& command, RenderOptions& options, const char* outputs) {
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
 }
 
-void AddRender(CLI::App& app, RenderOptions& options) {
+void AddRender(CLI::App& app, ShotOptions& options) {
   CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
   AddShot(*render, options, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
   render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
@@ -115,10 +117,10 @@ void AddRender(CLI::App& app, RenderOptions& options) {
       "  vintrel render --scene shot.toml --part 3/10 --resume");
 }
 
-void AddSheet(CLI::App& app, Options& options) {
+void AddSheet(CLI::App& app, CommandLine& line) {
   CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
-  AddShot(*sheet, options.render, "The sheet: .png .tif .exr");
-  sheet->add_option("--count", options.sheetFrames, "Pictures on the sheet, 1 to 64 (default 12)")
+  AddShot(*sheet, line.shot, "The sheet: .png .tif .exr");
+  sheet->add_option("--count", line.sheetCells, "Pictures on the sheet, 1 to 64 (default 12)")
       ->type_name("N")
       ->check(CheckNumber<int>);
   sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
@@ -126,15 +128,15 @@ void AddSheet(CLI::App& app, Options& options) {
 
 }  // namespace
 
-std::unique_ptr<CLI::App> MakeParser(Options& options) {
-  auto app = std::make_unique<CLI::App>("Falling snow with depth, light and motion blur", "vintrel");
+std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
+  auto app = std::make_shared<CLI::App>("Falling snow with depth, light and motion blur", "vintrel");
   app->set_version_flag("--version", "vintrel " VINTREL_VERSION);
   app->require_subcommand(1);
-  AddRender(*app, options.render);
-  AddSheet(*app, options);
+  AddRender(*app, line.shot);
+  AddSheet(*app, line);
   app->add_subcommand("info", "Say what the tool sees in a file")
       ->footer("Example:\n  vintrel info shot.mov")
-      ->add_option("FILE", options.infoFile, "Picture, numbered pictures or video")
+      ->add_option("FILE", line.infoFile, "Picture, numbered pictures or video")
       ->required();
   app->add_subcommand("presets", "List the looks that --preset takes")
       ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");

@@ -1,23 +1,56 @@
-// The command line of the tool.
+// The command line of the tool, before anything is checked but that it can be read.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "cli/command/render_options.h"
+#include "cli/scene/parameter_assignment.h"
+
+namespace CLI {
+class App;
+class ParseError;
+}  // namespace CLI
 
 namespace cli {
 
-struct Options {
-  RenderOptions render;  // of render and sheet
-  int sheetFrames = 12;
+/// What `vintrel render` and `vintrel sheet` are asked for.  Empty means not given.
+struct ShotOptions {
+  std::string input;
+  std::string blank;
+  std::string output;
+  std::string preset;
+  std::string sceneFile;
+  std::vector<ParameterChange> changes;  // --set, --key, --seed and --only-snow, in their order
+  std::string frames;
+  std::string part;
+  std::string fps;
+  std::optional<double> shutterDegrees;
+  std::string depth;
+  std::string alpha;
+  std::string compression;
+  std::optional<int> proxy;
+  std::optional<double> pixelAspect;
+  int jobs = 0;
+  std::string missing;
+  bool keepGoing = false;
+  bool resume = false;
+  bool dryRun = false;
+  std::string saveScene;
+  std::string progress;
+  bool quiet = false;
+};
+
+struct CommandLine {
+  ShotOptions shot;
+  int sheetCells = 12;
   std::string infoFile;
 };
 
-/// A parser for every command, filling `options`, which must outlive it.  After parsing, `got_subcommand`
-/// tells the command: "render", "sheet", "info", "params", "presets" or "about"; there is exactly one.
-std::unique_ptr<CLI::App> MakeParser(Options& options);
+/// A parser for every command, filling `line`, which must outlive it.  After parsing, `got_subcommand` tells
+/// the command: "render", "sheet", "info", "params", "presets" or "about"; there is exactly one.
+std::shared_ptr<CLI::App> MakeParser(CommandLine& line);
 
 /// What a parser that has refused a command line says, with the nearest of what there is.
 std::string Explain(const CLI::App& app, const CLI::ParseError& error);

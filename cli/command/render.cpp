@@ -1,5 +1,3 @@
-#include "cli/command/render.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -11,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/command/commands.h"
 #include "cli/command/scene_options.h"
 #include "cli/file/pending_file.h"
 #include "cli/report/choice.h"
@@ -25,13 +24,13 @@
 namespace cli {
 namespace {
 
-void Say(const RenderOptions& options, const std::string& line) {
+void Say(const ShotOptions& options, const std::string& line) {
   if (!options.quiet) {
     fmt::print(stderr, "{}\n", line);
   }
 }
 
-ProgressStyle StyleOf(const RenderOptions& options) {
+ProgressStyle StyleOf(const ShotOptions& options) {
   constexpr Choices<ProgressWish, 2> kWishes = {{ProgressWish::kText, "text"}, {ProgressWish::kJson, "json"}};
   ProgressWish wish = ProgressWish::kText;
   if (!options.progress.empty()) {
@@ -41,7 +40,7 @@ ProgressStyle StyleOf(const RenderOptions& options) {
 }
 
 // A list of what is done, for outputs of one file a frame.
-std::optional<Resumption> ResumptionOf(const RenderOptions& options, const Scene& scene,
+std::optional<Resumption> ResumptionOf(const ShotOptions& options, const Scene& scene,
                                        const std::string& inputStamp, const RenderPlan& plan,
                                        const OpenedSink& sink) {
   if (!sink.isVideo && OutputName(scene.output).IsPattern()) {
@@ -82,7 +81,7 @@ void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
              isVideo ? "one video" : "one file a frame");
 }
 
-void PrintSummary(const RenderOptions& options, const Scene& scene, const RenderPlan& plan,
+void PrintSummary(const ShotOptions& options, const Scene& scene, const RenderPlan& plan,
                   const RunSummary& summary, std::size_t alreadyDone, double seconds) {
   for (const FailedFrame& failed : summary.failed) {
     fmt::print(stderr, "vintrel: {}\n", failed.message);
@@ -105,7 +104,7 @@ void PrintSummary(const RenderOptions& options, const Scene& scene, const Render
   Say(options, line);
 }
 
-void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool canResume) {
+void SayHowToGoOn(const ShotOptions& options, const RunSummary& summary, bool canResume) {
   const std::size_t left = summary.total - summary.written - summary.skipped.size() - summary.failed.size();
   Say(options, fmt::format("interrupted with {} left; {}", Frames(left),
                            canResume ? "the same command with --resume goes on from here"
@@ -114,9 +113,9 @@ void SayHowToGoOn(const RenderOptions& options, const RunSummary& summary, bool 
 
 }  // namespace
 
-ExitCode RunRender(const RenderOptions& options, std::shared_ptr<const minihost::Effect> effect) {
+ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect) {
   const auto start = std::chrono::steady_clock::now();
-  Scene scene = SceneOf(options, *effect);
+  Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
   const ProgressStyle style = StyleOf(options);
   const std::string inputStamp = FileStamp(scene.input);
   RenderPlan plan = MakePlan(scene, std::move(effect));

@@ -1,16 +1,17 @@
 #include "cli/command/scene_options.h"
 
+#include <utility>
+
 #include "cli/report/choice.h"
 #include "cli/report/error.h"
 #include "cli/scene/frame_range.h"
 #include "cli/scene/frame_rate.h"
-#include "cli/scene/layers.h"
-#include "cli/scene/presets.h"
+#include "cli/scene/reader.h"
 
 namespace cli {
 namespace {
 
-void ApplyInput(const RenderOptions& options, Scene& scene) {
+void ApplyInput(const ShotOptions& options, Scene& scene) {
   if (!options.input.empty() && !options.blank.empty()) {
     Refuse(ExitCode::kUsage, "an input and --blank exclude each other; give one of them");
   }
@@ -26,7 +27,7 @@ void ApplyInput(const RenderOptions& options, Scene& scene) {
   }
 }
 
-void ApplyTiming(const RenderOptions& options, Scene& scene) {
+void ApplyTiming(const ShotOptions& options, Scene& scene) {
   if (!options.frames.empty()) {
     About("--frames", [&] { ParseFrames(options.frames); });
     scene.frames = options.frames;
@@ -41,7 +42,7 @@ void ApplyTiming(const RenderOptions& options, Scene& scene) {
   }
 }
 
-void ApplyPicture(const RenderOptions& options, Scene& scene) {
+void ApplyPicture(const ShotOptions& options, Scene& scene) {
   if (!options.depth.empty()) {
     scene.depth = About("--depth", [&] { return ParseDepth(options.depth); });
   }
@@ -63,9 +64,17 @@ void ApplyPicture(const RenderOptions& options, Scene& scene) {
 
 }  // namespace
 
-Scene SceneOf(const RenderOptions& options, const minihost::Effect& effect) {
-  Scene scene = MakeScene(effect.SharedParameters(), Presets::OfTool(),
-                          {options.preset, options.sceneFile, options.changes});
+Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, const Presets& presets) {
+  Scene scene(std::move(list));
+  if (!options.preset.empty()) {
+    ApplySceneFile(presets.Find(options.preset).file, scene);
+  }
+  if (!options.sceneFile.empty()) {
+    ApplySceneFile(options.sceneFile, scene);
+  }
+  for (const ParameterChange& change : options.changes) {
+    Apply(scene.parameters, change);
+  }
   ApplyInput(options, scene);
   ApplyTiming(options, scene);
   ApplyPicture(options, scene);
@@ -79,7 +88,7 @@ int CheckedWithin(int number, int least, int most) {
   return number;
 }
 
-void ApplyJobOptions(const RenderOptions& options, RenderJob& job) {
+void ApplyJobOptions(const ShotOptions& options, RenderJob& job) {
   constexpr int kMaxJobs = 1024;
   constexpr Choices<MissingPolicy, 3> kPolicies = {
       {MissingPolicy::kError, "error"}, {MissingPolicy::kSkip, "skip"}, {MissingPolicy::kBlack, "black"}};

@@ -1,10 +1,9 @@
-#include "cli/command/sheet.h"
-
 #include <fmt/format.h>
 
 #include <cstdio>
 #include <utility>
 
+#include "cli/command/commands.h"
 #include "cli/command/scene_options.h"
 #include "cli/file/pending_file.h"
 #include "cli/picture/contact_sheet.h"
@@ -16,15 +15,15 @@
 #include "cli/scene/frame_range.h"
 
 namespace cli {
-ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const minihost::Effect> effect) {
+ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect) {
   const auto say = [&](const std::string& line) {
     if (!options.quiet) {
       fmt::print(stderr, "{}\n", line);
     }
   };
-  Scene scene = SceneOf(options, *effect);
-  const auto cells = static_cast<std::size_t>(
-      About("--count", [&] { return CheckedWithin(count, 1, static_cast<int>(ContactSheet::kMaxCells)); }));
+  Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
+  const auto count = static_cast<std::size_t>(
+      About("--count", [&] { return CheckedWithin(cells, 1, static_cast<int>(ContactSheet::kMaxCells)); }));
   if (scene.output.empty()) {
     Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   }
@@ -36,7 +35,7 @@ ExitCode RunSheet(const RenderOptions& options, int count, std::shared_ptr<const
   RenderPlan plan = MakePlan(scene, std::move(effect));
   InputFiles(scene, plan).CheckKept(scene.output);
   RenderJob& job = plan.job;
-  job.frames = SpreadFrames(job.frames, cells);
+  job.frames = SpreadFrames(job.frames, count);
   ApplyJobOptions(options, job);
 
   ContactSheet sheet(job.frames, plan.traits);

@@ -53,8 +53,8 @@ std::string RangesOf(const std::vector<std::int32_t>& numbers) {
   return text;
 }
 
-OpenedSource OpenSequence(const std::filesystem::path& path, const OpenOptions& options) {
-  auto sequence = std::make_unique<SequenceSource>(path, options.depth);
+OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings& settings) {
+  auto sequence = std::make_unique<SequenceSource>(path, settings.depth);
   OpenedSource opened;
   if (const auto missing = sequence->Missing(); !missing.empty()) {
     opened.notes.push_back(fmt::format("{} frames of '{}' are missing: {}", missing.size(),
@@ -64,8 +64,8 @@ OpenedSource OpenSequence(const std::filesystem::path& path, const OpenOptions& 
   return opened;
 }
 
-OpenedSource OpenVideo(const std::filesystem::path& path, const OpenOptions& options) {
-  auto video = std::make_unique<VideoReader>(path, options.depth, options.videoAlpha);
+OpenedSource OpenVideo(const std::filesystem::path& path, const InputSettings& settings) {
+  auto video = std::make_unique<VideoReader>(path, settings.depth, settings.videoAlpha);
   OpenedSource opened;
   opened.notes = video->Notes();
   if (video->IsStill()) {
@@ -79,16 +79,16 @@ OpenedSource OpenVideo(const std::filesystem::path& path, const OpenOptions& opt
 
 }  // namespace
 
-OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& options) {
+OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& settings) {
   std::error_code error;
   if (!std::filesystem::exists(path, error) && IsSequenceName(path)) {
-    return OpenSequence(path, options);
+    return OpenSequence(path, settings);
   }
   const bool isFile = std::filesystem::is_regular_file(path, error);
   // The reader of pictures has the words for what is not a file.
   if (isFile && !LooksLikePicture(path)) {
     try {
-      return OpenVideo(path, options);
+      return OpenVideo(path, settings);
     } catch (const ToolError&) {
       if (!IsNamedLikePicture(path)) {
         throw;
@@ -99,7 +99,7 @@ OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& op
     }
   }
   OpenedSource opened;
-  opened.frames = std::make_unique<StillSource>(ReadPicture(path, options.depth));
+  opened.frames = std::make_unique<StillSource>(ReadPicture(path, settings.depth));
   return opened;
 }
 

@@ -13,7 +13,7 @@
 
 namespace cli {
 
-struct OpenOptions {
+struct InputSettings {
   std::optional<minihost::Depth> depth{};       // without, the file decides
   AlphaForm videoAlpha = AlphaForm::kStraight;  // pictures say it themselves
 };
@@ -26,6 +26,6 @@ struct OpenedSource {
 
 /// What the file is decides, not what it is called.  A name that no file bears may be that of a sequence.
 /// Throws ToolError(kInput) when nothing can be read, and ToolError(kUsage) for a faulty sequence name.
-OpenedSource OpenSource(const std::filesystem::path& path, const OpenOptions& options = {});
+OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& settings = {});
 
 }  // namespace cli

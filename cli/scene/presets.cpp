@@ -56,19 +56,4 @@ const Preset& Presets::Find(std::string_view text) const {
          ids.empty() ? "are none" : fmt::format("are {}", fmt::join(ids, ", ")));
 }
 
-std::string PresetTable(const std::vector<Preset>& presets) {
-  std::size_t idWidth = 0;
-  std::size_t nameWidth = 0;
-  for (const Preset& preset : presets) {
-    idWidth = std::max(idWidth, preset.id.size());
-    nameWidth = std::max(nameWidth, preset.name.size());
-  }
-  std::string table;
-  for (const Preset& preset : presets) {
-    table +=
-        fmt::format("{:<{}}  {:<{}}  {}\n", preset.id, idWidth, preset.name, nameWidth, preset.description);
-  }
-  return table;
-}
-
 }  // namespace cli

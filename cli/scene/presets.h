@@ -36,7 +36,4 @@ class Presets {
   std::vector<Preset> presets_;
 };
 
-/// A line for each: id, name and description.
-std::string PresetTable(const std::vector<Preset>& presets);
-
 }  // namespace cli

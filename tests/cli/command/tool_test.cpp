@@ -2,11 +2,11 @@
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdlib>
 
+#include "cli/command/commands.h"
 #include "cli/command/options.h"
-#include "cli/command/render.h"
-#include "cli/command/sheet.h"
 #include "cli/file/pending_file.h"
 #include "cli/picture/reader.h"
 #include "cli/picture/writer.h"
@@ -42,13 +42,13 @@ class Tool : public testing::Test {
 
   /// The same in this process, without the time that starting takes.  Renders and sheets alone.
   Outcome RunHere(const std::string& arguments) {
-    cli::Options options;
-    const auto app = cli::MakeParser(options);
+    cli::CommandLine line;
+    const auto app = cli::MakeParser(line);
     try {
       app->parse(arguments);
       const bool isSheet = app->got_subcommand("sheet");
-      const auto code = isSheet ? cli::RunSheet(options.render, options.sheetFrames, effect_)
-                                : cli::RunRender(options.render, effect_);
+      const auto code = isSheet ? cli::RenderSheet(line.shot, line.sheetCells, effect_)
+                                : cli::RenderShot(line.shot, effect_);
       return {static_cast<int>(code), "", ""};
     } catch (const CLI::ParseError& error) {
       return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error)};

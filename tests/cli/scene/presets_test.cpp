@@ -18,7 +18,7 @@ TEST(Presets, AreTheSceneFilesOfAFolderWithALabel) {
   std::ofstream(folder / "base.toml") << "[preset]\nname = 'Base'\ndescription = 'd'\n";
   std::ofstream(folder / "notes.txt") << "not a preset";
   const cli::Presets presets(folder / "");
-  EXPECT_EQ(cli::PresetTable(presets.All()), "base  Base  d\n");
+  EXPECT_EQ(presets.All().size(), 1u);
   EXPECT_EQ(presets.Find("BASE").file, folder / "base.toml");
   ExpectError(ExitCode::kUsage, "there is no preset 'bsae' (did you mean 'base'?); there are base",
               [&] { presets.Find("bsae"); });

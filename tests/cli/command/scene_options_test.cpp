@@ -1,5 +1,5 @@
 // The order in which layers win.
-#include "cli/scene/layers.h"
+#include "cli/command/scene_options.h"
 
 #include <fstream>
 
@@ -11,7 +11,7 @@ namespace {
 using cli::Scene;
 using minihost::Value;
 
-TEST(SceneLayers, LaterOnesWin) {
+TEST(SceneOptions, LaterLayersWin) {
   const TemporaryFolder folder;
   std::ofstream(folder / "base.toml")
       << "[preset]\nname = 'Base'\ndescription = 'd'\n[parameters]\nSize = 1\n"
@@ -21,16 +21,14 @@ TEST(SceneLayers, LaterOnesWin) {
   std::ofstream(folder / "notes.txt") << "not a preset";
   using Kind = cli::ParameterChange::Kind;
   const cli::Presets presets(folder / "");
-  const Scene scene = cli::MakeScene(EffectParameters(), presets,
-                                     {"base",
-                                      folder / "my.scene",
-                                      {{Kind::kValue, "Wind=3"},
-                                       {Kind::kKeys, "Amount@0=3,2=5"},
-                                       {Kind::kKeys, "Size@0=3,2=5"},
-                                       {Kind::kValue, "size=7"},
-                                       {Kind::kValue, "flakes=8"},
-                                       {Kind::kKeys, "flakes@0=0,10=10"},
-                                       {Kind::kValue, "opacity=60"}}});
+  cli::ShotOptions options;
+  options.preset = "base";
+  options.sceneFile = folder / "my.scene";
+  options.changes = {{Kind::kValue, "Wind=3"},      {Kind::kKeys, "Amount@0=3,2=5"},
+                     {Kind::kKeys, "Size@0=3,2=5"}, {Kind::kValue, "size=7"},
+                     {Kind::kValue, "flakes=8"},    {Kind::kKeys, "flakes@0=0,10=10"},
+                     {Kind::kValue, "opacity=60"}};
+  const Scene scene = cli::SceneOf(options, EffectParameters(), presets);
   EXPECT_EQ(scene.frames, "3-4");
   const struct {
     const char* name;
@@ -40,7 +38,7 @@ TEST(SceneLayers, LaterOnesWin) {
   for (const auto& [name, value] : values) {
     EXPECT_EQ(ValueAt(scene, name, 1), Value(value)) << name;
   }
-  EXPECT_EQ(cli::MakeScene(EffectParameters(), presets, {}), Scene(EffectParameters()));
+  EXPECT_EQ(cli::SceneOf({}, EffectParameters(), presets), Scene(EffectParameters()));
 }
 
 }  // namespace

@@ -1,0 +1,36 @@
+// What the commands of `vintrel` do, once the command line is read.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/command/options.h"
+#include "cli/report/error.h"
+#include "cli/scene/presets.h"
+#include "minihost/effect.h"
+
+namespace cli {
+
+/// `vintrel render`: snow on a picture, a sequence, a video or nothing, with progress and a closing line on
+/// standard error.  Everything that can be checked is, before the first frame; frames that are done stay when
+/// a later one fails.
+///
+/// Returns kDone, kFrameFailed or kInterrupted; throws ToolError for the rest.
+ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect);
+
+/// `vintrel sheet`: `cells` frames, spread evenly over those that `options` asks for, on one picture with
+/// their numbers, so that one look shows the shot.  It is written to `options.output`.  Throws ToolError.
+ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect);
+
+/// `vintrel info`: a few lines about a picture, a sequence or a video: size, depth, alpha, pixel aspect,
+/// frames, rate, and notes.  Throws ToolError(kInput).
+std::string InputTable(const std::string& path);
+
+/// `vintrel presets`: a line for each, id, name and description.
+std::string PresetTable(const std::vector<Preset>& presets);
+
+/// `vintrel params`: a line for each parameter that can be set, below a line of headings.
+std::string ParameterTable(const minihost::ParameterList& list);
+
+}  // namespace cli
