@@ -14,47 +14,27 @@ namespace cli {
 namespace {
 
 // A dotted key opens a table for each of its dots, and tables are freed by recursion: a file that is all dots
-// would exhaust the stack.  Brackets are bounded by the parser itself.
-constexpr int kMaxDotsInKey = 32;
+// would exhaust the stack.  Brackets are bounded by the parser itself.  Dots in strings and comments count
+// with those in keys; this is far more than a scene has, and far from the end of any stack.
+constexpr int kMaxDots = 5000;
 
-/// Past the string that begins at `begin`, of any of the four kinds.
-std::size_t EndOfString(std::string_view text, std::size_t begin) {
-  const char quote = text[begin];
-  const std::string_view fence = quote == '"' ? "\"\"\"" : "'''";
-  const bool fenced = text.substr(begin).starts_with(fence);
-  for (std::size_t at = begin + (fenced ? fence.size() : 1); at < text.size(); ++at) {
-    if (text[at] == '\\' && quote == '"') {
-      ++at;
-    } else if (fenced && text.substr(at).starts_with(fence)) {
-      // Up to two quotes before the closing fence belong to the string.
-      return std::min({at + 2 * fence.size() - 1, text.find_first_not_of(quote, at), text.size()});
-    } else if (!fenced && (text[at] == quote || text[at] == '\n')) {
-      return at + 1;
-    }
-  }
-  return text.size();
-}
-
-/// Counts the dots between any two of the marks that end a key, outside of strings and comments.
-bool HasDeepKey(std::string_view text) {
+/// All dots but the first of a word with a digit on either side, as in 0.5.
+int DotsOutsideNumbers(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789";
+  constexpr std::string_view kBetweenWords = " \t\r\n,=[]{}";
   int dots = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const char letter = text[at];
-    if (letter == '"' || letter == '\'') {
-      at = EndOfString(text, at);
-    } else if (letter == '#') {
-      at = std::min(text.find('\n', at), text.size());
-    } else {
-      if (letter == '.' && ++dots > kMaxDotsInKey) {
-        return true;
-      }
-      if (std::string_view("\n=,[]{}").find(letter) != std::string_view::npos) {
-        dots = 0;
-      }
-      ++at;
+  bool hasDot = false;  // the word so far
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (kBetweenWords.find(text[at]) != text.npos) {
+      hasDot = false;
+    } else if (text[at] == '.') {
+      const bool isDecimal = !hasDot && at > 0 && kDigits.find(text[at - 1]) != text.npos &&
+                             at + 1 < text.size() && kDigits.find(text[at + 1]) != text.npos;
+      dots += isDecimal ? 0 : 1;
+      hasDot = true;
     }
   }
-  return false;
+  return dots;
 }
 
 }  // namespace
@@ -76,9 +56,9 @@ toml::table ParseToml(std::string_view text, std::string_view name) {
   if (text.size() > kMaxTomlBytes) {
     Refuse(ExitCode::kUsage, "{}: is longer than {} bytes, too long for a scene", name, kMaxTomlBytes);
   }
-  if (HasDeepKey(text)) {
-    Refuse(ExitCode::kUsage, "{}: has a key of more than {} parts, and a scene's have two at most", name,
-           kMaxDotsInKey);
+  if (DotsOutsideNumbers(text) > kMaxDots) {
+    Refuse(ExitCode::kUsage, "{}: has more than {} dots outside of numbers, too many for a scene", name,
+           kMaxDots);
   }
   try {
     return toml::parse(text, name);
