@@ -21,6 +21,7 @@ using minihost::Depth;
 using minihost::Image;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsSupersetOf;
 
 class Tool : public testing::Test {
  protected:
@@ -169,6 +170,19 @@ TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
   EXPECT_THAT(render("--proxy 1"), HasSubstr("2 done before"));
   EXPECT_THAT(folder_.Names(), ElementsAre(".s.%d.png.vintrel", "p.1.png", "p.2.png", "p.3.png", "s.1.png",
                                            "s.2.png", "s.3.png"));
+}
+
+TEST_F(Tool, FillsGapsAsItIsTold) {
+  for (const char* name : {"p.1.png", "p.3.png"}) {
+    WritePlate(name, Depth::kBits8, false);
+  }
+  EXPECT_THAT(RunHere("render -q 'p.%d.png' -o 'e.%d.png'").err, HasSubstr("no frame 2; try --missing skip"));
+  Render("'p.%d.png' -o 's.%d.png' --missing skip");
+  EXPECT_THAT(Run("render 'p.%d.png' -o 'b.%d.png' --missing black --progress json").err,
+              testing::ContainsRegex("\\{\"frame\":1,.*\n\\{\"frame\":2,.*\n\\{\"frame\":3,"));
+  EXPECT_THAT(folder_.Names(),
+              IsSupersetOf({"b.1.png", "b.2.png", "b.3.png", "e.1.png", "s.1.png", "s.3.png"}));
+  EXPECT_FALSE(std::filesystem::exists("s.2.png"));
 }
 
 TEST_F(Tool, OptionsReachTheEffect) {

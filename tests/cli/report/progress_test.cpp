@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
+#include <vector>
+
 namespace {
 
 using cli::ProgressColor;
@@ -29,6 +32,47 @@ TEST(Progress, Texts) {
   EXPECT_EQ(FormatBar({.done = 2, .total = 2, .seconds = 1}, 39, ProgressColor::kPlain),
             "[============]  2/2  2.0 fps  0:00 left");
   EXPECT_EQ(cli::FormatLine({.total = 3}), "0 of 3 frames, 0.0 fps, -:-- left");
+}
+
+TEST(Progress, WritesAsOftenAsItsStyleSays) {
+  const struct {
+    ProgressStyle style;
+    double frameSeconds;
+    std::size_t writes;
+    const char* last;
+  } cases[] = {
+      {ProgressStyle::kNone, 20, 0, ""},
+      {ProgressStyle::kLines, 0.25, 0, ""},
+      {ProgressStyle::kLines, 4, 6, "18 of 20 frames, 0.2 fps, 0:08 left\n"},
+      {ProgressStyle::kJson, 0.25, 20, "{\"frame\":26,\"done\":20,\"total\":20,\"fps\":4.000}\n"},
+      // The first bar, one a tenth of a second, and in the end none.
+      {ProgressStyle::kBar, 0.0625, 12, "\r\x1b[K"},
+      {ProgressStyle::kBar, 1, 22, "\r\x1b[K"},
+  };
+  for (const auto& [style, frameSeconds, count, last] : cases) {
+    SCOPED_TRACE(testing::Message() << int(style) << " at " << frameSeconds);
+    double now = 1000;
+    std::vector<std::string> writes;
+    {
+      cli::Progress progress(style, 20,
+                             {.write = [&](const std::string& text) { writes.push_back(text); },
+                              .clock = [&] { return now; },
+                              .width = [] { return 44; }});
+      for (std::int32_t frame = 7; frame < 27; ++frame) {
+        now += frameSeconds;
+        progress.FrameDone(frame);
+      }
+    }
+    EXPECT_EQ(writes.size(), count);
+    EXPECT_EQ(writes.empty() ? "" : writes.back(), last);
+    if (style == ProgressStyle::kBar) {
+      EXPECT_EQ(writes.front(), "\r\x1b[K[              ]   0/20  0.0 fps  -:-- left");
+    }
+  }
+  using cli::ProgressWish;
+  EXPECT_EQ(cli::StyleFor(ProgressWish::kNone), ProgressStyle::kNone);
+  EXPECT_EQ(cli::StyleFor(ProgressWish::kJson), ProgressStyle::kJson);
+  EXPECT_NE(cli::StyleFor(ProgressWish::kText), ProgressStyle::kNone);
 }
 
 }  // namespace

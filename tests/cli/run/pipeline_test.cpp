@@ -112,6 +112,14 @@ PF_Err FailingEntry(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, PF_Par
   return cmd == PF_Cmd_SMART_RENDER && in_data->current_time == kFailingTime ? 77 : err;
 }
 
+std::atomic<int> instancesMade = 0;
+
+PF_Err CountingEntry(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* params[],
+                     PF_LayerDef* output, void* extra) {
+  instancesMade += cmd == PF_Cmd_SEQUENCE_SETUP ? 1 : 0;
+  return MainEntry(cmd, in_data, out_data, params, output, extra);
+}
+
 cli::RenderJob JobOf(std::vector<std::int32_t> frames, minihost::EntryPoint entry = &MainEntry) {
   const auto effect = minihost::Effect::Linked(entry);
   minihost::ParameterSet parameters(effect->SharedParameters());
@@ -125,7 +133,7 @@ cli::RenderJob JobOf(std::vector<std::int32_t> frames, minihost::EntryPoint entr
 }
 
 TEST(Pipeline, WritesInOrderTheSameBytesAtAnyNumberOfJobsAsForEachFrameAlone) {
-  cli::RenderJob job = JobOf({-3, -2, -1, 0, 1, 2, 3, 4, 9, 10, 7});
+  cli::RenderJob job = JobOf({-3, -2, -1, 0, 1, 2, 3, 4, 9, 10, 7}, &CountingEntry);
   std::map<std::int32_t, std::string> alone;
   for (const std::int32_t frame : job.frames) {
     cli::RenderJob one = job;
@@ -140,6 +148,7 @@ TEST(Pipeline, WritesInOrderTheSameBytesAtAnyNumberOfJobsAsForEachFrameAlone) {
     job.jobs = jobs;
     FakeSource source;
     FakeSink sink;
+    instancesMade = 0;
     const cli::RunSummary summary =
         cli::RunPipeline(job, source, sink, {.report = [&](std::int32_t frame, FrameOutcome outcome) {
                            EXPECT_EQ(outcome, FrameOutcome::kWritten);
@@ -149,6 +158,7 @@ TEST(Pipeline, WritesInOrderTheSameBytesAtAnyNumberOfJobsAsForEachFrameAlone) {
     for (const auto& [frame, bytes] : alone) {
       EXPECT_TRUE(sink.bytes[frame] == bytes) << "frame " << frame << ", jobs " << jobs;
     }
+    EXPECT_LE(instancesMade, jobs) << "none is left unused while another is made";
     EXPECT_TRUE(sink.finished);
     EXPECT_EQ(summary.written, job.frames.size());
     EXPECT_EQ(CodeOf(summary), ExitCode::kDone);
