@@ -25,7 +25,7 @@ std::string CheckNumber(const std::string& text) {
   std::string_view rest = text;
   const std::errc error = TakeNumber(rest, number);
   if (error == std::errc::result_out_of_range) {
-    return fmt::format("'{}' is out of all proportion", text);
+    return fmt::format("'{}' is too large", text);
   }
   if (error == std::errc() && rest.empty()) {
     return {};
@@ -48,12 +48,12 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
   add("--key", Kind::kKeys, "", "Keys of a parameter: Speed@0=100:smooth,48=400")
       ->type_name("NAME@FRAME=VALUE");
   add("--seed", Kind::kValue, fmt::format("{}=", kRandomSeed),
-      "Another fall of snow: short for --set random-seed=N")
+      "Another arrangement of flakes: short for --set random-seed=N")
       ->type_name("N");
-  const auto hideGround = [&changes] {
+  const auto hideBackground = [&changes] {
     changes.push_back({Kind::kValue, fmt::format("{}=off", kCompositeWithOriginal)});
   };
-  command.add_flag_callback("--only-snow", hideGround, "Snow alone, on a transparent ground")
+  command.add_flag_callback("--only-snow", hideBackground, "Snow alone, on a transparent background")
       ->trigger_on_parse();
 }
 
@@ -61,7 +61,7 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
 void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
   command.add_option("INPUT", options.input,
                      "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
-  command.add_option("--blank", options.blank, "Snow on nothing, of this size")->type_name("WxH");
+  command.add_option("--blank", options.blank, "A transparent input of this size")->type_name("WxH");
   command.add_option("-o,--output", options.output, outputs)->type_name("FILE");
   command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
   command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
@@ -144,7 +144,7 @@ std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
       ->footer("Example:\n  vintrel params | grep -i wiggle");
   app->add_subcommand("about", "Say what the effect says about itself")->footer("Example:\n  vintrel about");
   app->footer(
-      "'vintrel COMMAND --help' tells more.\n"
+      "'vintrel COMMAND --help' says more.\n"
       "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
   for (CLI::App* command : app->get_subcommands({})) {
     for (CLI::Option* option : command->get_options()) {
@@ -160,7 +160,7 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   const auto used = app.get_subcommands();
   const std::string help =
-      fmt::format("'vintrel {}--help' tells what there is", used.empty() ? "" : used[0]->get_name() + ' ');
+      fmt::format("see: vintrel {}--help", used.empty() ? "" : used[0]->get_name() + ' ');
   if (unknown.empty() && used.empty()) {
     return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
   }
@@ -180,9 +180,10 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   const std::string suggestion =
       SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
   if (used.empty()) {
-    return fmt::format("there is no command '{}'{}; {}", unknown[0], suggestion, help);
+    return fmt::format("unknown command '{}'{}; {}", unknown[0], suggestion, help);
   }
-  return fmt::format("'{}' is one too many{}; {}", unknown[0], suggestion, help);
+  return fmt::format("{} '{}'{}; {}", unknown[0].starts_with('-') ? "unknown option" : "unexpected argument",
+                     unknown[0], suggestion, help);
 }
 
 }  // namespace cli

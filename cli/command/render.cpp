@@ -50,8 +50,8 @@ std::optional<Resumption> ResumptionOf(const ShotOptions& options, const Scene& 
     return {};
   }
   Refuse(ExitCode::kUsage,
-         "--resume: a video is one file and cannot be taken up in the middle; render to numbered pictures "
-         "such as -o snow.####.png to be able to resume");
+         "--resume: a video or a single picture cannot be resumed; render to numbered pictures, such as -o "
+         "snow.####.png");
 }
 
 void SaveScene(const std::filesystem::path& file, const Scene& scene, const InputFiles& inputs) {
@@ -77,7 +77,7 @@ std::string Frames(std::size_t count) {
 void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
   fmt::print("{}\n", WriteScene(scene));
   fmt::print("# {} from {} to {}, {}, {}\n", Frames(plan.job.frames.size()),
-             scene.blank ? "blank ground" : scene.input, scene.output, SizeText(plan.traits),
+             scene.blank ? "blank frames" : scene.input, scene.output, SizeText(plan.traits),
              isVideo ? "one video" : "one file a frame");
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 void ApplyInput(const ShotOptions& options, Scene& scene) {
   if (!options.input.empty() && !options.blank.empty()) {
-    Refuse(ExitCode::kUsage, "an input and --blank exclude each other; give one of them");
+    Refuse(ExitCode::kUsage, "an input and --blank cannot be combined; give one of them");
   }
   if (!options.input.empty()) {
     scene.input = options.input;

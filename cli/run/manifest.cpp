@@ -38,6 +38,15 @@ std::optional<std::string> Contents(const std::filesystem::path& file) {
   return bytes;
 }
 
+/// Empty when there is no such file or it cannot be read.
+std::optional<FileMark> MarkOf(const std::filesystem::path& file) {
+  const auto bytes = Contents(file);
+  if (!bytes) {
+    return {};
+  }
+  return FileMark{bytes->size(), Hash(*bytes)};
+}
+
 /// Takes the next field, up to a space or the end, off `line`.
 std::string_view TakeField(std::string_view& line) {
   const std::string_view field = line.substr(0, line.find(' '));
@@ -64,14 +73,6 @@ bool Append(int descriptor, std::string_view line) {
 }
 
 }  // namespace
-
-std::optional<FileMark> MarkOf(const std::filesystem::path& file) {
-  const auto bytes = Contents(file);
-  if (!bytes) {
-    return {};
-  }
-  return FileMark{bytes->size(), Hash(*bytes)};
-}
 
 std::filesystem::path ManifestName(const std::filesystem::path& pattern) {
   return pattern.parent_path() / fmt::format(".{}.vintrel", pattern.filename().string());

@@ -1,10 +1,9 @@
-// The list beside a sequence of what made each of its files, so that a run can be taken up where it ended.
+// The list beside a sequence of what made each of its files, so that a run can be resumed where it ended.
 //
 // A line of text for each file: `frame size contents recipe check`, the last three in 16 hexadecimal digits.
 // The recipe stands for the scene, the version of the tool and the frame's input; the check for the line
-// before it.  Lines are
-// appended with one write each and the last of a frame counts.  Whatever else the file holds, a line cut
-// short by a crash or written by another version, is passed over.
+// before it.  Lines are appended with one write each and the last of a frame counts.  Whatever else the file
+// holds, a line cut short by a crash or written by another version, is passed over.
 //
 // Nothing is brought to the disk by force: a frame counts as done only when its file has the size and the
 // contents that are noted, so the worst that a lost line costs is rendering its frame again.
@@ -25,9 +24,6 @@ struct FileMark {
   std::uint64_t contents = 0;
   bool operator==(const FileMark&) const = default;
 };
-
-/// Empty when there is no such file or it cannot be read.
-std::optional<FileMark> MarkOf(const std::filesystem::path& file);
 
 /// `folder/snow.####.png` has its list in `folder/.snow.####.png.vintrel`.
 std::filesystem::path ManifestName(const std::filesystem::path& pattern);

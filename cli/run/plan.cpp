@@ -34,8 +34,7 @@ void OpenInput(const Scene& scene, RenderPlan& plan) {
     plan.video = opened.video;
     plan.notes = std::move(opened.notes);
   } else {
-    Refuse(ExitCode::kUsage,
-           "nothing to snow on: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
+    Refuse(ExitCode::kUsage, "no input: name a picture, a sequence or a video, or give --blank WIDTHxHEIGHT");
   }
   if (scene.proxy > 1) {
     plan.source = std::make_unique<ProxySource>(std::move(plan.source), scene.proxy);

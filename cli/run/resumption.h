@@ -1,4 +1,4 @@
-// Taking up a sequence where an earlier run ended.
+// Resuming a sequence where an earlier run ended.
 #pragma once
 
 #include <cstdint>

@@ -88,7 +88,7 @@ minihost::Track KeyCollector::Finish() const {
 void AssignKeys(minihost::ParameterSet& parameters, std::string_view text) {
   const std::size_t at = text.find('@');
   if (at == text.npos) {
-    Refuse(ExitCode::kUsage, "'{}' sets no keys; write a name, @ and keys: Speed@0=100,48=400", text);
+    Refuse(ExitCode::kUsage, "'{}' has no keys; write a name, @ and keys: Speed@0=100,48=400", text);
   }
   const ParameterInfo& parameter = ParameterNames(parameters.List()).Find(text.substr(0, at));
   KeyCollector keys(parameter);

@@ -14,7 +14,7 @@ namespace cli {
 void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
   const std::size_t equals = assignment.find('=');
   if (equals == assignment.npos) {
-    Refuse(ExitCode::kUsage, "'{}' sets nothing; write a name, = and a value: Flakes=20000", assignment);
+    Refuse(ExitCode::kUsage, "'{}' has no value; write a name, = and a value: Flakes=20000", assignment);
   }
   const minihost::ParameterInfo& parameter =
       ParameterNames(parameters.List()).Find(assignment.substr(0, equals));

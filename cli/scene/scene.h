@@ -14,11 +14,11 @@ struct Scene {
   explicit Scene(minihost::SharedParameterList list) : parameters(std::move(list)) {}
 
   std::string input;                       // a path or a pattern; empty with `blank`
-  std::optional<FrameSize> blank;          // transparent ground of this size in place of an input
+  std::optional<FrameSize> blank;          // transparent frames of this size in place of an input
   std::string output;                      // a path or a pattern
   std::string frames;                      // as ParseFrames reads it; empty: the input's, or frame 0
   std::string fps;                         // as ParseFrameRate reads it; empty: the input's, or 24
-  double shutterDegrees = 180;             // kMinShutterDegrees..kMaxShutterDegrees
+  double shutterDegrees = 180;             // 1..720
   std::optional<minihost::Depth> depth;    // empty: the input's
   AlphaForm alpha = AlphaForm::kStraight;  // of a video; pictures say it themselves
   std::string compression;                 // of picture files (cli/picture/writer.h); empty: zip

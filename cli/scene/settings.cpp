@@ -13,6 +13,9 @@ namespace {
 
 using minihost::Depth;
 
+constexpr double kMinShutterDegrees = 1;
+constexpr double kMaxShutterDegrees = 720;
+
 // Beyond this it is nonsense, not anamorphic.
 constexpr double kMaxPixelAspect = 100;
 
@@ -61,13 +64,12 @@ std::string_view FormatAlphaForm(AlphaForm form) {
 }
 
 void CheckShutter(double degrees) {
-  if (degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees) {
-    return;
+  if (!(degrees >= kMinShutterDegrees && degrees <= kMaxShutterDegrees)) {
+    Refuse(ExitCode::kUsage,
+           "{} is not between {} and {} degrees (no shutter at all would count as one open for the whole "
+           "frame; the least blur is {})",
+           degrees, kMinShutterDegrees, kMaxShutterDegrees, kMinShutterDegrees);
   }
-  Refuse(ExitCode::kUsage,
-         "{} is not between {} and {} degrees (no shutter at all would count as one open for the whole "
-         "frame; the least blur is {})",
-         degrees, kMinShutterDegrees, kMaxShutterDegrees, kMinShutterDegrees);
 }
 
 void CheckProxy(double divisor) {

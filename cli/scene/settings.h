@@ -31,10 +31,10 @@ std::string_view FormatDepth(minihost::Depth depth);
 AlphaForm ParseAlphaForm(std::string_view text);
 std::string_view FormatAlphaForm(AlphaForm form);
 
-inline constexpr double kMinShutterDegrees = 1;
-inline constexpr double kMaxShutterDegrees = 720;
+/// 1 to 720.
 void CheckShutter(double degrees);
 
+/// 1, 2 or 4.
 void CheckProxy(double divisor);
 
 /// Whether a pixel may be believed to be so many times as wide as high: 1/100 to 100.

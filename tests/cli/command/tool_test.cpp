@@ -222,8 +222,9 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
   };
   const Case cases[] = {
       {"", 2, "no command; begin with: vintrel render"},
-      {"rendr", 2, "there is no command 'rendr' (did you mean 'render'?)"},
-      {"render a.png -o b.png --franes 1", 2, "'--franes' is one too many (did you mean '--frames'?)"},
+      {"rendr", 2, "unknown command 'rendr' (did you mean 'render'?)"},
+      {"render a.png -o b.png --franes 1", 2, "unknown option '--franes' (did you mean '--frames'?)"},
+      {"render a.png b.png -o c.png", 2, "unexpected argument 'b.png'; see: vintrel render --help"},
       {"render a.png -o b.png --frames 0-1", 2, "2 frames need a place for their number"},
       {"render a.png -o b.png --frames 5-", 2, "--frames: '5-'"},
       {"render a.png -o b.png --frames 2147483647 --fps 23.976", 2,
@@ -237,8 +238,8 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render a.png -o b.tif --compression piz", 2, "a TIFF takes (did you mean 'zip'?): none, packbits"},
       {"render a.png -o b.mkv --compression none", 2, "a video has its own"},
       {"render a.png -o b.mkv --part 1/2", 1, "no frame to write, so 'b.mkv' was not made"},
-      {"render a.png -o b.mkv --resume", 2, "cannot be taken up in the middle"},
-      {"render a.png -o b.png --resume", 2, "cannot be taken up in the middle"},
+      {"render a.png -o b.mkv --resume", 2, "cannot be resumed"},
+      {"render a.png -o b.png --resume", 2, "cannot be resumed"},
       {"render 5.png -o '%d.png' --frames 3-6", 2, "'5.png' would overwrite the input"},
       {"render '%d.png' -o '%d.png'", 2, "'5.png' would overwrite the input"},
       {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
@@ -250,7 +251,7 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
     EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr(part)) << arguments;
   }
-  const Case ofTheProcess[] = {{"rendr", 2, "there is no command"},
+  const Case ofTheProcess[] = {{"rendr", 2, "unknown command"},
                                {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
                                {"render none.png -o b.png", 3, "cannot read 'none.png'"},
                                {"params >/dev/full", 4, "cannot write"}};

@@ -1,4 +1,4 @@
-// Frames that are no video: blank ground, one picture, numbered pictures; and what decides among them.
+// Frames that are no video: blank frames, one picture, numbered pictures; and what decides among them.
 #include <gmock/gmock.h>
 
 #include <fstream>

@@ -41,7 +41,7 @@ TEST(KeyText, RefusesTheRest) {
     const char* text;
     const char* message;
   } cases[] = {
-      {"Speed=5", "'Speed=5' sets no keys; write a name, @ and keys"},
+      {"Speed=5", "'Speed=5' has no keys; write a name, @ and keys"},
       {"Sped@0=1", "did you mean 'speed'?"},
       {"Speed@", "Speed: '' is not a key; write frame=value"},
       {"Speed@0=1,", "Speed: '' is not a key"},
