@@ -1,6 +1,5 @@
 #include "cli/run/input_files.h"
 
-#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include "cli/report/error.h"

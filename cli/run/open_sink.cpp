@@ -1,7 +1,5 @@
 #include "cli/run/open_sink.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <utility>

@@ -29,6 +29,18 @@ std::int32_t TakeFrame(std::string_view& rest, std::string_view item) {
   return number;
 }
 
+/// Takes the mark that has to come next off the front of `rest`; false when nothing comes.
+bool TakeMark(std::string_view& rest, char mark, std::string_view item) {
+  if (rest.empty()) {
+    return false;
+  }
+  if (rest.front() != mark) {
+    RefuseItem(item, kNotFrames);
+  }
+  rest.remove_prefix(1);
+  return true;
+}
+
 struct Range {
   std::int32_t first;
   std::int32_t last;
@@ -38,24 +50,16 @@ struct Range {
 Range ParseItem(std::string_view item) {
   std::string_view rest = item;
   const std::int32_t first = TakeFrame(rest, item);
-  if (rest.empty()) {
+  if (!TakeMark(rest, '-', item)) {
     return {first, first};
   }
-  if (rest.front() != '-') {
-    RefuseItem(item, kNotFrames);
-  }
-  rest.remove_prefix(1);
   const std::int32_t last = TakeFrame(rest, item);
   if (last < first) {
     RefuseItem(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
   }
-  if (rest.empty()) {
+  if (!TakeMark(rest, 'x', item)) {
     return {first, last};
   }
-  if (rest.front() != 'x') {
-    RefuseItem(item, kNotFrames);
-  }
-  rest.remove_prefix(1);
   const std::int32_t step = TakeFrame(rest, item);
   if (!rest.empty()) {
     RefuseItem(item, kNotFrames);

@@ -1,7 +1,5 @@
 #include "cli/scene/frame_rate.h"
 
-#include <fmt/format.h>
-
 #include <cmath>
 #include <numeric>
 

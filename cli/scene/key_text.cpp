@@ -1,7 +1,5 @@
 #include "cli/scene/key_text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

@@ -1,7 +1,5 @@
 #include "cli/scene/parameter_assignment.h"
 
-#include <fmt/format.h>
-
 #include <stdexcept>
 
 #include "cli/report/error.h"
