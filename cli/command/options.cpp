@@ -120,7 +120,7 @@ void AddRender(CLI::App& app, ShotOptions& options) {
 void AddSheet(CLI::App& app, CommandLine& line) {
   CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
   AddShot(*sheet, line.shot, "The sheet: .png .tif .exr");
-  sheet->add_option("--count", line.sheetCells, "Pictures on the sheet, 1 to 64 (default 12)")
+  sheet->add_option("--count", line.sheetCells, "Pictures on the sheet, 1 to 400 (default 12)")
       ->type_name("N")
       ->check(CheckNumber<int>);
   sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
@@ -165,7 +165,12 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
   }
   if (unknown.empty()) {
-    return fmt::format("{}; {}", error.what(), help);
+    // "--fps: 1 required RATE missing", of options that all take one value.
+    const std::string_view what = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && what.ends_with(" missing")) {
+      return fmt::format("{} needs a value; {}", what.substr(0, what.find(':')), help);
+    }
+    return fmt::format("{}; {}", what, help);
   }
   std::vector<std::string> names;
   if (used.empty()) {

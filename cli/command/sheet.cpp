@@ -15,6 +15,7 @@
 #include "cli/scene/frame_range.h"
 
 namespace cli {
+
 ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect) {
   const auto say = [&](const std::string& line) {
     if (!options.quiet) {
@@ -56,8 +57,8 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
   } else {
     const Picture& picture = sheet.Sheet();
     WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.compression));
-    say(fmt::format("{} pictures on '{}', {} x {}", summary.written, scene.output, picture.image.Width(),
-                    picture.image.Height()));
+    say(fmt::format("{} picture{} on '{}', {} x {}", summary.written, summary.written == 1 ? "" : "s",
+                    scene.output, picture.image.Width(), picture.image.Height()));
   }
   return CodeOf(summary);
 }

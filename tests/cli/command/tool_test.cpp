@@ -224,6 +224,8 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"", 2, "no command; begin with: vintrel render"},
       {"rendr", 2, "unknown command 'rendr' (did you mean 'render'?)"},
       {"render a.png -o b.png --franes 1", 2, "unknown option '--franes' (did you mean '--frames'?)"},
+      {"render a.png -o b.png --fps", 2, "--fps needs a value; see: vintrel render --help"},
+      {"render a.png -o b.png --jobs -1", 2, "--jobs: -1 is not between 0 and 1024"},
       {"render a.png b.png -o c.png", 2, "unexpected argument 'b.png'; see: vintrel render --help"},
       {"render a.png -o b.png --frames 0-1", 2, "2 frames need a place for their number"},
       {"render a.png -o b.png --frames 5-", 2, "--frames: '5-'"},
