@@ -8,7 +8,9 @@
 #include "cli/scene/parameter_text.h"
 
 namespace cli {
+namespace {
 
+/// NAME=VALUE, for all time.  Keys that the parameter had are gone.
 void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
   const std::size_t equals = assignment.find('=');
   if (equals == assignment.npos) {
@@ -22,6 +24,8 @@ void Assign(minihost::ParameterSet& parameters, std::string_view assignment) {
     Refuse(ExitCode::kUsage, "{}", error.what());
   }
 }
+
+}  // namespace
 
 void Apply(minihost::ParameterSet& parameters, const ParameterChange& change) {
   if (change.kind == ParameterChange::Kind::kKeys) {

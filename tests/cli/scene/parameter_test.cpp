@@ -3,8 +3,8 @@
 
 #include "cli/scene/parameter_names.h"
 #include "cli/scene/parameter_text.h"
-#include "tests/support/cli/scene_values.h"
 #include "tests/support/cli/expect_error.h"
+#include "tests/support/cli/scene_values.h"
 
 namespace {
 
