@@ -1,7 +1,5 @@
 #include "cli/picture/contact_sheet.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -58,8 +56,7 @@ struct ContactSheet::Reduced : EncodedFrame {
 ContactSheet::ContactSheet(std::vector<std::int32_t> frames, const SourceTraits& traits)
     : frames_(std::move(frames)) {
   if (frames_.empty() || frames_.size() > kMaxCells) {
-    throw ToolError(ExitCode::kUsage,
-                    fmt::format("a contact sheet holds 1 to {} frames, not {}", kMaxCells, frames_.size()));
+    Refuse(ExitCode::kUsage, "a contact sheet holds 1 to {} frames, not {}", kMaxCells, frames_.size());
   }
   columns_ = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(frames_.size()))));
   const std::size_t rows = (frames_.size() + columns_ - 1) / columns_;
@@ -74,9 +71,9 @@ ContactSheet::ContactSheet(std::vector<std::int32_t> frames, const SourceTraits&
   digitScale_ = cellWidth_ < 160 ? 1 : 2;
   const Corner end = CornerOf(rows * columns_);
   if (end.top > Image::kMaxSide) {
-    throw ToolError(ExitCode::kUsage, fmt::format("the contact sheet would be {} pixels high, but {} is the "
-                                                  "limit; try fewer frames",
-                                                  end.top, Image::kMaxSide));
+    Refuse(ExitCode::kUsage,
+           "the contact sheet would be {} pixels high, but {} is the limit; try fewer frames", end.top,
+           Image::kMaxSide);
   }
   sheet_.image = Image(columns * (cellWidth_ + kGap) + kGap, end.top, Depth::kBits8);
   const PF_LayerDef world = sheet_.image.World();

@@ -24,10 +24,6 @@ using minihost::Image;
 constexpr char kStraight[] = "oiio:UnassociatedAlpha";
 constexpr std::array<std::string_view, 4> kFormats = {"png", "jpeg", "tiff", "openexr"};
 
-[[noreturn]] void Refuse(const std::filesystem::path& path, std::string_view reason) {
-  throw ToolError(ExitCode::kInput, fmt::format("cannot read '{}': {}", path.string(), reason));
-}
-
 /// Where a file's channels are; -1 is none.
 struct Channels {
   int red;
@@ -135,26 +131,26 @@ class Source {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status)) {
-      Refuse(path, error ? error.message() : "no such file");
+      RefuseInput(path, error ? error.message() : "no such file");
     }
     if (std::filesystem::is_directory(status)) {
-      Refuse(path, "it is a folder");
+      RefuseInput(path, "it is a folder");
     }
     if (!std::filesystem::is_regular_file(status)) {
-      Refuse(path, "it is not a regular file");
+      RefuseInput(path, "it is not a regular file");
     }
     OIIO::ImageSpec wish;
     wish[kStraight] = 1;
     input_ = OIIO::ImageInput::open(path.string(), &wish);
     if (!input_) {
-      Refuse(path, FirstLine(OIIO::geterror()));
+      RefuseInput(path, FirstLine(OIIO::geterror()));
     }
     if (std::find(kFormats.begin(), kFormats.end(), input_->format_name()) == kFormats.end()) {
-      Refuse(path, fmt::format("it is of the format '{}'; PNG, JPEG, TIFF and EXR are read",
-                               input_->format_name()));
+      RefuseInput(path, fmt::format("it is of the format '{}'; PNG, JPEG, TIFF and EXR are read",
+                                    input_->format_name()));
     }
     if (Spec().deep) {
-      Refuse(path, "it holds deep pixels; flatten it first");
+      RefuseInput(path, "it holds deep pixels; flatten it first");
     }
   }
 
@@ -172,7 +168,7 @@ class Source {
     // Of damage in the middle some readers tell here only, and go on.
     const std::string complaint = input_->geterror();
     if (!done || !complaint.empty()) {
-      Refuse(path_, FirstLine(complaint));
+      RefuseInput(path_, FirstLine(complaint));
     }
     return samples;
   }
@@ -267,8 +263,8 @@ Picture ReadPicture(const std::filesystem::path& path, std::optional<Depth> dept
   const OIIO::ImageSpec& spec = source.Spec();
   const int side = std::max({spec.width, spec.height, spec.full_width, spec.full_height});
   if (side > Image::kMaxSide) {
-    Refuse(path,
-           fmt::format("it is {} pixels long; at most {} a side can be drawn on", side, Image::kMaxSide));
+    RefuseInput(
+        path, fmt::format("it is {} pixels long; at most {} a side can be drawn on", side, Image::kMaxSide));
   }
   PictureTraits traits;
   traits.hasAlpha = FindChannels(spec).alpha >= 0;
@@ -280,7 +276,7 @@ Picture ReadPicture(const std::filesystem::path& path, std::optional<Depth> dept
   try {
     return {ReadPixels(source, depth.value_or(DepthOfFile(spec)), traits.clearColor), std::move(traits)};
   } catch (const std::bad_alloc&) {
-    Refuse(path, fmt::format("there is no memory for {} x {} pixels", spec.width, spec.height));
+    RefuseInput(path, fmt::format("there is no memory for {} x {} pixels", spec.width, spec.height));
   }
 }
 

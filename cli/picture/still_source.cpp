@@ -59,11 +59,9 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
     }
   }
   if (files_.empty()) {
-    throw ToolError(ExitCode::kInput,
-                    fmt::format("cannot read '{}': {}", path.string(),
-                                error ? error.message()
-                                      : fmt::format("there is no file such as '{}'",
-                                                    pattern.ForFrame(1).filename().string())));
+    RefuseInput(
+        path, error ? error.message()
+                    : fmt::format("there is no file such as '{}'", pattern.ForFrame(1).filename().string()));
   }
   traits_ = TraitsOf(ReadPicture(files_.begin()->second, depth));
   traits_.firstFrame = files_.begin()->first;
@@ -79,11 +77,9 @@ std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
   if (picture.image.Width() == traits_.width && picture.image.Height() == traits_.height) {
     return picture;
   }
-  throw ToolError(ExitCode::kInput,
-                  fmt::format("'{}' is {} x {} pixels, but '{}' is {} x {}; "
-                              "all frames need one size",
-                              file->second.string(), picture.image.Width(), picture.image.Height(),
-                              files_.begin()->second.filename().string(), traits_.width, traits_.height));
+  Refuse(ExitCode::kInput, "'{}' is {} x {} pixels, but '{}' is {} x {}; all frames need one size",
+         file->second.string(), picture.image.Width(), picture.image.Height(),
+         files_.begin()->second.filename().string(), traits_.width, traits_.height);
 }
 
 std::filesystem::path SequenceSource::FileOf(std::int32_t frame) const {

@@ -108,7 +108,7 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
   OIIO::Filesystem::IOVecOutput memory(bytes);
   const auto output = OIIO::ImageOutput::create(NameOf(format));
   if (!output) {
-    throw ToolError(ExitCode::kOutput, fmt::format("no encoder: {}", OIIO::geterror()));
+    Refuse(ExitCode::kOutput, "no encoder: {}", OIIO::geterror());
   }
   const bool done = output->set_ioproxy(&memory) && output->open(NameOf(format), spec) &&
                     output->write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data()) &&
@@ -122,8 +122,8 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
     return Encode(samples, spec, format);
   }
   if (!done || bytes.empty()) {
-    throw ToolError(ExitCode::kOutput, fmt::format("cannot encode {} x {} pixels as {}: {}", spec.width,
-                                                   spec.height, NameOf(format), complaint));
+    Refuse(ExitCode::kOutput, "cannot encode {} x {} pixels as {}: {}", spec.width, spec.height,
+           NameOf(format), complaint);
   }
   return bytes;
 }
@@ -150,8 +150,7 @@ FileFormat FormatOf(const std::filesystem::path& path) {
   if (const auto format = PictureFormatOf(path)) {
     return *format;
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("output '{}' must end in .png, .tif or .exr", path.filename().string()));
+  Refuse(ExitCode::kUsage, "output '{}' must end in .png, .tif or .exr", path.filename().string());
 }
 
 void CheckCompression(FileFormat format, std::string_view compression) {
@@ -160,9 +159,8 @@ void CheckCompression(FileFormat format, std::string_view compression) {
     return;
   }
   constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
-  throw ToolError(ExitCode::kUsage, fmt::format("compression: '{}' is none of those that {} takes{}: {}",
-                                                compression, kNames[static_cast<int>(format)],
-                                                SuggestNearest(compression, names), fmt::join(names, ", ")));
+  Refuse(ExitCode::kUsage, "compression: '{}' is none of those that {} takes{}: {}", compression,
+         kNames[static_cast<int>(format)], SuggestNearest(compression, names), fmt::join(names, ", "));
 }
 
 std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,

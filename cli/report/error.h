@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -46,6 +47,14 @@ decltype(auto) About(std::string_view subject, Task&& task) {
   } catch (const ToolError& error) {
     Refuse(error.Code(), "{}: {}", subject, error.what());
   }
+}
+
+/// Says no to a file that cannot be read, with kInput, or written, with kOutput; `reason` is half a sentence.
+[[noreturn]] inline void RefuseInput(const std::filesystem::path& path, std::string_view reason) {
+  Refuse(ExitCode::kInput, "cannot read '{}': {}", path.string(), reason);
+}
+[[noreturn]] inline void RefuseOutput(const std::filesystem::path& path, std::string_view reason) {
+  Refuse(ExitCode::kOutput, "cannot write '{}': {}", path.string(), reason);
 }
 
 }  // namespace cli

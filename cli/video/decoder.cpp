@@ -27,13 +27,9 @@ VideoDecoder::VideoDecoder(const std::filesystem::path& path)
   OpenCodec();
   index_.emplace(*file_, Stream());
   if (index_->PictureCount() == 0) {
-    Refuse(index_->Damage().empty() ? "it holds no pictures" : index_->Damage());
+    RefuseInput(path_, index_->Damage().empty() ? "it holds no pictures" : index_->Damage());
   }
   Rewind();
-}
-
-void VideoDecoder::Refuse(const std::string& reason) const {
-  throw ToolError(ExitCode::kInput, fmt::format("cannot read '{}': {}", path_.string(), reason));
 }
 
 void VideoDecoder::Open() {
@@ -44,11 +40,11 @@ void VideoDecoder::Open() {
     error = avformat_find_stream_info(file, nullptr);
   }
   if (error < 0) {
-    Refuse(WhyNotOpened(error));
+    RefuseInput(path_, WhyNotOpened(error));
   }
   stream_ = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream_ < 0) {
-    Refuse("there is no video in it");
+    RefuseInput(path_, "there is no video in it");
   }
   for (int i = 0; i < static_cast<int>(file->nb_streams); ++i) {
     if (i != stream_) {
@@ -61,7 +57,7 @@ void VideoDecoder::OpenCodec() {
   const AVCodecParameters& video = *Stream().codecpar;
   const AVCodec* decoder = avcodec_find_decoder(video.codec_id);
   if (!decoder) {
-    Refuse(fmt::format("there is no decoder for {}", avcodec_get_name(video.codec_id)));
+    RefuseInput(path_, fmt::format("there is no decoder for {}", avcodec_get_name(video.codec_id)));
   }
   codec_.reset(Allocated(avcodec_alloc_context3(decoder)));
   codec_->pkt_timebase = Stream().time_base;
@@ -77,7 +73,7 @@ void VideoDecoder::OpenCodec() {
     error = avcodec_open2(codec_.get(), decoder, nullptr);
   }
   if (error < 0) {
-    Refuse(LibavMessage(error));
+    RefuseInput(path_, LibavMessage(error));
   }
 }
 

@@ -32,7 +32,6 @@ class VideoDecoder {
   const AVFrame& Decode(std::size_t picture);
 
  private:
-  [[noreturn]] void Refuse(const std::string& reason) const;
   void Open();
   void OpenCodec();
   void Rewind();

@@ -40,20 +40,16 @@ VideoReader::VideoReader(const std::filesystem::path& path, std::optional<miniho
   NoteWhatIsNotHeeded();
 }
 
-void VideoReader::Refuse(const std::string& reason) const {
-  throw ToolError(ExitCode::kInput, fmt::format("cannot read '{}': {}", path_.string(), reason));
-}
-
 void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
   const AVCodecParameters& video = *decoder_.Stream().codecpar;
   const auto format = static_cast<AVPixelFormat>(video.format);
   if (const auto reason = WhyUnreadable(format)) {
-    Refuse(*reason);
+    RefuseInput(path_, *reason);
   }
   const auto [shortSide, longSide] = std::minmax(video.width, video.height);
   if (shortSide < 1 || longSide > Image::kMaxSide) {
-    Refuse(fmt::format("it is {} x {} pixels; 1 to {} a side can be drawn on", video.width, video.height,
-                       Image::kMaxSide));
+    RefuseInput(path_, fmt::format("it is {} x {} pixels; 1 to {} a side can be drawn on", video.width,
+                                   video.height, Image::kMaxSide));
   }
   stored_ = {video.width, video.height};
   orientation_ = OrientationOf(decoder_.Stream());
@@ -142,8 +138,7 @@ std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t la
 
 std::optional<Picture> VideoReader::Read(std::int32_t frame) {
   const auto refuse = [&](const std::string& reason) {
-    throw ToolError(ExitCode::kInput,
-                    fmt::format("cannot read frame {} of '{}': {}", frame, path_.string(), reason));
+    Refuse(ExitCode::kInput, "cannot read frame {} of '{}': {}", frame, path_.string(), reason);
   };
   if (frame < 0 || frame >= decoder_.Index().FrameCount()) {
     return {};

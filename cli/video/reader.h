@@ -44,7 +44,6 @@ class VideoReader : public FrameSource {
   bool IsStill() const;
 
  private:
-  [[noreturn]] void Refuse(const std::string& reason) const;
   void FillTraits(std::optional<minihost::Depth> depth);
   void ChooseCoding(AVPixelFormat format);
   void NoteWhatIsNotHeeded();

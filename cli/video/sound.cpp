@@ -19,8 +19,7 @@ AvInput Open(const std::filesystem::path& path) {
   if (error >= 0) {
     return owner;
   }
-  throw ToolError(ExitCode::kInput,
-                  fmt::format("cannot read the sound of '{}': {}", path.string(), LibavMessage(error)));
+  Refuse(ExitCode::kInput, "cannot read the sound of '{}': {}", path.string(), LibavMessage(error));
 }
 
 AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {

@@ -46,8 +46,7 @@ VideoFormat FormatOrRefuse(const std::filesystem::path& path) {
   if (const auto format = VideoFormatOf(path)) {
     return *format;
   }
-  throw ToolError(ExitCode::kUsage,
-                  fmt::format("video '{}' must end in .mp4, .mov or .mkv", path.filename().string()));
+  Refuse(ExitCode::kUsage, "video '{}' must end in .mp4, .mov or .mkv", path.filename().string());
 }
 
 AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
@@ -118,11 +117,9 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& t
     : path_(path), format_(FormatOrRefuse(path)), pending_(path), packet_(Allocated(av_packet_alloc())) {
   SilenceLibav();
   if (format_ == VideoFormat::kMp4 && (traits.width % 2 || traits.height % 2)) {
-    Refuse(
-        fmt::format("MP4 takes an even width and height, and the picture is "
-                    "{} x {}; crop it by a column "
-                    "or a row, or write .mov or .mkv",
-                    traits.width, traits.height));
+    RefuseOutput(path_, fmt::format("MP4 takes an even width and height, and the picture is {} x {}; "
+                                    "crop it by a column or a row, or write .mov or .mkv",
+                                    traits.width, traits.height));
   }
   if (format_ == VideoFormat::kMp4 && traits.hasAlpha) {
     notes_.push_back(fmt::format("'{}' cannot hold alpha; the picture lies over black", path.string()));
@@ -137,17 +134,13 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& t
 
 VideoWriter::~VideoWriter() = default;
 
-void VideoWriter::Refuse(const std::string& reason) const {
-  throw ToolError(ExitCode::kOutput, fmt::format("cannot write '{}': {}", path_.string(), reason));
-}
-
 /// For what the libraries return.  Of a failing disk the file itself knows best, and sometimes alone.
 void VideoWriter::Check(int error) const {
   if (file_->pb && file_->pb->error < 0) {
-    Refuse(LibavMessage(file_->pb->error));
+    RefuseOutput(path_, LibavMessage(file_->pb->error));
   }
   if (error < 0) {
-    Refuse(LibavMessage(error));
+    RefuseOutput(path_, LibavMessage(error));
   }
 }
 
@@ -159,7 +152,7 @@ void VideoWriter::OpenOutput() {
   const int error =
       avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], name.c_str());
   if (error < 0) {
-    Refuse(LibavMessage(error));
+    RefuseOutput(path_, LibavMessage(error));
   }
   file_.reset(file);
   file_->flags |= AVFMT_FLAG_BITEXACT;  // no date, no random numbers
@@ -169,7 +162,7 @@ void VideoWriter::OpenOutput() {
 void VideoWriter::OpenCodec(const VideoTraits& traits) {
   const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(format_));
   if (!encoder) {
-    Refuse(fmt::format("the encoder {} is not there", EncoderOf(format_)));
+    RefuseOutput(path_, fmt::format("the encoder {} is not there", EncoderOf(format_)));
   }
   codec_.reset(Allocated(avcodec_alloc_context3(encoder)));
   const AVPixelFormat pixels = PixelFormatOf(format_, traits);
@@ -192,8 +185,9 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   ChooseOptions(format_, traits, *codec_, options);
   const int error = avcodec_open2(codec_.get(), encoder, options.Get());
   if (error < 0) {
-    Refuse(fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
-                       traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
+    RefuseOutput(path_,
+                 fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
+                             traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
   }
   stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
   Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));

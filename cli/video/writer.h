@@ -56,7 +56,6 @@ class VideoWriter : public FrameSink {
   const std::vector<std::string>& Notes() const { return notes_; }
 
  private:
-  [[noreturn]] void Refuse(const std::string& reason) const;
   void Check(int error) const;
   void OpenOutput();
   void OpenCodec(const VideoTraits& traits);
