@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/sink.h"
+#include "cli/frames/source.h"
 
 namespace cli {
 

@@ -11,7 +11,7 @@ namespace cli {
 /// Reads the first picture of a file, upright.
 ///
 /// Without `depth` the file decides: up to 8 bits a channel stay 8, up to 16 stay 16, all else is float.
-/// Samples go from the file's precision to the depth in one step (cli/sample_convert.h).  Grey becomes three
+/// Samples go from the file's precision to the depth in one step (ConvertSample).  Grey becomes three
 /// equal colours; without alpha every pixel is opaque.  Premultiplied colour is divided by alpha, except
 /// where alpha is 0 or below: there it stays as it is.  Colour values are not converted otherwise.
 ///

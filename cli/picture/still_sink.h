@@ -1,10 +1,13 @@
 // Frames into numbered pictures.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "cli/file/output_name.h"
-#include "cli/frames/frame_io.h"
+#include "cli/frames/sink.h"
 #include "cli/picture/writer.h"
 
 namespace cli {

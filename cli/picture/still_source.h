@@ -5,7 +5,7 @@
 #include <map>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/source.h"
 
 namespace cli {
 
@@ -24,7 +24,7 @@ class StillSource : public FrameSource {
 /// Whether a name has a place for the number of a frame: `plate.####.exr`, `plate.%04d.png`, `plate.@@@.tif`.
 bool IsSequenceName(const std::filesystem::path& path);
 
-/// Numbered files.  The place for the number is written as for output (cli/output_name.h) or as a run of `@`,
+/// Numbered files.  The place for the number is written as for output (OutputName) or as a run of `@`,
 /// one for each digit.
 class SequenceSource : public FrameSource {
  public:

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cli/file/output_name.h"
-#include "cli/frames/frame_io.h"
+#include "cli/frames/sink.h"
 #include "cli/run/input_files.h"
 #include "cli/run/plan.h"
 #include "cli/scene/scene.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/source.h"
 #include "cli/scene/settings.h"
 #include "cli/video/reader.h"
 

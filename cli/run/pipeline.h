@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/sink.h"
+#include "cli/frames/source.h"
 #include "cli/report/error.h"
 #include "minihost/effect.h"
 #include "minihost/frame.h"

@@ -7,8 +7,6 @@
 #include <numeric>
 #include <utility>
 
-#include "cli/frames/blank_source.h"
-#include "cli/frames/proxy_source.h"
 #include "cli/report/error.h"
 #include "cli/run/open_source.h"
 #include "cli/scene/frame_range.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/source.h"
 #include "cli/run/pipeline.h"
 #include "cli/scene/scene.h"
 #include "cli/video/reader.h"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "cli/file/output_name.h"
-#include "cli/frames/frame_io.h"
+#include "cli/frames/source.h"
 #include "cli/run/manifest.h"
 #include "cli/scene/scene.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/frames/frame_io.h"
+#include "cli/frames/source.h"
 #include "cli/frames/orientation.h"
 #include "cli/video/color.h"
 #include "cli/video/decoder.h"

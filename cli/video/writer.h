@@ -1,13 +1,16 @@
 // Frames into a video file: H.264 in .mp4, ProRes 4444 in .mov, lossless FFV1 in .mkv.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/file/pending_file.h"
-#include "cli/frames/frame_io.h"
+#include "cli/frames/sink.h"
+#include "cli/scene/frame_rate.h"
 #include "cli/video/color.h"
 #include "cli/video/libav.h"
 #include "cli/video/sound.h"

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "cli/file/pending_file.h"
-#include "cli/frames/blank_source.h"
+#include "cli/frames/source.h"
 #include "cli/picture/still_sink.h"
 #include "cli/picture/still_source.h"
 #include "cli/run/open_source.h"

@@ -1,4 +1,4 @@
-#include "cli/frames/proxy_source.h"
+#include "cli/frames/source.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,6 +6,19 @@
 #include "minihost/picture/copy.h"
 
 namespace cli {
+
+BlankSource::BlankSource(FrameSize size, minihost::Depth depth) {
+  traits_.width = size.width;
+  traits_.height = size.height;
+  traits_.depth = depth;
+  traits_.hasAlpha = true;
+}
+
+std::optional<Picture> BlankSource::Read(std::int32_t) {
+  PictureTraits traits;
+  traits.hasAlpha = true;
+  return Picture{minihost::Image(traits_.width, traits_.height, traits_.depth), traits};
+}
 
 ProxySource::ProxySource(std::unique_ptr<FrameSource> source, int divisor)
     : source_(std::move(source)), traits_(source_->Traits()) {
