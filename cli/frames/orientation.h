@@ -1,6 +1,8 @@
 // How a camera was held: where the pixels of a stored picture belong in the upright one.
 #pragma once
 
+#include "minihost/picture/image.h"
+
 namespace cli {
 
 /// The eight orientations of picture metadata, 1..8; 1 is upright.
@@ -15,42 +17,38 @@ class Orientation {
     int row;
   };
 
-  /// Numbers outside of 1..8 count as upright.  `stored` is the size in the file.
+  /// Numbers outside of 1..8 count as upright.  `stored` is the size in the file, in pixels.
   constexpr Orientation(int number, Size stored)
-      : number_(number < 1 || number > 8 ? 1 : number), stored_(stored) {}
+      : stored_(stored),
+        mirrorsColumns_(number == 2 || number == 3 || number == 7 || number == 8),
+        mirrorsRows_(number == 3 || number == 4 || number == 6 || number == 7),
+        sideways_(number >= 5 && number <= 8) {}
 
-  /// Whether the picture lies on its side, so that its width and height change places.
-  constexpr bool Sideways() const { return number_ >= 5; }
+  /// Whether every pixel stays where it is.
+  constexpr bool IsUpright() const { return !mirrorsColumns_ && !mirrorsRows_ && !sideways_; }
 
-  constexpr Size Upright() const { return Sideways() ? Size{stored_.height, stored_.width} : stored_; }
+  /// The size of the upright picture: of one that lies on its side, width and height change places.
+  constexpr Size Upright() const { return sideways_ ? Size{stored_.height, stored_.width} : stored_; }
 
-  /// Where the stored pixel at `column`, `row` belongs in the upright picture.
+  /// The width of an upright pixel over its height, from that of a stored one.
+  constexpr double UprightAspect(double stored) const { return sideways_ ? 1 / stored : stored; }
+
+  /// Where the stored pixel at `column`, `row` belongs in the upright picture: mirrored first, and then
+  /// over the diagonal.
   constexpr Place Find(int column, int row) const {
-    const int fromRight = stored_.width - 1 - column;
-    const int fromBottom = stored_.height - 1 - row;
-    switch (number_) {
-      case 2:
-        return {fromRight, row};
-      case 3:
-        return {fromRight, fromBottom};
-      case 4:
-        return {column, fromBottom};
-      case 5:
-        return {row, column};
-      case 6:
-        return {fromBottom, column};
-      case 7:
-        return {fromBottom, fromRight};
-      case 8:
-        return {row, fromRight};
-      default:
-        return {column, row};
-    }
+    const Place mirrored{mirrorsColumns_ ? stored_.width - 1 - column : column,
+                         mirrorsRows_ ? stored_.height - 1 - row : row};
+    return sideways_ ? Place{mirrored.row, mirrored.column} : mirrored;
   }
 
  private:
-  int number_;
   Size stored_;
+  bool mirrorsColumns_;
+  bool mirrorsRows_;
+  bool sideways_;
 };
+
+/// The upright picture of `stored`, whose size is the orientation's.
+minihost::Image TurnUpright(minihost::Image stored, const Orientation& orientation);
 
 }  // namespace cli

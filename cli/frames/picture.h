@@ -22,6 +22,12 @@ struct PictureTraits {
   std::vector<std::uint8_t> iccProfile{};  // of RGB colour; empty when the file has none
 };
 
+/// The pixel aspect that a file states, or 1 for one beyond 100 to 1 either way: nonsense, not anamorphic.
+constexpr double PlausibleAspect(double stated) {
+  constexpr double kMost = 100;
+  return stated >= 1 / kMost && stated <= kMost ? stated : 1;
+}
+
 struct Picture {
   minihost::Image image;
   PictureTraits traits;

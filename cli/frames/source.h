@@ -1,7 +1,7 @@
 // Where frames come from.
 //
-// A render pulls pictures from a source in order, on one thread at a time, and hands what it made of them to a
-// sink.  Stills and video have sources in their own rooms; those that need no files stand here.
+// A render pulls pictures from a source in order, on one thread at a time, and hands what it made of them to
+// a sink.  Stills and video have sources in their own rooms; those that need no files stand here.
 #pragma once
 
 #include <cstdint>

@@ -248,12 +248,8 @@ std::vector<std::uint8_t> ReadProfile(const OIIO::ImageSpec& spec) {
 }
 
 double ReadPixelAspect(const OIIO::ImageSpec& spec) {
-  constexpr double kMost = 100;  // beyond it is nonsense, not anamorphic
-  const double aspect = spec.get_float_attribute("PixelAspectRatio", 1);
-  if (!(aspect >= 1 / kMost && aspect <= kMost)) {
-    return 1;
-  }
-  return Orientation(spec.get_int_attribute("Orientation", 1), {}).Sideways() ? 1 / aspect : aspect;
+  const double stored = PlausibleAspect(spec.get_float_attribute("PixelAspectRatio", 1));
+  return Orientation(spec.get_int_attribute("Orientation", 1), {}).UprightAspect(stored);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include "cli/report/error.h"
 #include "cli/video/pixels.h"
-#include "cli/video/turn.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -25,10 +24,38 @@ const char* NameOfAssumed(AVColorSpace matrix) {
 }
 
 double PixelAspectOf(AVFormatContext& file, AVStream& stream) {
-  constexpr double kMost = 100;  // beyond it is nonsense, not anamorphic
   const AVRational aspect = av_guess_sample_aspect_ratio(&file, &stream, nullptr);
-  const double value = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
-  return value >= 1 / kMost && value <= kMost ? value : 1;
+  return aspect.num > 0 && aspect.den > 0 ? PlausibleAspect(av_q2d(aspect)) : 1;
+}
+
+/// Of a number with 16 bits behind the point; nearly 0 is 0.
+int Sign(std::int32_t fixed) {
+  constexpr std::int32_t kNothing = 1 << 8;
+  return fixed > kNothing ? 1 : fixed < -kNothing ? -1 : 0;
+}
+
+/// How the video asks to be turned when it is shown, as most phones do: the number of an Orientation, 1 when
+/// it asks for nothing; empty when it asks for other than right angles and mirrors.
+std::optional<int> OrientationOf(const AVStream& stream) {
+  const auto* bytes = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+  if (!bytes) {
+    return 1;
+  }
+  // Rows of three: where a step to the right leads, where a step down does, and the place; the last column is
+  // of perspective.
+  const auto* matrix = reinterpret_cast<const std::int32_t*>(bytes);
+  for (int number = 1; number <= 8; ++number) {
+    const Orientation orientation(number, {2, 2});
+    const auto leads = [&](int column, int row, const std::int32_t* step) {
+      const auto from = orientation.Find(0, 0);
+      const auto to = orientation.Find(column, row);
+      return to.column - from.column == Sign(step[0]) && to.row - from.row == Sign(step[1]);
+    };
+    if (leads(1, 0, matrix) && leads(0, 1, matrix + 3)) {
+      return number;
+    }
+  }
+  return {};
 }
 
 }  // namespace
@@ -58,8 +85,7 @@ void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
   traits_.height = orientation.Upright().height;
   traits_.depth = depth.value_or(DepthOf(format));
   traits_.hasAlpha = HasAlpha(format);
-  const double aspect = PixelAspectOf(decoder_.File(), decoder_.Stream());
-  traits_.pixelAspect = orientation.Sideways() ? 1 / aspect : aspect;
+  traits_.pixelAspect = orientation.UprightAspect(PixelAspectOf(decoder_.File(), decoder_.Stream()));
   traits_.rate = decoder_.Index().Rate();
   traits_.firstFrame = 0;
   constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
@@ -157,7 +183,8 @@ std::optional<Picture> VideoReader::Read(std::int32_t frame) {
     if (const auto reason = WhyUnreadable(static_cast<AVPixelFormat>(decoded.format))) {
       refuse(*reason);
     }
-    picture.image = Turn(DecodePixels(decoded, coding_, traits_.depth, alpha_), orientation_.value_or(1));
+    picture.image = TurnUpright(DecodePixels(decoded, coding_, traits_.depth, alpha_),
+                                Orientation(orientation_.value_or(1), stored_));
   } catch (const DecodeFailure& failure) {
     refuse(failure.what());
   }
