@@ -28,6 +28,7 @@ constexpr double PlausibleAspect(double stated) {
   return stated >= 1 / kMost && stated <= kMost ? stated : 1;
 }
 
+/// Straight alpha, whatever the file held.
 struct Picture {
   minihost::Image image;
   PictureTraits traits;

@@ -12,19 +12,15 @@
 
 namespace cli {
 
-/// Ways of counting: the type of a sample, and the value of white and opaque.
-struct To255 {
-  using Sample = std::uint8_t;
-  static constexpr std::uint32_t kWhite = 255;
+/// A way of counting: the type of a sample, and the value of white and opaque.
+template <class Whole, std::uint32_t white>
+struct CountTo {
+  using Sample = Whole;
+  static constexpr std::uint32_t kWhite = white;
 };
-struct To32768 {
-  using Sample = std::uint16_t;
-  static constexpr std::uint32_t kWhite = 32768;
-};
-struct To65535 {
-  using Sample = std::uint16_t;
-  static constexpr std::uint32_t kWhite = 65535;
-};
+using To255 = CountTo<std::uint8_t, 255>;
+using To32768 = CountTo<std::uint16_t, 32768>;
+using To65535 = CountTo<std::uint16_t, 65535>;
 struct ToOne {
   using Sample = float;
 };
@@ -37,8 +33,22 @@ using WayOf = std::conditional_t<std::is_same_v<Pixel, PF_Pixel>, To255,
 template <class Way>
 inline constexpr bool kIsFloat = std::is_same_v<Way, ToOne>;
 
+/// The sample that is this fraction of white.  Whole numbers: round(fraction * white), halves up, clamped to
+/// 0..white, NaN to 0.  Float: the nearest one, NaN and over-range included.
+template <class Way>
+constexpr typename Way::Sample FromFraction(double fraction) noexcept {
+  if constexpr (kIsFloat<Way>) {
+    return static_cast<float>(fraction);
+  } else {
+    if (!(fraction > 0)) {
+      return 0;
+    }
+    return static_cast<typename Way::Sample>((fraction < 1 ? fraction : 1.0) * Way::kWhite + 0.5);
+  }
+}
+
 /// Between whole numbers: round(value * white / white), halves up; values above white count as white.
-/// From float: round(value * white), halves up, clamped to 0..white, NaN to 0.
+/// From float: FromFraction, exactly, since the product fits double precision.
 /// To float: value / white, correctly rounded; float to float is left alone, NaN and over-range included.
 template <class To, class From>
 constexpr typename To::Sample ConvertSample(typename From::Sample value) noexcept {
@@ -47,14 +57,7 @@ constexpr typename To::Sample ConvertSample(typename From::Sample value) noexcep
   } else if constexpr (kIsFloat<To>) {
     return static_cast<float>(value) / static_cast<float>(From::kWhite);
   } else if constexpr (kIsFloat<From>) {
-    if (!(value > 0)) {
-      return 0;
-    }
-    if (value >= 1) {
-      return static_cast<typename To::Sample>(To::kWhite);
-    }
-    // The product is exact in double precision, so the rounding is too.
-    return static_cast<typename To::Sample>(static_cast<double>(value) * To::kWhite + 0.5);
+    return FromFraction<To>(static_cast<double>(value));
   } else {
     const std::uint64_t within = value < From::kWhite ? value : From::kWhite;
     return static_cast<typename To::Sample>((within * To::kWhite * 2 + From::kWhite) / (From::kWhite * 2));

@@ -23,9 +23,9 @@ struct SourceTraits {
   minihost::Depth depth = minihost::Depth::kBits8;
   double pixelAspect = 1;  // a pixel's width over its height
   bool hasAlpha = false;
-  std::optional<FrameRate> rate;           // of video
-  std::optional<std::int32_t> firstFrame;  // of sequences and video
-  std::optional<std::int32_t> lastFrame;
+  std::optional<FrameRate> rate{};           // of video
+  std::optional<std::int32_t> firstFrame{};  // of sequences and video
+  std::optional<std::int32_t> lastFrame{};
 };
 
 /// Pictures by frame number.  Not safe for two threads at once; frames asked for in rising order are cheap.

@@ -35,6 +35,8 @@ ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height);
 
 /// Whether pixels of this format are luma and chroma.
 bool IsYuv(AVPixelFormat format);
+
+/// Whether pixels of this format have an alpha channel.
 bool HasAlpha(AVPixelFormat format);
 
 /// The least depth in which nothing of the format is lost: 8 bits, 16 bits up to 15 (their white is 32768),

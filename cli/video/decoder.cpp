@@ -2,8 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
+#include <span>
+
 #include "cli/report/error.h"
-#include "cli/video/ffv1_check.h"
+
+extern "C" {
+#include <libavutil/crc.h>
+}
 
 namespace cli {
 namespace {
@@ -16,6 +22,30 @@ std::string WhyNotOpened(int error) {
     return "it is not in a format that is known, or its start or index is damaged or cut off";
   }
   return LibavMessage(error);
+}
+
+/// Whether check sums tell that a packet of FFV1 is not as it was written: its decoder paints over damage
+/// without a word.  A packet is a row of slices, each ending with its length in 3 bytes and, when there are
+/// sums, one byte of status and the CRC that makes the CRC of the whole slice 0.  False when it was written
+/// without sums.
+bool IsDamagedFfv1(std::span<const std::uint8_t> packet) {
+  constexpr std::size_t kTrailer = 3 + 1 + 4;
+  const AVCRC* table = av_crc_get_table(AV_CRC_32_IEEE);
+  bool damaged = false;
+  while (!packet.empty()) {
+    if (packet.size() < kTrailer) {
+      return false;
+    }
+    const auto length = packet.last(kTrailer);
+    const std::size_t size = (length[0] * 65536u + length[1] * 256u + length[2]) + kTrailer;
+    // Without sums the trailer is shorter, and what is read as a length leads nowhere.
+    if (size > packet.size()) {
+      return false;
+    }
+    damaged = damaged || av_crc(table, 0, packet.last(size).data(), size) != 0;
+    packet = packet.first(packet.size() - size);
+  }
+  return damaged;
 }
 
 }  // namespace
@@ -33,22 +63,17 @@ VideoDecoder::VideoDecoder(const std::filesystem::path& path)
 }
 
 void VideoDecoder::Open() {
-  AVFormatContext* file = nullptr;
-  int error = avformat_open_input(&file, LibavName(path_.string()).c_str(), nullptr, nullptr);
-  file_.reset(file);
-  if (error >= 0) {
-    error = avformat_find_stream_info(file, nullptr);
-  }
+  const int error = OpenInput(path_, file_);
   if (error < 0) {
     RefuseInput(path_, WhyNotOpened(error));
   }
-  stream_ = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream_ < 0) {
     RefuseInput(path_, "there is no video in it");
   }
-  for (int i = 0; i < static_cast<int>(file->nb_streams); ++i) {
+  for (int i = 0; i < static_cast<int>(file_->nb_streams); ++i) {
     if (i != stream_) {
-      file->streams[i]->discard = AVDISCARD_ALL;
+      file_->streams[i]->discard = AVDISCARD_ALL;
     }
   }
 }
@@ -174,7 +199,7 @@ void VideoDecoder::SendPacket() {
     error = av_read_frame(file_.get(), packet_.get());
   } while (error >= 0 && packet_->stream_index != stream_);
   if (error >= 0 && codec_->codec_id == AV_CODEC_ID_FFV1 &&
-      CheckFfv1({packet_->data, static_cast<std::size_t>(packet_->size)}) == Ffv1State::kDamaged) {
+      IsDamagedFfv1({packet_->data, static_cast<std::size_t>(packet_->size)})) {
     // The decoder may be some pictures behind, so the failure waits for this one to come out.
     damaged_.insert(packet_->pts);
   }

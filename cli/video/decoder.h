@@ -23,8 +23,10 @@ class VideoDecoder {
   /// Reads through the file for its index.  Throws ToolError(kInput) naming the file.
   explicit VideoDecoder(const std::filesystem::path& path);
 
+  /// On loan; Decode may open the file again, so that both are asked for anew after it.
   AVFormatContext& File() const { return *file_; }
   AVStream& Stream() const { return *file_->streams[stream_]; }
+
   const VideoIndex& Index() const { return *index_; }
 
   /// The picture, on loan until the next call; `picture` is below the index's count.  Throws DecodeFailure;

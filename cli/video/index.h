@@ -33,11 +33,13 @@ class VideoIndex {
   /// Whether the file gives its pictures times.  Without, they can only be counted from the start.
   bool HasTimes() const { return !times_.empty(); }
 
-  /// The picture that is shown at `time` or, when there is none, next after it.
+  /// The picture that is shown at `time`, in the stream's time base, or, when there is none, next after it.
   std::size_t PictureAtTime(std::int64_t time) const;
 
-  /// The last picture up to this one that can be decoded without any before it, and its time.
+  /// The last picture up to this one that can be decoded without any before it.
   std::size_t KeyBefore(std::size_t picture) const;
+
+  /// When a picture is shown, in the stream's time base; only where HasTimes.
   std::int64_t TimeOf(std::size_t picture) const { return times_[picture]; }
 
   /// Why the file ends where it does; empty when by its own will.

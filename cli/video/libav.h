@@ -1,6 +1,7 @@
 // Owners for what the media libraries allocate, and words for what they return.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <string>
@@ -8,12 +9,11 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/error.h>
-#include <libavutil/log.h>
 }
 
 namespace cli {
 
+/// Owned by scope: each frees what the libraries allocated for it, or closes its file.
 struct FreeLibav {
   void operator()(AVFrame* frame) const { av_frame_free(&frame); }
   void operator()(AVPacket* packet) const { av_packet_free(&packet); }
@@ -45,31 +45,18 @@ T* Allocated(T* thing) {
 }
 
 /// A frame with room for its pixels, which are undefined.
-inline AvFrame AllocateFrame(AVPixelFormat format, int width, int height) {
-  AvFrame frame(Allocated(av_frame_alloc()));
-  frame->format = format;
-  frame->width = width;
-  frame->height = height;
-  if (av_frame_get_buffer(frame.get(), 0) < 0) {
-    throw std::bad_alloc();
-  }
-  return frame;
-}
+AvFrame AllocateFrame(AVPixelFormat format, int width, int height);
 
-inline std::string LibavMessage(int error) {
-  char text[AV_ERROR_MAX_STRING_SIZE] = {};
-  av_strerror(error, text, sizeof text);
-  return text;
-}
+/// Opens a local file and looks what streams it has.  Returns 0 or more, or the libraries' error.
+int OpenInput(const std::filesystem::path& path, AvInput& file);
 
 /// The name under which the libraries find a local file and nothing else: a colon in it names no protocol.
-inline std::string LibavName(const std::string& path) {
-  return "file:" + path;
-}
+std::string LibavName(const std::filesystem::path& path);
+
+/// Half a sentence for an error that the libraries returned.
+std::string LibavMessage(int error);
 
 /// Errors are told in the tool's own messages; the libraries would add theirs on the terminal.
-inline void SilenceLibav() {
-  av_log_set_level(AV_LOG_QUIET);
-}
+void SilenceLibav();
 
 }  // namespace cli

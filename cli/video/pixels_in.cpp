@@ -1,3 +1,5 @@
+#include "cli/video/pixels_in.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -7,7 +9,6 @@
 #include <vector>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/pixels.h"
 #include "cli/video/rgb.h"
 
 extern "C" {
@@ -102,19 +103,6 @@ void MakeStraight(RowColors& colors) {
     colors.red[x] /= alpha;
     colors.green[x] /= alpha;
     colors.blue[x] /= alpha;
-  }
-}
-
-/// As ConvertSample does it from float.
-template <class Way>
-typename Way::Sample FromFraction(double value) {
-  if constexpr (kIsFloat<Way>) {
-    return static_cast<float>(value);
-  } else {
-    if (!(value > 0)) {
-      return 0;
-    }
-    return static_cast<typename Way::Sample>(std::min(value, 1.0) * Way::kWhite + 0.5);
   }
 }
 

@@ -1,8 +1,9 @@
+#include "cli/video/pixels_out.h"
+
 #include <cstdint>
 #include <stdexcept>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/pixels.h"
 #include "cli/video/rgb.h"
 
 namespace cli {
@@ -10,10 +11,7 @@ namespace {
 
 using minihost::Image;
 
-struct To1023 {
-  using Sample = std::uint16_t;
-  static constexpr std::uint32_t kWhite = 1023;
-};
+using To1023 = CountTo<std::uint16_t, 1023>;
 
 template <class Pixel>
 void WriteBytes(const Image& image, AVFrame& frame) {

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "cli/report/error.h"
-#include "cli/video/pixels.h"
+#include "cli/video/pixels_in.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -64,7 +64,7 @@ VideoReader::VideoReader(const std::filesystem::path& path, std::optional<miniho
                          AlphaForm alpha)
     : path_(path), alpha_(alpha), decoder_(path) {
   FillTraits(depth);
-  NoteWhatIsNotHeeded();
+  NoteWhatIsIgnored();
 }
 
 void VideoReader::FillTraits(std::optional<minihost::Depth> depth) {
@@ -123,7 +123,7 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
   }
 }
 
-void VideoReader::NoteWhatIsNotHeeded() {
+void VideoReader::NoteWhatIsIgnored() {
   const VideoIndex& index = decoder_.Index();
   if (!orientation_) {
     notes_.emplace_back("the file asks to be shown turned askew; that is not heeded");

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/frames/source.h"
 #include "cli/frames/orientation.h"
+#include "cli/frames/source.h"
 #include "cli/video/color.h"
 #include "cli/video/decoder.h"
 #include "cli/video/sound.h"
@@ -34,7 +34,7 @@ class VideoReader : public FrameSource {
   /// What to write into a video made from this one.  With luma and chroma the matrix is always a known one.
   const ColorTags& Tags() const { return tags_; }
 
-  /// What was assumed where the file says nothing, and what of it is not heeded; for the user.
+  /// What was assumed where the file says nothing, and what of it is ignored; for the user.
   const std::vector<std::string>& Notes() const { return notes_; }
 
   /// The sound that belongs to the frames `first`..`last`; empty when the file has none.
@@ -46,13 +46,13 @@ class VideoReader : public FrameSource {
  private:
   void FillTraits(std::optional<minihost::Depth> depth);
   void ChooseCoding(AVPixelFormat format);
-  void NoteWhatIsNotHeeded();
+  void NoteWhatIsIgnored();
 
   std::filesystem::path path_;
   AlphaForm alpha_;
   VideoDecoder decoder_;
   Orientation::Size stored_{};      // of a frame in the file
-  std::optional<int> orientation_;  // empty: one that is not heeded
+  std::optional<int> orientation_;  // empty: one that is ignored
   SourceTraits traits_;
   ColorTags tags_;
   YuvCoding coding_;

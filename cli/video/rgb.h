@@ -1,4 +1,5 @@
 // Video frames from luma and chroma or a palette to RGB, and back to luma and chroma, by libswscale.
+// What that cannot convert, std::runtime_error tells.
 //
 // A chroma sample stands for the block of pixels that shares it: on the way in each takes it as it is, on the
 // way out it is their mean.  The one undoes the other, so that a video in which nothing is drawn keeps its
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 
+#include "cli/frames/sample_convert.h"
 #include "cli/video/color.h"
 #include "cli/video/libav.h"
 
@@ -16,10 +18,7 @@ namespace cli {
 
 /// White in GBRP16 next to limited range, where the library counts 256 for each of 255 steps.  Were it taken
 /// for 65535, white would become 944 of 1023 instead of 940.
-struct To65280 {
-  using Sample = std::uint16_t;
-  static constexpr std::uint32_t kWhite = 65280;
-};
+using To65280 = CountTo<std::uint16_t, 65280>;
 
 struct RgbFrame {
   AvFrame frame;     // of the size of the source or larger: whole blocks of chroma

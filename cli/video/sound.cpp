@@ -10,16 +10,12 @@ namespace cli {
 namespace {
 
 AvInput Open(const std::filesystem::path& path) {
-  AVFormatContext* file = nullptr;
-  int error = avformat_open_input(&file, LibavName(path.string()).c_str(), nullptr, nullptr);
-  AvInput owner(file);
-  if (error >= 0) {
-    error = avformat_find_stream_info(file, nullptr);
+  AvInput file;
+  const int error = OpenInput(path, file);
+  if (error < 0) {
+    Refuse(ExitCode::kInput, "cannot read the sound of '{}': {}", path.string(), LibavMessage(error));
   }
-  if (error >= 0) {
-    return owner;
-  }
-  Refuse(ExitCode::kInput, "cannot read the sound of '{}': {}", path.string(), LibavMessage(error));
+  return file;
 }
 
 AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
@@ -34,9 +30,9 @@ AVStream& AddCopy(const AVStream& sound, AVFormatContext& output) {
   return stream;
 }
 
-/// Whether the container takes the sound.  Its list of codecs promises more than it accepts in the end, such
-/// as FLAC in MOV, so that only trying tells.
-bool Takes(const AVOutputFormat& container, const AVStream& sound) {
+/// Whether the container can hold the sound.  Its list of codecs promises more than it accepts in the end,
+/// such as FLAC in MOV, so that only trying tells.
+bool CanHold(const AVOutputFormat& container, const AVStream& sound) {
   if (avformat_query_codec(&container, sound.codecpar->codec_id, FF_COMPLIANCE_NORMAL) != 1) {
     return false;
   }
@@ -76,7 +72,7 @@ SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
 }
 
 void SoundCopy::AddTrack(const AVStream& input) {
-  if (!Takes(*output_.oformat, input)) {
+  if (!CanHold(*output_.oformat, input)) {
     notes_.push_back(fmt::format("the sound of '{}' is left out: {} cannot hold {}",
                                  range_.path.filename().string(), output_.oformat->name,
                                  avcodec_get_name(input.codecpar->codec_id)));

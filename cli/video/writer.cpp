@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "cli/report/error.h"
-#include "cli/video/pixels.h"
+#include "cli/video/pixels_out.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -147,7 +147,7 @@ void VideoWriter::Check(int error) const {
 void VideoWriter::OpenOutput() {
   constexpr const char* kMuxers[] = {"mp4", "mov", "matroska"};
   // Under its hidden name, because MP4 is read once more when its index moves to the front.
-  const std::string name = LibavName(pending_.HiddenPath().string());
+  const std::string name = LibavName(pending_.HiddenPath());
   AVFormatContext* file = nullptr;
   const int error =
       avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], name.c_str());

@@ -1,11 +1,11 @@
 // Codes of luma and chroma to colours and back.
-#include "cli/video/pixels.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "cli/frames/sample_convert.h"
+#include "cli/video/pixels_in.h"
+#include "cli/video/pixels_out.h"
 
 namespace {
 
