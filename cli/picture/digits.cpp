@@ -29,10 +29,6 @@ constexpr Glyph kMinus = {0, 0, 0, 0b11111, 0, 0, 0};
 
 }  // namespace
 
-int NumberWidth(std::int32_t number, int scale) {
-  return (static_cast<int>(std::to_string(number).size()) * kAdvance - 1) * scale;
-}
-
 void DrawNumber(std::int32_t number, int left, int top, int scale, const PF_Pixel& color,
                 const PF_LayerDef& world) {
   for (const char sign : std::to_string(number)) {

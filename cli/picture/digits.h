@@ -8,11 +8,8 @@
 
 namespace cli {
 
-/// In units of a digit's dot; `scale` makes a dot as many pixels wide and high.
+/// In units of a digit's dot; `scale`, 1 or more, makes a dot as many pixels wide and high.
 inline constexpr int kDigitHeight = 7;
-
-/// Pixels from the left edge of the first digit to the right edge of the last.
-int NumberWidth(std::int32_t number, int scale);
 
 /// Draws the digits, and a minus sign where there is one, with their top left corner at this place of an
 /// 8-bit world.  What lies outside of the world is left out; what is between the dots stays as it was.
