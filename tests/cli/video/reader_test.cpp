@@ -7,7 +7,7 @@
 #include <array>
 #include <fstream>
 
-#include "tests/cli/video/video_clip.h"
+#include "tests/cli/video/clip.h"
 #include "tests/support/cli/expect_error.h"
 
 namespace {

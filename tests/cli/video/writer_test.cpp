@@ -8,7 +8,7 @@
 #include <fstream>
 #include <tuple>
 
-#include "tests/cli/video/video_clip.h"
+#include "tests/cli/video/clip.h"
 #include "tests/support/cli/expect_error.h"
 
 namespace {
