@@ -28,7 +28,7 @@ class ContactSheet : public FrameSink {
   void Write(std::int32_t frame, std::unique_ptr<EncodedFrame> encoded) override;
   void Finish() override {}
 
-  /// The sheet as it is, and the colour profile of the first frame on it.
+  /// The sheet as it is, and the first colour profile that one of its frames has.
   const Picture& Sheet() const { return sheet_; }
 
  private:

@@ -72,9 +72,11 @@ TEST(ContactSheet, HasEachFrameOnItsGroundAndNumberInItsCell) {
         Fill(expected, shown, {left, top, left + width, top + height});
         cli::DrawNumber(frame, left, top + height + 4, 1, kNumber, expected.World());
         if (frame != 9) {
-          sheet.Write(frame, sheet.Encode(frame, Filled(20, 10, depth, color), {}));
+          const std::vector<std::uint8_t> profile(static_cast<std::size_t>(frame < 0 ? 0 : frame + 1));
+          sheet.Write(frame, sheet.Encode(frame, Filled(20, 10, depth, color), {.iccProfile = profile}));
         }
       }
+      EXPECT_EQ(sheet.Sheet().traits.iccProfile.size(), 1u) << "the first that there is";
       ExpectEqual(sheet.Sheet().image, expected);
     }
   }
