@@ -2,6 +2,7 @@
 #include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cstring>
 #include <optional>
 #include <random>
@@ -237,6 +238,31 @@ TEST(PictureFile, GreyBecomesThreeColors) {
   const cli::Picture greyAlpha = cli::ReadPicture(folder / "ga.png");
   EXPECT_TRUE(greyAlpha.traits.hasAlpha);
   EXPECT_THAT(Channels(greyAlpha.image), testing::ElementsAre(0, 10, 10, 10, 128, 200, 200, 200));
+}
+
+// The data window lies beside the display window by a column and a row.
+TEST(PictureFile, ShowsTheDisplayWindow) {
+  TemporaryFolder folder;
+  for (const auto& [left, top, channels] : {std::array{1, -1, 3}, {1, -1, 4}, {-1, 1, 3}, {-1, 1, 4}}) {
+    OIIO::ImageSpec spec(3, 3, channels, OIIO::TypeDesc::HALF);
+    spec.x = 10 + left;
+    spec.y = 20 + top;
+    spec.full_x = 10;
+    spec.full_y = 20;
+    spec.full_width = 3;
+    spec.full_height = 3;
+    WriteForeign(folder / "a.exr", spec, std::vector<float>(static_cast<std::size_t>(9 * channels), 1));
+    const std::vector<double> shown = Channels(cli::ReadPicture(folder / "a.exr", Depth::kBits8).image);
+    ASSERT_EQ(shown.size(), 4u * 9);
+    for (int i = 0; i < 9; ++i) {
+      const auto at = static_cast<std::size_t>(4 * i);
+      const int column = i % 3 - left;
+      const int row = i / 3 - top;
+      const bool covered = column >= 0 && column < 3 && row >= 0 && row < 3;
+      EXPECT_EQ(shown[at], covered || channels == 3 ? 255 : 0) << i << " of " << channels;
+      EXPECT_EQ(shown[at + 1], covered ? 255 : 0) << i << " of " << channels;
+    }
+  }
 }
 
 TEST(PictureFile, IsTurnedUpright) {
