@@ -1,7 +1,10 @@
 // Codes of luma and chroma to colours and back.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <random>
+#include <vector>
 
 #include "cli/frames/sample_convert.h"
 #include "cli/video/pixels_in.h"
@@ -120,6 +123,34 @@ TEST(VideoPixels, HaveTheColorsOfTheStandards) {
       });
     }
   }
+}
+
+// What a file holds comes out straight, and in the least depth that loses nothing.
+TEST(VideoPixels, AreStraightAndOfTheLeastDepth) {
+  const AvFrame frame = AllocateFrame(AV_PIX_FMT_BGRA, 3, 1);
+  const std::array<std::uint8_t, 12> bytes{32, 64, 128, 128, 7, 8, 9, 0, 1, 2, 3, 255};
+  std::ranges::copy(bytes, frame->data[0]);
+  const AvFrame bits = AllocateFrame(AV_PIX_FMT_MONOWHITE, 3, 1);
+  bits->data[0][0] = 0b01000000;
+  const auto pixelsOf = [](const AVFrame& from, AlphaForm form) {
+    std::vector<std::array<int, 4>> pixels;
+    const Image image = DecodePixels(from, {}, Depth::kBits8, form);
+    for (const PF_Pixel& pixel : image.Row<PF_Pixel>(0)) {
+      pixels.push_back({pixel.alpha, pixel.red, pixel.green, pixel.blue});
+    }
+    return pixels;
+  };
+  using Pixels = std::vector<std::array<int, 4>>;
+  EXPECT_EQ(pixelsOf(*frame, AlphaForm::kStraight),
+            (Pixels{{128, 128, 64, 32}, {0, 9, 8, 7}, {255, 3, 2, 1}}));
+  EXPECT_EQ(pixelsOf(*frame, AlphaForm::kPremultiplied),
+            (Pixels{{128, 255, 128, 64}, {0, 9, 8, 7}, {255, 3, 2, 1}}));
+  EXPECT_EQ(pixelsOf(*bits, AlphaForm::kStraight),
+            (Pixels{{255, 255, 255, 255}, {255, 0, 0, 0}, {255, 255, 255, 255}}));
+  EXPECT_EQ(DepthOf(AV_PIX_FMT_BGRA), Depth::kBits8);
+  EXPECT_EQ(DepthOf(AV_PIX_FMT_YUV420P10), Depth::kBits16);
+  EXPECT_EQ(DepthOf(AV_PIX_FMT_GBRP16), Depth::kFloat) << "white is 32768 in 16 bits";
+  EXPECT_EQ(DepthOf(AV_PIX_FMT_GBRPF32), Depth::kFloat);
 }
 
 // Snow is nominal white, the picture lies over black, and chroma is the mean of its block.
