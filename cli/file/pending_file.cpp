@@ -19,10 +19,6 @@
 namespace cli {
 namespace {
 
-[[noreturn]] void RefuseToWrite(const std::filesystem::path& path, std::string_view reason) {
-  Refuse(ExitCode::kOutput, "cannot write '{}': {}", path.string(), reason);
-}
-
 std::filesystem::path FolderOf(const std::filesystem::path& path) {
   return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
 }
@@ -35,7 +31,7 @@ std::filesystem::path TargetOf(const std::filesystem::path& path) {
   }
   auto target = std::filesystem::weakly_canonical(path, error);
   if (error) {
-    RefuseToWrite(path, error.message());
+    RefuseOutput(path, error.message());
   }
   return target;
 }
@@ -103,16 +99,15 @@ void CheckWritable(const std::filesystem::path& path) {
   std::error_code error;
   const std::filesystem::path folder = FolderOf(path);
   if (!std::filesystem::is_directory(folder, error)) {
-    RefuseToWrite(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
-                                    folder.string()));
+    RefuseOutput(path, fmt::format("there is no folder '{}'; make it with: mkdir -p '{}'", folder.string(),
+                                   folder.string()));
   }
   if (::access(folder.c_str(), W_OK | X_OK) != 0) {
-    RefuseToWrite(path, std::generic_category().message(errno));
+    RefuseOutput(path, std::generic_category().message(errno));
   }
   const auto status = std::filesystem::status(path, error);
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-    RefuseToWrite(path,
-                  std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");
+    RefuseOutput(path, std::filesystem::is_directory(status) ? "it is a folder" : "it is not a regular file");
   }
 }
 
@@ -144,7 +139,7 @@ PendingFile::~PendingFile() {
 }
 
 void PendingFile::RefuseByErrno() const {
-  RefuseToWrite(target_, std::generic_category().message(errno));
+  RefuseOutput(target_, std::generic_category().message(errno));
 }
 
 void PendingFile::Append(std::span<const std::uint8_t> bytes) {

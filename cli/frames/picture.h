@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "cli/scene/settings.h"
 #include "minihost/picture/image.h"
 
 namespace cli {
@@ -22,10 +23,9 @@ struct PictureTraits {
   std::vector<std::uint8_t> iccProfile{};  // of RGB colour; empty when the file has none
 };
 
-/// The pixel aspect that a file states, or 1 for one beyond 100 to 1 either way: nonsense, not anamorphic.
-constexpr double PlausibleAspect(double stated) {
-  constexpr double kMost = 100;
-  return stated >= 1 / kMost && stated <= kMost ? stated : 1;
+/// The pixel aspect that a file states, or 1 for one that no picture has: nonsense, not anamorphic.
+inline double PlausibleAspect(double stated) {
+  return IsPixelAspect(stated) ? stated : 1;
 }
 
 /// Straight alpha, whatever the file held.

@@ -5,11 +5,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <span>
 #include <string>
 #include <type_traits>
 
+#include "cli/file/extension.h"
 #include "cli/frames/sample_convert.h"
 #include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
@@ -131,9 +131,7 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
 }  // namespace
 
 std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
-  std::string extension = path.extension().string();
-  std::ranges::transform(extension, extension.begin(),
-                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  const std::string extension = LowerExtension(path);
   if (extension == ".png") {
     return FileFormat::kPng;
   }

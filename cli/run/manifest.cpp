@@ -142,8 +142,7 @@ void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::
     descriptor_ = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   }
   if (!Append(descriptor_, line)) {
-    Refuse(ExitCode::kOutput, "cannot write '{}': {}", name_.string(),
-           std::generic_category().message(errno));
+    RefuseOutput(name_, std::generic_category().message(errno));
   }
   entries_[frame] = {*mark, recipe};
 }

@@ -93,9 +93,7 @@ OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& 
       if (!IsNamedLikePicture(path)) {
         throw;
       }
-      Refuse(ExitCode::kInput,
-             "cannot read '{}': it is damaged, or no PNG, JPEG, TIFF or EXR whatever its name says",
-             path.string());
+      RefuseInput(path, "it is damaged, or no PNG, JPEG, TIFF or EXR whatever its name says");
     }
   }
   OpenedSource opened;

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <stdexcept>
 
+#include "cli/file/extension.h"
 #include "cli/report/error.h"
 #include "cli/video/pixels_out.h"
 
@@ -99,9 +99,7 @@ void ChooseOptions(VideoFormat format, const VideoTraits& traits, AVCodecContext
 
 // Of one shape with PictureFormatOf on purpose: the two rooms do not know of each other.
 std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
-  std::string extension = path.extension().string();
-  std::ranges::transform(extension, extension.begin(),
-                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  const std::string extension = LowerExtension(path);
   if (extension == ".mp4") {
     return VideoFormat::kMp4;
   }
