@@ -50,7 +50,7 @@ void ApplyPicture(const ShotOptions& options, Scene& scene) {
     scene.alpha = About("--alpha", [&] { return ParseAlphaForm(options.alpha); });
   }
   if (!options.compression.empty()) {
-    scene.compression = options.compression;
+    scene.encoding.compression = options.compression;
   }
   if (options.proxy) {
     About("--proxy", [&] { CheckProxy(*options.proxy); });

@@ -29,8 +29,8 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
     Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   }
   const FileFormat format = FormatOf(scene.output);
-  if (!scene.compression.empty()) {
-    CheckCompression(format, scene.compression);
+  if (!scene.encoding.compression.empty()) {
+    CheckCompression(format, scene.encoding.compression);
   }
   CheckWritable(scene.output);
   RenderPlan plan = MakePlan(scene, std::move(effect));
@@ -56,7 +56,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
     say("interrupted; there is no sheet");
   } else {
     const Picture& picture = sheet.Sheet();
-    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.compression));
+    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.encoding));
     say(fmt::format("{} picture{} on '{}', {} x {}", summary.written, summary.written == 1 ? "" : "s",
                     scene.output, picture.image.Width(), picture.image.Height()));
   }

@@ -14,7 +14,7 @@ struct PictureBytes : EncodedFrame {
 std::unique_ptr<EncodedFrame> StillSink::Encode(std::int32_t, const minihost::Image& image,
                                                 const PictureTraits& traits) const {
   auto encoded = std::make_unique<PictureBytes>();
-  encoded->bytes = EncodePicture(image, traits, format_, compression_);
+  encoded->bytes = EncodePicture(image, traits, format_, encoding_);
   return encoded;
 }
 

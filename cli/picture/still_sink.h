@@ -15,8 +15,8 @@ namespace cli {
 /// One file a frame; each appears whole as soon as it is written.
 class StillSink : public FrameSink {
  public:
-  StillSink(OutputName name, FileFormat format, std::string compression)
-      : name_(std::move(name)), format_(format), compression_(std::move(compression)) {}
+  StillSink(OutputName name, FileFormat format, EncodingSettings encoding)
+      : name_(std::move(name)), format_(format), encoding_(std::move(encoding)) {}
 
   std::unique_ptr<EncodedFrame> Encode(std::int32_t frame, const minihost::Image& image,
                                        const PictureTraits& traits) const override;
@@ -26,7 +26,7 @@ class StillSink : public FrameSink {
  private:
   OutputName name_;
   FileFormat format_;
-  std::string compression_;  // as EncodePicture takes it
+  EncodingSettings encoding_;
 };
 
 }  // namespace cli

@@ -69,9 +69,10 @@ std::span<const std::string_view> CompressionsOf(FileFormat format) {
 }
 
 void SetCompression(OIIO::ImageSpec& spec, FileFormat format, std::string_view compression) {
+  // What the writers choose by themselves.
   if (compression.empty() || compression == "zip") {
     return;
-  }  // what the writers choose by themselves
+  }
   if (format == FileFormat::kPng && compression == "none") {
     spec["png:compressionLevel"] = 0;
   } else {
@@ -162,9 +163,11 @@ void CheckCompression(FileFormat format, std::string_view compression) {
 }
 
 std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
-                                        std::string_view compression) {
+                                        const EncodingSettings& encoding) {
   using OIIO::TypeDesc;
-  const auto specFor = [&](TypeDesc type) { return SpecFor(image, traits, format, compression, type); };
+  const auto specFor = [&](TypeDesc type) {
+    return SpecFor(image, traits, format, encoding.compression, type);
+  };
   if (format == FileFormat::kExr) {
     const TypeDesc type = image.PixelDepth() == Depth::kBits8 ? TypeDesc::HALF : TypeDesc::FLOAT;
     return Encode(PremultipliedSamples(image, traits), specFor(type), format);

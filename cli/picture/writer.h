@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/frames/picture.h"
+#include "cli/scene/settings.h"
 
 namespace cli {
 
@@ -29,11 +30,11 @@ void CheckCompression(FileFormat format, std::string_view compression);
 /// as it is when `traits.clearColor` says that it is light, else as 0.  Without `traits.hasAlpha` alpha is
 /// left out.  The colour profile goes into PNG and TIFF, unless the writer finds it faulty.
 ///
-/// `compression` is one that CheckCompression lets pass; empty is zip.  Of an EXR's, pxr24, b44, b44a, dwaa
-/// and dwab change the samples; all others keep them.
+/// `encoding.compression` is one that CheckCompression lets pass; empty is zip.  Of an EXR's, pxr24, b44,
+/// b44a, dwaa and dwab change the samples; all others keep them.
 ///
 /// Throws ToolError(kOutput) when the picture cannot be encoded.
 std::vector<std::uint8_t> EncodePicture(const minihost::Image& image, const PictureTraits& traits,
-                                        FileFormat format, std::string_view compression = {});
+                                        FileFormat format, const EncodingSettings& encoding = {});
 
 }  // namespace cli

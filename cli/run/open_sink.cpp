@@ -36,8 +36,9 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   if (VideoFormatOf(scene.output)) {
     CheckWritable(scene.output);
     inputs.CheckKept(scene.output);
-    if (!scene.compression.empty()) {
-      Refuse(ExitCode::kUsage, "compression '{}' is for pictures; a video has its own", scene.compression);
+    if (!scene.encoding.compression.empty()) {
+      Refuse(ExitCode::kUsage, "compression '{}' is for pictures; a video has its own",
+             scene.encoding.compression);
     }
     const VideoTraits traits = {.width = plan.traits.width,
                                 .height = plan.traits.height,
@@ -46,7 +47,8 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                                 .pixelAspect = scene.pixelAspect.value_or(plan.traits.pixelAspect),
                                 .rate = plan.rate,
                                 .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
-                                .sound = SoundOf(plan)};
+                                .sound = SoundOf(plan),
+                                .encoding = scene.encoding};
     auto video = std::make_unique<VideoWriter>(scene.output, traits);
     std::vector<std::string> notes = video->Notes();
     return {std::move(video), true, std::move(notes)};
@@ -61,8 +63,8 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
     Refuse(ExitCode::kUsage, "output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
            name.ForFrame(0).filename().string());
   }
-  if (!scene.compression.empty()) {
-    CheckCompression(*format, scene.compression);
+  if (!scene.encoding.compression.empty()) {
+    CheckCompression(*format, scene.encoding.compression);
   }
   if (!plan.job.frames.empty()) {
     CheckWritable(name.ForFrame(plan.job.frames.front()));
@@ -70,7 +72,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   for (const std::int32_t frame : plan.job.frames) {
     inputs.CheckKept(name.ForFrame(frame));
   }
-  return {std::make_unique<StillSink>(name, *format, scene.compression), false};
+  return {std::make_unique<StillSink>(name, *format, scene.encoding), false};
 }
 
 }  // namespace cli

@@ -84,7 +84,7 @@ constexpr RenderKey kRenderKeys[] = {
      }},
     {"depth", [](const toml::node& value, Scene& scene) { scene.depth = ParseDepth(TextOrNumber(value)); }},
     {"alpha", [](const toml::node& value, Scene& scene) { scene.alpha = ParseAlphaForm(Text(value)); }},
-    {"compression", [](const toml::node& value, Scene& scene) { scene.compression = Text(value); }},
+    {"compression", [](const toml::node& value, Scene& scene) { scene.encoding.compression = Text(value); }},
     {"proxy",
      [](const toml::node& value, Scene& scene) {
        const double divisor = Number(value);

@@ -38,7 +38,7 @@ bool SameParameters(const minihost::ParameterSet& one, const minihost::Parameter
 
 auto RenderSettings(const Scene& scene) {
   return std::tie(scene.input, scene.blank, scene.output, scene.frames, scene.fps, scene.shutterDegrees,
-                  scene.depth, scene.alpha, scene.compression, scene.proxy, scene.pixelAspect);
+                  scene.depth, scene.alpha, scene.encoding, scene.proxy, scene.pixelAspect);
 }
 
 }  // namespace

@@ -21,9 +21,9 @@ struct Scene {
   double shutterDegrees = 180;             // 1..720
   std::optional<minihost::Depth> depth;    // empty: the input's
   AlphaForm alpha = AlphaForm::kStraight;  // of a video; pictures say it themselves
-  std::string compression;                 // of picture files (cli/picture/writer.h); empty: zip
-  int proxy = 1;                           // 1, 2 or 4: rendered at one over this of the size
-  std::optional<double> pixelAspect;       // a pixel's width over its height; empty: the input's
+  EncodingSettings encoding;
+  int proxy = 1;                      // 1, 2 or 4: rendered at one over this of the size
+  std::optional<double> pixelAspect;  // a pixel's width over its height; empty: the input's
   minihost::ParameterSet parameters;
 };
 

@@ -2,6 +2,7 @@
 // ToolError(kUsage) with the value and what is possible, without the name of the option or key.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,24 @@ struct FrameSize {
 
 /// Whether the color of a file with alpha has been multiplied by it.
 enum class AlphaForm { kStraight, kPremultiplied };
+
+/// What becomes of the sound of a video.
+enum class SoundWish {
+  kAuto,  // copied where the container takes it, else encoded as AAC
+  kCopy,
+  kAac,
+  kNone,
+};
+
+/// How the files that a render makes are encoded.  Empty: as the format does it by itself.
+struct EncodingSettings {
+  std::string compression{};     // of pictures (cli/picture/writer.h)
+  std::string codec{};           // of video (cli/video/writer.h)
+  std::optional<int> quality{};  // of JPEG, and the encoder's own constant-quality scale of video
+  SoundWish sound = SoundWish::kAuto;
+  bool isHalf = false;  // samples of EXR in half precision, whatever the input has
+  bool operator==(const EncodingSettings&) const = default;
+};
 
 /// "1920x1080"; each side up to what an image may have.
 FrameSize ParseFrameSize(std::string_view text);

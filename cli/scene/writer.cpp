@@ -121,8 +121,8 @@ std::string RenderText(const Scene& scene) {
     add("depth", Quoted(FormatDepth(*scene.depth)));
   }
   add("alpha", Quoted(FormatAlphaForm(scene.alpha)));
-  if (!scene.compression.empty()) {
-    add("compression", Quoted(scene.compression));
+  if (!scene.encoding.compression.empty()) {
+    add("compression", Quoted(scene.encoding.compression));
   }
   add("proxy", fmt::format("{}", scene.proxy));
   if (scene.pixelAspect) {

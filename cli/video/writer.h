@@ -31,7 +31,8 @@ struct VideoTraits {
   double pixelAspect = 1;
   FrameRate rate;
   ColorTags tags{};                   // of the source; what is unspecified is chosen by the height
-  std::optional<SoundRange> sound{};  // copied where the container takes it
+  std::optional<SoundRange> sound{};  // of the source
+  EncodingSettings encoding{};
 };
 
 /// Writes the same bytes for the same frames, with any number of threads that encode.

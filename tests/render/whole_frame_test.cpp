@@ -245,9 +245,10 @@ TYPED_TEST(WholeFrame, ATileLiesWhereTheFullFrameHasIt) {
     const int y = static_cast<int>(i / 43);
     const T &a = full.Row<T>(y + 9)[i % 43 + 17], &b = tile.Row<T>(y)[i % 43];
     ASSERT_NEAR(double(a.alpha), double(b.alpha), allowed) << i;
+    // Colour that does not show.
     if (a.alpha < 0.05 * white) {
       continue;
-    }  // colour that does not show
+    }
     ASSERT_TRUE(std::abs(a.red - b.red) <= allowed && std::abs(a.blue - b.blue) <= allowed) << i;
   }
 }

@@ -81,9 +81,10 @@ SnowLook RollLook(std::uint32_t seed) {
     look.sum[index] = frames * look.open[index];
   }
   look.sum[kFrequency] *= dice.Between(0.5, 1.5);
+  // At last past any wrap.
   if (dice.OneIn(8)) {
     look.sum[kSpeed] *= dice.Pick({0.1, 1e9, 1e15, 1e30});
-  }  // at last past any wrap
+  }
   return look;
 }
 
@@ -278,9 +279,10 @@ RandomFrame<T>::RandomFrame(std::uint32_t s)
   if (s % 8 == 3) {
     MagnifyRoundings(dice, record);
   }
+  // The end far off the picture.
   if (dice.OneIn(16)) {
     record.fallBlur *= 1e9;
-  }  // the end far off the picture
+  }
   record.output = output.World();
   record.illumWorld = illumination.World();
   record.sampleFn = SampleNearestMock<T>;

@@ -117,19 +117,21 @@ TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
     const cli::FileFormat format = cli::FormatOf(name);
     const bool isExr = format == cli::FileFormat::kExr;
     for (const Depth depth : kDepths) {
+      // PNG has no float.
       if (depth == Depth::kFloat && format == cli::FileFormat::kPng) {
         continue;
-      }  // PNG has no float
+      }
       for (const Alpha alpha : {Alpha::kOpaque, Alpha::kAny}) {
+        // It holds colour times alpha.
         if (isExr && alpha == Alpha::kAny) {
           continue;
-        }  // it holds colour times alpha
+        }
         const Image image = RandomImage(37, 23, depth, alpha);
         const cli::PictureTraits traits = {.hasAlpha = alpha == Alpha::kAny};
         const auto standard = cli::EncodePicture(image, traits, format);
         for (const char* compression : compressions) {
           SCOPED_TRACE(testing::Message() << name << ' ' << compression << " depth " << int(depth));
-          const auto bytes = cli::EncodePicture(image, traits, format, compression);
+          const auto bytes = cli::EncodePicture(image, traits, format, {.compression = compression});
           EXPECT_EQ(bytes == standard, std::set<std::string>({"", "zip"}).contains(compression));
           cli::WriteWhole(folder / name, bytes);
           const cli::Picture picture = cli::ReadPicture(folder / name, depth);

@@ -72,7 +72,7 @@ Offset = [50, -40.5]
   EXPECT_EQ(scene.shutterDegrees, 90.5);
   EXPECT_EQ(scene.depth, Depth::kBits16);
   EXPECT_EQ(scene.alpha, cli::AlphaForm::kPremultiplied);
-  EXPECT_EQ(scene.compression, "piz");
+  EXPECT_EQ(scene.encoding.compression, "piz");
   EXPECT_EQ(scene.proxy, 2);
   EXPECT_EQ(scene.pixelAspect, 1.5);
   const struct {
@@ -216,7 +216,7 @@ class RandomScene {
       scene.alpha = cli::AlphaForm::kPremultiplied;
     }
     if (Chance()) {
-      scene.compression = "none";
+      scene.encoding.compression = "none";
     }
     scene.proxy = 1 << Whole(0, 2);
     if (Chance()) {

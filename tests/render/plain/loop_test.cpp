@@ -75,9 +75,10 @@ TYPED_TEST(FlakeLoop, RandomFramesAreTheReferenceToTheBit) {
     for (const auto loop : {DrawFlakes<T>, DrawFlakesPlainly<T>}) {
       const Outcome got = Drawn(random, loop);
       ASSERT_TRUE(got.pixels == want.pixels) << seed;
+      // Nothing to draw with, but the host may be asked.
       if (random.broken) {
         continue;
-      }  // nothing to draw with, but the host may be asked
+      }
       ASSERT_EQ(got.status, want.status) << seed;
       ASSERT_EQ(got.calls, want.calls) << seed;
     }
