@@ -4,26 +4,18 @@
 #include <cstdint>
 #include <vector>
 
+#include "bindings/rate.h"
+
 namespace frei0r {
 
-/// As the effect counts time: timeScale ticks a second, timeStep ticks a frame.
-struct Rate {
-  std::int32_t timeScale = 25;
-  std::int32_t timeStep = 1;
-  bool operator==(const Rate&) const = default;
-  double FramesPerSecond() const { return static_cast<double>(timeScale) / timeStep; }
-};
+using bindings::Rate;
 
 enum class TimeUnit { kAuto, kSeconds, kMilliseconds };
 
-/// The rate nearest to a number of frames a second: one of the usual rates within a thousandth, the broadcast
-/// ones (24000/1001 and its like) among them, else thousandths of a frame a second, from 0.01 to 1000.
-Rate NearestRate(double framesPerSecond);
-
 /// Hosts give a time in seconds or in milliseconds and never say which, nor how long a frame lasts.  What is
 /// not told is found out from the times so far: a first step of 2 or more counts milliseconds, a smaller one
-/// seconds; the rate is the lowest of the usual ones at which every time so far lies on a frame, and 25 until
-/// there is a step.  So the first frame is exact only when the rate is told.
+/// seconds; the rate is the usual one nearest to the times so far, as long as they lie on its frames, and 25
+/// until there is a step.  So the first frame is exact only when the rate is told.
 class Clock {
  public:
   /// Tells the rate (frames a second; 0 or less: find out) and the unit.
@@ -43,7 +35,8 @@ class Clock {
   TimeUnit toldUnit_ = TimeUnit::kAuto;
   TimeUnit foundUnit_ = TimeUnit::kAuto;
   std::vector<double> times_;  // the last few different ones, as the host gave them
-  std::int64_t lastFrame_ = -1;
+  bool isFound_ = false;       // the rate, from the times
+  std::int32_t lastFrame_ = -1;
   Rate rate_;
 };
 

@@ -87,7 +87,7 @@ void f0r_destruct(f0r_instance_t instance) {
 
 void f0r_set_param_value(f0r_instance_t instance, f0r_param_t param, int param_index) {
   Attempt([&] {
-    if (!IsParameter(param_index) || param == nullptr) {
+    if (instance == nullptr || param == nullptr || !IsParameter(param_index)) {
       return;
     }
     const auto index = static_cast<std::size_t>(param_index);
@@ -104,7 +104,7 @@ void f0r_set_param_value(f0r_instance_t instance, f0r_param_t param, int param_i
 
 void f0r_get_param_value(f0r_instance_t instance, f0r_param_t param, int param_index) {
   Attempt([&] {
-    if (!IsParameter(param_index) || param == nullptr) {
+    if (instance == nullptr || param == nullptr || !IsParameter(param_index)) {
       return;
     }
     const auto index = static_cast<std::size_t>(param_index);
@@ -118,9 +118,13 @@ void f0r_get_param_value(f0r_instance_t instance, f0r_param_t param, int param_i
   });
 }
 
-// Where a frame cannot be rendered the picture goes through as it came.
+// Where a frame cannot be rendered the picture goes through as it came.  Hosts that do not look whether the
+// instance could be made get nothing: its size is not known.
 void f0r_update(f0r_instance_t instance, double time, const std::uint32_t* inframe, std::uint32_t* outframe) {
   auto* snow = static_cast<Snow*>(instance);
+  if (snow == nullptr) {
+    return;
+  }
   const auto* in = kIsSource ? nullptr : reinterpret_cast<const std::uint8_t*>(inframe);
   if (Attempt([&] { snow->Render(time, in, reinterpret_cast<std::uint8_t*>(outframe)); })) {
     return;
