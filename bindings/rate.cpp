@@ -37,7 +37,8 @@ Rate NearestRate(double framesPerSecond) {
 }
 
 double MostFrames(const Rate& rate) {
-  return std::floor(static_cast<double>(std::numeric_limits<std::int32_t>::max()) / rate.timeStep) - 2;
+  constexpr double kDay = 24.0 * 60 * 60 * 60;  // at 60 frames a second
+  return std::min(kDay, std::numeric_limits<std::int32_t>::max() / rate.timeStep - 2.0);
 }
 
 }  // namespace bindings

@@ -22,7 +22,9 @@ Rate NearestRate(double framesPerSecond);
 /// The rates of films, broadcasts and drawings; those met most often first.
 std::span<const Rate> UsualRates();
 
-/// The last frame, of either sign, that the effect's ticks can count, and the frame after it for the shutter.
+/// The last frame, of either sign, that is rendered: the effect's ticks can count it and the frame after it,
+/// for the shutter, and it is no farther than a day.  The motion sums up all frames before, which at a time
+/// that is no more than a host's mistake would take minutes.
 double MostFrames(const Rate& rate);
 
 }  // namespace bindings

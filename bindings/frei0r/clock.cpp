@@ -22,14 +22,21 @@ double Error(const Rate& rate, const std::vector<double>& times, double secondsI
   return error;
 }
 
-/// The usual rate nearest to the times, or that of the last step where none is near.
-Rate RateOf(const std::vector<double>& times, double secondsInUnit) {
+/// The usual rate nearest to the times.  Where none is near: that of the last step, when nothing was known
+/// before; else that of all the times, when they lie on its frames, and not on those of what was known.
+Rate RateOf(const std::vector<double>& times, double secondsInUnit, const Rate* known) {
   const auto error = [&](const Rate& rate) { return Error(rate, times, secondsInUnit); };
   const Rate& nearest = *std::ranges::min_element(bindings::UsualRates(), {}, error);
   if (error(nearest) <= kClockError) {
     return nearest;
   }
-  return bindings::NearestRate(1 / (std::abs(times.back() - times[times.size() - 2]) * secondsInUnit));
+  if (known == nullptr) {
+    return bindings::NearestRate(1 / (std::abs(times.back() - times[times.size() - 2]) * secondsInUnit));
+  }
+  const auto [first, last] = std::ranges::minmax(times);
+  const double seconds = (last - first) * secondsInUnit;
+  const Rate longer = bindings::NearestRate(std::round(seconds * known->FramesPerSecond()) / seconds);
+  return error(longer) <= kClockError ? longer : *known;
 }
 
 }  // namespace
@@ -66,7 +73,7 @@ std::int32_t Clock::FrameAt(double time) {
     const double secondsInUnit = unit == TimeUnit::kMilliseconds ? 0.001 : 1;
     // Of two rates that are close every thousandth frame or so is the same, so what is found stays.
     if (!isTold && times_.size() > 1 && !(isFound_ && Error(rate_, times_, secondsInUnit) <= kClockError)) {
-      rate_ = RateOf(times_, secondsInUnit);
+      rate_ = RateOf(times_, secondsInUnit, isFound_ ? &rate_ : nullptr);
       isFound_ = true;
     }
     frame = std::round(time * secondsInUnit * rate_.FramesPerSecond());

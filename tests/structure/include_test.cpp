@@ -16,7 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using Includes = std::map<std::string, std::set<std::string>>;  // from a file to what it includes in quotes
 
-const std::vector<std::string> kTrees = {"hostapi", "effect", "minihost", "cli", "bench", "tests"};
+const std::vector<std::string> kTrees = {"hostapi",  "effect", "minihost", "cli",
+                                         "bindings", "bench",  "tests"};
 
 Includes ReadIncludes(std::set<std::string>* system = nullptr) {
   const std::regex directive(R"re(^\s*#\s*include\s*(["<])([^">]+)[">])re");
@@ -81,8 +82,11 @@ const std::vector<Rule> kRules = {
      {"minihost/call/"}},
     {"cli/run/", {"cli/", "minihost/", "hostapi/"}, {"cli/command/", "minihost/call/"}},
     {"cli/", {"minihost/", "hostapi/"}, {"minihost/call/"}},
+    {"bindings/", {"minihost/", "hostapi/"}, {"minihost/call/"}},
+    {"bindings/frei0r/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
+    {"bindings/openfx/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
     {"bench/", {"effect/", "minihost/", "hostapi/"}, {"minihost/call/"}},
-    {"tests/", {"effect/", "minihost/", "cli/", "bench/", "hostapi/"}, {"minihost/call/"}},
+    {"tests/", {"effect/", "minihost/", "cli/", "bindings/", "bench/", "hostapi/"}, {"minihost/call/"}},
     {"tests/minihost/call/", {"tests/", "minihost/", "hostapi/"}},
 };
 

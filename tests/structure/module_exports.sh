@@ -1,11 +1,14 @@
 #!/bin/sh
-# The built module exports MainEntry alone, and needs nothing but the C and C++ libraries.
+# A built module exports the names given and no others, and needs nothing but the C and C++ libraries.
+# usage: module_exports.sh MODULE NAME...
 set -eu
 module="$1"
+shift
 
-exported=$(nm -D --defined-only "$module" | awk '{ print $3 }')
-if [ "$exported" != MainEntry ]; then
-  echo "$module should export MainEntry alone, and exports: $exported" >&2
+exported=$(nm -D --defined-only "$module" | awk '{ print $3 }' | sort | tr '\n' ' ')
+promised=$(printf '%s\n' "$@" | sort | tr '\n' ' ')
+if [ "$exported" != "$promised" ]; then
+  echo "$module should export $promised and exports $exported" >&2
   exit 1
 fi
 
