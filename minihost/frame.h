@@ -7,6 +7,7 @@
 #include <string>
 
 #include "hostapi/types.h"
+#include "minihost/parameter/track.h"
 #include "minihost/picture/image.h"
 
 namespace minihost {
@@ -36,6 +37,10 @@ inline constexpr PF_Err kRenderStopped = 1000;
 struct RenderHooks {
   std::function<Verdict()> abort;
   std::function<Verdict(int current, int total)> progress;
+
+  /// For who keeps the values elsewhere: the value of a parameter at a layer frame, in place of the
+  /// instance's own tracks.  It has the kind of the parameter's default and lies in its valid range.
+  std::function<Value(int parameter, double layerFrame)> value;
 };
 
 struct Frame {

@@ -57,7 +57,9 @@ PF_ParamDef DefinitionAt(const Session& session, const CommandScene& scene, int 
   if (definition.param_type == PF_Param_LAYER) {
     definition.u.ld = index == 0 ? scene.input : PF_LayerDef{};
   } else if (scene.parameters->List()[slot].HasValue()) {
-    Store(scene.parameters->At(index, layerFrame), scene, definition);
+    const bool isElsewhere = scene.hooks != nullptr && scene.hooks->value;
+    Store(isElsewhere ? scene.hooks->value(index, layerFrame) : scene.parameters->At(index, layerFrame),
+          scene, definition);
   }
   return definition;
 }
