@@ -40,7 +40,7 @@ struct RenderHooks {
 
   /// For who keeps the values elsewhere: the value of a parameter at a layer frame, in place of the
   /// instance's own tracks.  It has the kind of the parameter's default and lies in its valid range.
-  std::function<Value(int parameter, double layerFrame)> value;
+  std::function<Value(int parameter, double layerFrame)> value{};
 };
 
 struct Frame {
