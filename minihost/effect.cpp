@@ -1,6 +1,8 @@
 #include "minihost/effect.h"
 
+#if !defined(_WIN32)
 #include <dlfcn.h>
+#endif
 
 #include <utility>
 
@@ -34,13 +36,23 @@ void RequireClean(const Ledger& ledger, const char* command) {
 }  // namespace
 
 void Effect::CloseModule::operator()(void* module) const noexcept {
+#if defined(_WIN32)
+  static_cast<void>(module);
+#else
   dlclose(module);
+#endif
 }
 
 std::shared_ptr<const Effect> Effect::Linked(EntryPoint entry, const Faults& faults) {
   return std::shared_ptr<const Effect>(new Effect(nullptr, entry, faults));
 }
 
+#if defined(_WIN32)
+// Windows has bindings alone, which have their effect in them.
+std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, const Faults&) {
+  throw std::runtime_error("cannot load " + module.string() + ": not on this system");
+}
+#else
 std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, const Faults& faults) {
   // A bare file name would be searched for in the system's folders.
   const std::string path = std::filesystem::absolute(module).string();
@@ -55,6 +67,7 @@ std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, 
   }
   return std::shared_ptr<const Effect>(new Effect(std::move(loaded), entry, faults));
 }
+#endif
 
 Effect::Effect(Module module, EntryPoint mainEntry, const Faults& faults)
     : module_(std::move(module)), entry_(mainEntry) {

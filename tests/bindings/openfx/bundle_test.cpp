@@ -223,8 +223,7 @@ TEST(Bundle, GreysOutWhatHasNoMeaning) {
   auto& embed = effect->params.at("embedDepth")->properties;
   for (const int composite : {0, 1, 0}) {
     SetCurve(*effect, "compositeWithOriginal", [=](double) { return composite; });
-    ofxhost::PropertySet in =
-        ofxhost::Properties({{"OfxPropChangeReason", {std::string("OfxChangeUserEdited")}}});
+    ofxhost::PropertySet in = {{"OfxPropChangeReason", {std::string("OfxChangeUserEdited")}}};
     EXPECT_EQ(Plugin().Act("OfxActionInstanceChanged", effect.get(), &in), 0);
     EXPECT_EQ(embed.contains("OfxParamPropEnabled") ? std::get<int>(embed["OfxParamPropEnabled"][0]) : 1,
               composite);
@@ -351,8 +350,7 @@ TEST(Bundle, StaysFastInALongShot) {
   EXPECT_LT(render(123), 1'000);
   // A change of one frame only: no few values tell, but the host does.
   bump = 90;
-  ofxhost::PropertySet in =
-      ofxhost::Properties({{"OfxPropChangeReason", {std::string("OfxChangeUserEdited")}}});
+  ofxhost::PropertySet in = {{"OfxPropChangeReason", {std::string("OfxChangeUserEdited")}}};
   EXPECT_EQ(Plugin().Act("OfxActionInstanceChanged", effect.get(), &in), 0);
   render(9'998);
   EXPECT_LT(render(9'999), 5'000);

@@ -5,11 +5,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
+#include "tests/bindings/library.h"
 
 namespace ofxhost {
 namespace {
@@ -17,25 +13,10 @@ namespace {
 using openfx::kOk;
 constexpr OfxStatus kUnknown = 3;
 
-void* Library(const std::string& file) {
-#if defined(_WIN32)
-  return reinterpret_cast<void*>(LoadLibraryA(file.c_str()));
-#else
-  return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-#endif
-}
-
-void* Symbol(void* library, const char* name) {
-#if defined(_WIN32)
-  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
-#else
-  return dlsym(library, name);
-#endif
-}
-
 PropertySet& SetOf(OfxPropertySetHandle handle) {
   return *reinterpret_cast<PropertySet*>(handle);
 }
+
 OfxPropertySetHandle HandleOf(PropertySet& set) {
   return reinterpret_cast<OfxPropertySetHandle>(&set);
 }
@@ -77,23 +58,8 @@ const OfxPropertySuite kPropertySuite = [] {
   return suite;
 }();
 
-Effect& EffectOf(OfxImageEffectHandle handle) {
-  return *reinterpret_cast<Effect*>(handle);
-}
-
-OfxStatus GetPropertySet(OfxImageEffectHandle effect, OfxPropertySetHandle* set) {
-  *set = HandleOf(EffectOf(effect).properties);
-  return kOk;
-}
-
-OfxStatus GetParamSet(OfxImageEffectHandle effect, OfxParamSetHandle* set) {
-  *set = reinterpret_cast<OfxParamSetHandle>(effect);
-  return kOk;
-}
-
-OfxStatus DefineClip(OfxImageEffectHandle effect, const char* name, OfxPropertySetHandle* set) {
-  *set = HandleOf(EffectOf(effect).clips[name].properties);
-  return kOk;
+Effect& EffectOf(void* handle) {
+  return *static_cast<Effect*>(handle);
 }
 
 OfxStatus GetClip(OfxImageEffectHandle effect, const char* name, OfxImageClipHandle* clip,
@@ -120,29 +86,32 @@ OfxStatus GetImage(OfxImageClipHandle handle, OfxTime, const OfxRectD*, OfxPrope
   return kOk;
 }
 
-OfxStatus ReleaseImage(OfxPropertySetHandle image) {
-  --static_cast<Effect*>(std::get<void*>(SetOf(image)["effect"][0]))->pictures;
-  return kOk;
-}
-
-int Abort(OfxImageEffectHandle effect) {
-  return EffectOf(effect).abort();
-}
-
 const OfxImageEffectSuite kEffectSuite = [] {
   OfxImageEffectSuite suite{};
-  suite.getPropertySet = GetPropertySet;
-  suite.getParamSet = GetParamSet;
-  suite.clipDefine = DefineClip;
+  suite.getPropertySet = [](OfxImageEffectHandle effect, OfxPropertySetHandle* set) {
+    *set = HandleOf(EffectOf(effect).properties);
+    return kOk;
+  };
+  suite.getParamSet = [](OfxImageEffectHandle effect, OfxParamSetHandle* set) {
+    *set = reinterpret_cast<OfxParamSetHandle>(effect);
+    return kOk;
+  };
+  suite.clipDefine = [](OfxImageEffectHandle effect, const char* name, OfxPropertySetHandle* set) {
+    *set = HandleOf(EffectOf(effect).clips[name].properties);
+    return kOk;
+  };
   suite.clipGetHandle = GetClip;
   suite.clipGetImage = GetImage;
-  suite.clipReleaseImage = ReleaseImage;
-  suite.abort = Abort;
+  suite.clipReleaseImage = [](OfxPropertySetHandle image) {
+    --EffectOf(std::get<void*>(SetOf(image)["effect"][0])).pictures;
+    return kOk;
+  };
+  suite.abort = [](OfxImageEffectHandle effect) { return EffectOf(effect).abort(); };
   return suite;
 }();
 
 OfxStatus DefineParam(OfxParamSetHandle set, const char* type, const char* name, OfxPropertySetHandle* out) {
-  Effect& effect = *reinterpret_cast<Effect*>(set);
+  Effect& effect = EffectOf(set);
   std::unique_ptr<Param>& param = effect.params[name];
   if (param != nullptr) {
     return 6;
@@ -156,7 +125,7 @@ OfxStatus DefineParam(OfxParamSetHandle set, const char* type, const char* name,
 
 OfxStatus GetParam(OfxParamSetHandle set, const char* name, OfxParamHandle* param,
                    OfxPropertySetHandle* out) {
-  Effect& effect = *reinterpret_cast<Effect*>(set);
+  Effect& effect = EffectOf(set);
   const auto found = effect.params.find(name);
   if (found == effect.params.end()) {
     return kUnknown;
@@ -170,8 +139,7 @@ OfxStatus GetParam(OfxParamSetHandle set, const char* name, OfxParamHandle* para
 OfxStatus GetValueAtTime(OfxParamHandle handle, OfxTime time, ...) {
   const Param& param = *reinterpret_cast<const Param*>(handle);
   ++static_cast<Effect*>(std::get<void*>(param.properties.at("effect")[0]))->reads;
-  const bool isDouble = param.type == "OfxParamTypeDouble" || param.type == "OfxParamTypeRGB" ||
-                        param.type == "OfxParamTypeDouble2D";
+  const bool isDouble = param.type == "OfxParamTypeDouble" || param.type == "OfxParamTypeRGB";
   va_list out;
   va_start(out, time);
   for (const Curve& curve : param.curves) {
@@ -185,48 +153,35 @@ OfxStatus GetValueAtTime(OfxParamHandle handle, OfxTime time, ...) {
   return kOk;
 }
 
-OfxStatus GetNumKeys(OfxParamHandle handle, unsigned* count) {
-  *count = static_cast<unsigned>(reinterpret_cast<const Param*>(handle)->keys.size());
-  return kOk;
-}
-
-OfxStatus GetKeyTime(OfxParamHandle handle, unsigned key, OfxTime* time) {
-  *time = reinterpret_cast<const Param*>(handle)->keys.at(key);
-  return kOk;
-}
-
 const OfxParameterSuite kParameterSuite = [] {
   OfxParameterSuite suite{};
   suite.paramDefine = DefineParam;
   suite.paramGetHandle = GetParam;
   suite.paramGetValueAtTime = GetValueAtTime;
-  suite.paramGetNumKeys = GetNumKeys;
-  suite.paramGetKeyTime = GetKeyTime;
+  suite.paramGetNumKeys = [](OfxParamHandle param, unsigned* count) {
+    *count = static_cast<unsigned>(reinterpret_cast<const Param*>(param)->keys.size());
+    return kOk;
+  };
+  suite.paramGetKeyTime = [](OfxParamHandle param, unsigned key, OfxTime* time) {
+    *time = reinterpret_cast<const Param*>(param)->keys.at(key);
+    return kOk;
+  };
   return suite;
 }();
 
 OfxStatus Message(void* effect, const char*, const char*, const char* format, ...) {
   va_list values;
   va_start(values, format);
-  static_cast<Effect*>(effect)->messages.emplace_back(va_arg(values, const char*));
+  EffectOf(effect).messages.emplace_back(va_arg(values, const char*));
   va_end(values);
   return kOk;
 }
 const OfxMessageSuite kMessageSuite = {Message};
 
-OfxStatus StartProgress(void* effect, const char*) {
-  ++static_cast<Effect*>(effect)->openProgress;
-  return kOk;
-}
-OfxStatus UpdateProgress(void* effect, double) {
-  ++static_cast<Effect*>(effect)->progress;
-  return 12;
-}
-OfxStatus EndProgress(void* effect) {
-  --static_cast<Effect*>(effect)->openProgress;
-  return kOk;
-}
-const OfxProgressSuite kProgressSuite = {StartProgress, UpdateProgress, EndProgress};
+const OfxProgressSuite kProgressSuite = {
+    [](void* effect, const char*) { return ++EffectOf(effect).openProgress, kOk; },
+    [](void* effect, double) { return ++EffectOf(effect).progress, openfx::kReplyYes; },
+    [](void* effect) { return --EffectOf(effect).openProgress, kOk; }};
 
 const void* FetchSuite(OfxPropertySetHandle, const char* name, int version) {
   const std::map<std::string, const void*> suites = {{"OfxPropertySuite", &kPropertySuite},
@@ -239,14 +194,6 @@ const void* FetchSuite(OfxPropertySetHandle, const char* name, int version) {
 }
 
 }  // namespace
-
-PropertySet Properties(std::initializer_list<std::pair<const char*, std::vector<PropertyValue>>> values) {
-  PropertySet set;
-  for (const auto& [name, all] : values) {
-    set[name] = all;
-  }
-  return set;
-}
 
 std::size_t BytesPerPixel(const std::string& depth) {
   return depth == "OfxBitDepthByte" ? 4 : depth == "OfxBitDepthShort" ? 8 : 16;
@@ -261,14 +208,14 @@ std::unique_ptr<Picture> MakePicture(const Layout& layout) {
   std::byte* first = picture->bytes.data() + (layout.isDownwards ? rowBytes * (layout.height - 1) : 0);
   const std::vector<PropertyValue> bounds = {layout.x1, layout.y1, layout.x1 + layout.width,
                                              layout.y1 + layout.height};
-  picture->properties = Properties({{"OfxImagePropData", {static_cast<void*>(first)}},
-                                    {"OfxImagePropBounds", bounds},
-                                    {"OfxImagePropRegionOfDefinition", bounds},
-                                    {"OfxImagePropRowBytes", {layout.isDownwards ? -rowBytes : rowBytes}},
-                                    {"OfxImageEffectPropPixelDepth", {layout.depth}},
-                                    {"OfxImageEffectPropComponents", {std::string("OfxImageComponentRGBA")}},
-                                    {"OfxImageEffectPropPreMultiplication", {layout.alpha}},
-                                    {"OfxImagePropPixelAspectRatio", {layout.pixelAspectRatio}}});
+  picture->properties = PropertySet({{"OfxImagePropData", {static_cast<void*>(first)}},
+                                     {"OfxImagePropBounds", bounds},
+                                     {"OfxImagePropRegionOfDefinition", bounds},
+                                     {"OfxImagePropRowBytes", {layout.isDownwards ? -rowBytes : rowBytes}},
+                                     {"OfxImageEffectPropPixelDepth", {layout.depth}},
+                                     {"OfxImageEffectPropComponents", {std::string("OfxImageComponentRGBA")}},
+                                     {"OfxImageEffectPropPreMultiplication", {layout.alpha}},
+                                     {"OfxImagePropPixelAspectRatio", {layout.pixelAspectRatio}}});
   return picture;
 }
 
@@ -280,12 +227,12 @@ std::byte* PixelAt(Picture& picture, int x, int y) {
 }
 
 Plugin::Plugin(const std::string& file) : host_{nullptr, FetchSuite} {
-  void* library = Library(file);
+  void* library = OpenLibrary(file.c_str());
   if (library == nullptr) {
     throw std::runtime_error("cannot load " + file);
   }
-  const auto count = reinterpret_cast<int (*)()>(Symbol(library, "OfxGetNumberOfPlugins"));
-  const auto get = reinterpret_cast<OfxPlugin* (*)(int)>(Symbol(library, "OfxGetPlugin"));
+  const auto count = reinterpret_cast<int (*)()>(FindSymbol(library, "OfxGetNumberOfPlugins"));
+  const auto get = reinterpret_cast<OfxPlugin* (*)(int)>(FindSymbol(library, "OfxGetPlugin"));
   if (count == nullptr || get == nullptr || count() != 1 || get(1) != nullptr) {
     throw std::runtime_error(file + " holds no plug-in");
   }
@@ -298,17 +245,13 @@ OfxStatus Plugin::Act(const char* action, Effect* effect, PropertySet* in, Prope
                            out == nullptr ? nullptr : HandleOf(*out));
 }
 
-void Plugin::Describe(Effect& effect, const std::string& context) const {
-  PropertySet in = Properties({{"OfxImageEffectPropContext", {context}}});
-  if (Act("OfxActionLoad", nullptr) != kOk || Act("OfxActionDescribe", &effect) != kOk ||
-      Act("OfxImageEffectActionDescribeInContext", &effect, &in) != kOk) {
-    throw std::runtime_error("the plug-in does not describe itself");
-  }
-}
-
 std::unique_ptr<Effect> Plugin::Create(const std::string& context) const {
   auto effect = std::make_unique<Effect>();
-  Describe(*effect, context);
+  PropertySet in = {{"OfxImageEffectPropContext", {context}}};
+  if (Act("OfxActionLoad", nullptr) != kOk || Act("OfxActionDescribe", effect.get()) != kOk ||
+      Act("OfxImageEffectActionDescribeInContext", effect.get(), &in) != kOk) {
+    throw std::runtime_error("the plug-in does not describe itself");
+  }
   for (auto& [name, param] : effect->params) {
     for (const PropertyValue& value : param->properties["OfxParamPropDefault"]) {
       const double number =
@@ -325,18 +268,14 @@ std::unique_ptr<Effect> Plugin::Create(const std::string& context) const {
   return effect;
 }
 
-void Plugin::Destroy(Effect& effect) const {
-  Act("OfxActionDestroyInstance", &effect);
-}
-
 OfxStatus Plugin::Render(Effect& effect, double time, Picture* source, Picture& output, double scale) const {
   effect.clips["Source"].picture = source;
   effect.clips["Output"].picture = &output;
-  PropertySet in = Properties({{"OfxPropTime", {time}},
-                               {"OfxImageEffectPropRenderScale", {scale, scale}},
-                               {"OfxImageEffectPropFieldToRender", {std::string("OfxFieldBoth")}},
-                               {"OfxImageEffectPropSequentialRenderStatus", {0}},
-                               {"OfxImageEffectPropRenderWindow", output.properties["OfxImagePropBounds"]}});
+  PropertySet in({{"OfxPropTime", {time}},
+                  {"OfxImageEffectPropRenderScale", {scale, scale}},
+                  {"OfxImageEffectPropFieldToRender", {std::string("OfxFieldBoth")}},
+                  {"OfxImageEffectPropSequentialRenderStatus", {0}},
+                  {"OfxImageEffectPropRenderWindow", output.properties["OfxImagePropBounds"]}});
   for (const char* action : {"OfxImageEffectActionIsIdentity", "OfxImageEffectActionGetRegionsOfInterest",
                              "OfxImageEffectActionBeginSequenceRender"}) {
     Act(action, &effect, &in);

@@ -77,12 +77,10 @@ class Plugin {
   OfxStatus Act(const char* action, Effect* effect, PropertySet* in = nullptr,
                 PropertySet* out = nullptr) const;
 
-  /// Load, describe, describe in this context.
-  void Describe(Effect& effect, const std::string& context) const;
-
-  /// An instance with every value at its default, and its clips without pictures.
+  /// Load, describe, describe in this context, and make an instance with every value at its default, and its
+  /// clips without pictures.
   std::unique_ptr<Effect> Create(const std::string& context) const;
-  void Destroy(Effect& effect) const;
+  void Destroy(Effect& effect) const { Act("OfxActionDestroyInstance", &effect); }
 
   OfxStatus Render(Effect& effect, double time, Picture* source, Picture& output, double scale = 1) const;
 
@@ -94,7 +92,5 @@ class Plugin {
  private:
   mutable OfxHost host_;
 };
-
-PropertySet Properties(std::initializer_list<std::pair<const char*, std::vector<PropertyValue>>> values);
 
 }  // namespace ofxhost

@@ -1,0 +1,50 @@
+#!/bin/sh
+# The modules for Windows export what they promise, need nothing but Windows, move no vector as if the stack were
+# aligned to more than 16 bytes, and make the frames of the modules for Linux, byte for byte, on every CPU path of
+# this machine.
+# usage: windows.sh LINUX_BUILD WINDOWS_BUILD OUT
+set -eu
+linux="$1"
+windows="$2"
+out="$3"
+bundle=Vintrel.ofx.bundle/Contents
+prefix=x86_64-w64-mingw32
+WINEPREFIX=$(mktemp -d)
+export WINEPREFIX WINEDEBUG=-all
+trap 'rm -rf "$WINEPREFIX"' EXIT
+fail() {
+  echo "$*" >&2
+  exit 1
+}
+
+frei0r="f0r_construct f0r_deinit f0r_destruct f0r_get_param_info f0r_get_param_value f0r_get_plugin_info f0r_init
+  f0r_set_param_value f0r_update"
+for module in "$out/$bundle/Win64/Vintrel.ofx" "$out/vintrel.dll" "$out/vintrel_source.dll"; do
+  promised="$frei0r"
+  [ "${module%.ofx}" = "$module" ] || promised="OfxGetNumberOfPlugins OfxGetPlugin OfxSetHost"
+  exported=$($prefix-objdump -p "$module" |
+    awk '/^.Ordinal.Name Pointer. Table/ { on = 1 } NF == 0 { on = 0 } on && $1 == "[" { print $NF }' | sort | tr '\n' ' ')
+  # shellcheck disable=SC2086  # a list of words
+  [ "$exported" = "$(printf '%s ' $promised)" ] || fail "$module exports $exported"
+  foreign=$($prefix-objdump -p "$module" | sed -n 's/.*DLL Name: //p' | grep -Eiv '^(kernel32|msvcrt)\.dll$' || true)
+  [ -z "$foreign" ] || fail "$module needs $foreign"
+  aligned=$($prefix-objdump -d "$module" | grep -E 'vmov(apd|aps|dqa|dqa32|dqa64) .*\(' | head -n 3 || true)
+  [ -z "$aligned" ] || fail "$module moves aligned vectors: $aligned"
+done
+
+"$linux/bindings/bindings_frames" "$linux/bindings/openfx/$bundle/Linux-x86-64/Vintrel.ofx" \
+  "$linux/bindings/frei0r/vintrel.so" >"$windows/linux.txt"
+Compare() {
+  /usr/lib/wine/wine64 "$windows/bindings/bindings_frames.exe" "$2" "$3" 2>"$windows/wine.log" | tr -d '\r' >"$windows/frames.txt" ||
+    fail "$1: $(cat "$windows/wine.log")"
+  cmp "$windows/linux.txt" "$windows/frames.txt" || fail "$1: other frames than under Linux"
+  echo "$1: $(wc -l <"$windows/frames.txt") frames are those of Linux"
+}
+Compare "what is shipped" "$out/$bundle/Win64/Vintrel.ofx" "$out/vintrel.dll"
+for path in kBaseline kAvx2 kAvx512; do
+  case "$path" in
+    kAvx2) grep -qw avx2 /proc/cpuinfo || continue ;;
+    kAvx512) grep -qw avx512vl /proc/cpuinfo || continue ;;
+  esac
+  Compare "$path" "$windows/bindings/openfx_$path.dll" "$windows/bindings/frei0r_$path.dll"
+done
