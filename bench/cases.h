@@ -50,12 +50,13 @@ class Effort {
   Kind kind_;
 };
 
-CaseSection FlakeCases(Effort effort);   // the loop, plain and fast, and the memory floor
-CaseSection PathCases(Effort effort);    // the loop on every CPU path of the machine
-CaseSection StageCases(Effort effort);   // each stage alone
-CaseSection FrameCases(Effort effort);   // the default frame against copying the picture
-CaseSection HostCases(Effort effort);    // the host's services
-CaseSection StrokeCases(Effort effort);  // the same capsules as strokes of a 2D library, where it is there
+CaseSection FlakeCases(Effort effort);    // the loop, plain and fast, and the memory floor
+CaseSection PathCases(Effort effort);     // the loop on every CPU path of the machine
+CaseSection StageCases(Effort effort);    // each stage alone
+CaseSection FrameCases(Effort effort);    // the default frame against copying the picture
+CaseSection HostCases(Effort effort);     // the host's services
+CaseSection BindingCases(Effort effort);  // the effect in its bindings
+CaseSection StrokeCases(Effort effort);   // the same capsules as strokes of a 2D library, where it is there
 
 /// Calls `task` with a zero pixel of each depth.
 template <class Task>

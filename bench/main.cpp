@@ -30,8 +30,8 @@ struct Options {
 };
 
 std::vector<CaseSection> AllSections(Effort effort) {
-  return {FlakeCases(effort), PathCases(effort), StageCases(effort),
-          FrameCases(effort), HostCases(effort), StrokeCases(effort)};
+  return {FlakeCases(effort), PathCases(effort),    StageCases(effort), FrameCases(effort),
+          HostCases(effort),  BindingCases(effort), StrokeCases(effort)};
 }
 
 int Measure(const Options& options) {

@@ -85,7 +85,9 @@ const std::vector<Rule> kRules = {
     {"bindings/", {"minihost/", "hostapi/"}, {"minihost/call/"}},
     {"bindings/frei0r/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
     {"bindings/openfx/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
-    {"bench/", {"effect/", "minihost/", "hostapi/"}, {"minihost/call/"}},
+    {"bench/",
+     {"effect/", "minihost/", "bindings/", "tests/bindings/openfx/host.h", "hostapi/"},
+     {"minihost/call/"}},
     {"tests/", {"effect/", "minihost/", "cli/", "bindings/", "bench/", "hostapi/"}, {"minihost/call/"}},
     {"tests/minihost/call/", {"tests/", "minihost/", "hostapi/"}},
 };
