@@ -32,7 +32,7 @@ struct Way<PF_PixelFloat> {
 
 // round(value * to / from), halves up; exact at both ends.
 constexpr std::uint32_t Scale(std::uint32_t value, std::uint32_t from, std::uint32_t to) {
-  return (std::min(value, from) * to + from / 2) / from;
+  return from == to ? std::min(value, to) : (std::min(value, from) * to + from / 2) / from;
 }
 static_assert(Scale(65535, 65535, 32768) == 32768 && Scale(32768, 32768, 65535) == 65535 &&
               Scale(0, 65535, 32768) == 0);
