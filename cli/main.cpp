@@ -60,6 +60,9 @@ void KeepFreedMemory() {
   ::mallopt(M_MMAP_THRESHOLD, 32 * kMega);  // the most that is accepted
   ::mallopt(M_TRIM_THRESHOLD, 1024 * kMega);
   ::mallopt(M_TOP_PAD, 64 * kMega);
+  // Packets and frames of video are freed on other threads than they were allocated on.  With an arena for
+  // each thread the memory in use grows by kilobytes a frame.
+  ::mallopt(M_ARENA_MAX, 1);
 }
 
 }  // namespace

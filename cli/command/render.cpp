@@ -166,6 +166,10 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   if (summary.interrupted) {
     SayHowToGoOn(options, summary, resumption.has_value());
   }
+  const std::string damage = plan.source->Damage();
+  if (plan.takesAll && !damage.empty() && CodeOf(summary) == ExitCode::kDone) {
+    Refuse(ExitCode::kInput, "'{}' {}; what came is written", scene.input, damage);
+  }
   return CodeOf(summary);
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "cli/frames/picture.h"
 #include "cli/scene/frame_rate.h"
@@ -40,6 +41,10 @@ class FrameSource {
 
   /// The file that holds this frame alone; empty when there is none, or one for all frames.
   virtual std::filesystem::path FileOf(std::int32_t /*frame*/) const { return {}; }
+
+  /// What is wrong with a source that ends before it should, as half a sentence; empty when it is whole.  The
+  /// frames that it has can be read.
+  virtual std::string Damage() const { return {}; }
 };
 
 /// Transparent black in every frame, for snow alone.
@@ -61,6 +66,7 @@ class ProxySource : public FrameSource {
   const SourceTraits& Traits() const override { return traits_; }
   std::optional<Picture> Read(std::int32_t frame) override;
   std::filesystem::path FileOf(std::int32_t frame) const override { return source_->FileOf(frame); }
+  std::string Damage() const override { return source_->Damage(); }
 
  private:
   std::unique_ptr<FrameSource> source_;

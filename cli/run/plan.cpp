@@ -87,6 +87,7 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
   OpenInput(scene, plan);
   plan.rate = RateOf(scene, plan.traits);
   scene.fps = fmt::format("{}/{}", plan.rate.timeScale, plan.rate.timeStep);
+  plan.takesAll = scene.frames.empty();
   scene.frames = FramesOf(scene, plan.traits);
   plan.addsAlpha = IsOff(scene.parameters, kCompositeWithOriginal);
 

@@ -17,6 +17,7 @@ struct RenderPlan {
   const VideoReader* video = nullptr;  // the source, or what lies under it, when it is a video
   SourceTraits traits;                 // of the source as it is rendered
   FrameRate rate;
+  bool takesAll = false;           // every frame that the input has, none named
   bool addsAlpha = false;          // the output has alpha that the input lacks: snow alone
   RenderJob job;                   // frames, timing and scale; the caller sets jobs and policies
   std::vector<std::string> notes;  // for the user

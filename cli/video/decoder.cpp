@@ -56,6 +56,9 @@ VideoDecoder::VideoDecoder(const std::filesystem::path& path)
   Open();
   OpenCodec();
   index_.emplace(*file_, Stream());
+  if (!index_->Damage().empty()) {
+    CutUndecodableEnd();
+  }
   if (index_->PictureCount() == 0) {
     RefuseInput(path_, index_->Damage().empty() ? "it holds no pictures" : index_->Damage());
   }
@@ -132,6 +135,22 @@ void VideoDecoder::StartNear(std::size_t picture) {
     SeekTo(key);
   } else if (!atStart) {
     Rewind();
+  }
+}
+
+/// Where a file breaks off, its last picture may have come in part, and others without what they are built
+/// on.
+void VideoDecoder::CutUndecodableEnd() {
+  const std::size_t count = index_->PictureCount();
+  std::size_t whole = 0;
+  Rewind();
+  try {
+    for (std::size_t i = count > 0 ? index_->KeyBefore(count - 1) : 0; i < count; ++i) {
+      whole = i;
+      Decode(i);
+    }
+  } catch (const DecodeFailure&) {
+    index_->EndBefore(whole);
   }
 }
 

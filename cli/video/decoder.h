@@ -36,6 +36,7 @@ class VideoDecoder {
  private:
   void Open();
   void OpenCodec();
+  void CutUndecodableEnd();
   void Rewind();
   void SeekTo(std::size_t picture);
   void StartNear(std::size_t picture);

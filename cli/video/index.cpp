@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 extern "C" {
 #include <libavutil/parseutils.h>
@@ -48,6 +49,7 @@ bool IsUsable(AVRational rate) {
 VideoIndex::VideoIndex(AVFormatContext& file, const AVStream& stream) : timeBase_(stream.time_base) {
   Gather(file, stream);
   FindRate(file, stream);
+  CountFrames();
 }
 
 void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
@@ -89,7 +91,30 @@ void VideoIndex::Gather(AVFormatContext& file, const AVStream& stream) {
     times_.erase(times_.begin(), std::ranges::lower_bound(times_, keys_.front()));
   }
   times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
+  if (!damage_.empty() && stream.codecpar->video_delay > 0) {
+    CutAtLateGap();
+  }
   count_ = times_.size();
+}
+
+/// Pictures are stored before those that are shown before them and built on them.  Where the file breaks off
+/// between, the first have come without the others; a hole in time is no varying rate.
+void VideoIndex::CutAtLateGap() {
+  constexpr std::ptrdiff_t kMostReordered = 16;  // pictures, in any codec
+  constexpr int kFewest = 3;
+  if (times_.size() < kFewest) {
+    return;
+  }
+  std::vector<std::int64_t> gaps(times_.size());
+  std::adjacent_difference(times_.begin(), times_.end(), gaps.begin());
+  gaps.erase(gaps.begin());
+  const std::ptrdiff_t first = std::max(std::ssize(gaps) - kMostReordered, std::ptrdiff_t{0});
+  std::vector<std::int64_t> ordered = gaps;
+  std::ranges::sort(ordered);
+  const std::int64_t usual = ordered[ordered.size() / 2];
+  const auto hole =
+      std::find_if(gaps.begin() + first, gaps.end(), [&](std::int64_t gap) { return 2 * gap > 3 * usual; });
+  times_.resize(static_cast<std::size_t>(hole - gaps.begin()) + 1);
 }
 
 /// Some formats end without complaint wherever the file does, but say how long the video was to be.
@@ -99,6 +124,7 @@ void VideoIndex::CheckEnd(const AVFormatContext& file, const AVStream& stream, s
   }
   const double due = StatedSeconds(stream);
   const double found = static_cast<double>(length) * av_q2d(timeBase_);
+  // Some count the length of the last picture, some do not, and some round.
   constexpr double kTolerance = 0.1;  // seconds
   if (due > found + kTolerance) {
     damage_ = fmt::format("it lasts {:.2f} of {:.2f} seconds", found, due);
@@ -110,7 +136,6 @@ void VideoIndex::FindRate(AVFormatContext& file, const AVStream& stream) {
   if (IsUsable(guess)) {
     rate_ = guess;
   }
-  frameCount_ = static_cast<std::int64_t>(count_);
   if (times_.size() > 1) {
     const auto gaps = static_cast<double>(times_.size() - 1);
     const double mean = static_cast<double>(times_.back() - times_.front()) / gaps;
@@ -132,11 +157,23 @@ void VideoIndex::FindRate(AVFormatContext& file, const AVStream& stream) {
       if (IsUsable(stream.avg_frame_rate)) {
         rate_ = stream.avg_frame_rate;
       }
-      const double seconds = static_cast<double>(times_.back() - times_.front()) * av_q2d(timeBase_);
-      frameCount_ = std::llround(seconds * av_q2d(rate_)) + 1;
     }
   }
   av_reduce(&rate_.num, &rate_.den, rate_.num, rate_.den, INT32_MAX);
+}
+
+void VideoIndex::CountFrames() {
+  frameCount_ = static_cast<std::int64_t>(count_);
+  if (!constant_ && count_ > 0) {
+    const double seconds = static_cast<double>(times_.back() - times_.front()) * av_q2d(timeBase_);
+    frameCount_ = std::llround(seconds * av_q2d(rate_)) + 1;
+  }
+}
+
+void VideoIndex::EndBefore(std::size_t picture) {
+  times_.resize(std::min(times_.size(), picture));
+  count_ = picture;
+  CountFrames();
 }
 
 double VideoIndex::StartSeconds() const {

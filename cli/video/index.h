@@ -42,12 +42,17 @@ class VideoIndex {
   /// When a picture is shown, in the stream's time base; only where HasTimes.
   std::int64_t TimeOf(std::size_t picture) const { return times_[picture]; }
 
+  /// Leaves out a picture and those after it.
+  void EndBefore(std::size_t picture);
+
   /// Why the file ends where it does; empty when by its own will.
   const std::string& Damage() const { return damage_; }
 
  private:
   void Gather(AVFormatContext& file, const AVStream& stream);
   void CheckEnd(const AVFormatContext& file, const AVStream& stream, std::int64_t length);
+  void CutAtLateGap();
+  void CountFrames();
   void FindRate(AVFormatContext& file, const AVStream& stream);
 
   AVRational timeBase_{};

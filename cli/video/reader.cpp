@@ -139,9 +139,15 @@ void VideoReader::NoteWhatIsIgnored() {
                     static_cast<double>(traits_.rate->timeScale) / traits_.rate->timeStep));
   }
   if (!index.Damage().empty()) {
-    notes_.push_back(
-        fmt::format("the file breaks off after {} pictures: {}", index.PictureCount(), index.Damage()));
+    notes_.push_back("the file " + Damage());
   }
+}
+
+std::string VideoReader::Damage() const {
+  const VideoIndex& index = decoder_.Index();
+  return index.Damage().empty() ? ""
+                                : fmt::format("breaks off after {} picture{}: {}", index.PictureCount(),
+                                              index.PictureCount() == 1 ? "" : "s", index.Damage());
 }
 
 bool VideoReader::IsStill() const {

@@ -31,6 +31,9 @@ class VideoReader : public FrameSource {
   /// read after that.
   std::optional<Picture> Read(std::int32_t frame) override;
 
+  /// "breaks off after 4 pictures: ...".
+  std::string Damage() const override;
+
   /// What to write into a video made from this one.  With luma and chroma the matrix is always a known one.
   const ColorTags& Tags() const { return tags_; }
 

@@ -71,9 +71,21 @@ SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
   }
 }
 
+/// "the sound", with its number when there are others; counted from 1.
+std::string SoundCopy::NameOf(const AVStream& track) const {
+  int number = 0;
+  int count = 0;
+  for (unsigned i = 0; i < input_->nb_streams; ++i) {
+    const AVStream* stream = input_->streams[i];
+    count += stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO ? 1 : 0;
+    number = stream == &track ? count : number;
+  }
+  return count == 1 ? "the sound" : fmt::format("sound track {} of {}", number, count);
+}
+
 void SoundCopy::AddTrack(const AVStream& input) {
   if (!CanHold(*output_.oformat, input)) {
-    notes_.push_back(fmt::format("the sound of '{}' is left out: {} cannot hold {}",
+    notes_.push_back(fmt::format("{} of '{}' is left out: {} cannot hold {}", NameOf(input),
                                  range_.path.filename().string(), output_.oformat->name,
                                  avcodec_get_name(input.codecpar->codec_id)));
     return;

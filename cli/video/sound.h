@@ -37,6 +37,7 @@ class SoundCopy {
     std::int64_t padding = 0;  // what decoders throw away at the start of the stream
   };
 
+  std::string NameOf(const AVStream& track) const;
   void AddTrack(const AVStream& input);
   bool Fetch();
   int Send();

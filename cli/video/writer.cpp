@@ -11,6 +11,7 @@
 
 extern "C" {
 #include <libavutil/dict.h>
+#include <libavutil/imgutils.h>
 }
 
 namespace cli {
@@ -68,7 +69,9 @@ const char* EncoderOf(VideoFormat format) {
   return format == VideoFormat::kMp4 ? "libx264" : format == VideoFormat::kMov ? "prores_ks" : "ffv1";
 }
 
-void ChooseOptions(VideoFormat format, const VideoTraits& traits, AVCodecContext& codec, Options& options) {
+/// `rowsOfSlices` is FFV1's: a picture is divided into so many rows and columns of slices.
+void ChooseOptions(VideoFormat format, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
+                   Options& options) {
   // The number of threads changes what some encoders write, so it does not follow the machine.
   constexpr int kThreads = 2;
   codec.thread_count = kThreads;
@@ -88,7 +91,8 @@ void ChooseOptions(VideoFormat format, const VideoTraits& traits, AVCodecContext
       constexpr int kSmallestToDivide = 32;  // pixels a side
       codec.level = 3;
       codec.gop_size = 1;  // every picture stands alone
-      codec.slices = std::min(traits.width, traits.height) < kSmallestToDivide ? 1 : 4;
+      const bool isTiny = std::min(traits.width, traits.height) < kSmallestToDivide;
+      codec.slices = isTiny ? 1 : rowsOfSlices * rowsOfSlices;
       options.Set("slicecrc", "1");
       return;
     }
@@ -163,7 +167,33 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   if (!encoder) {
     RefuseOutput(path_, fmt::format("the encoder {} is not there", EncoderOf(format_)));
   }
-  codec_.reset(Allocated(avcodec_alloc_context3(encoder)));
+  if (av_image_check_size(static_cast<unsigned>(traits.width), static_cast<unsigned>(traits.height), 0,
+                          nullptr) < 0) {
+    RefuseOutput(path_, fmt::format("{} x {} pixels are more than a video can have, some 260 million",
+                                    traits.width, traits.height));
+  }
+  // FFV1 says "not implemented" when a slice is too large for it.
+  constexpr int kMostRows = 16;
+  int rowsOfSlices = 2;
+  int error = TryCodec(*encoder, traits, rowsOfSlices);
+  while (error == AVERROR(ENOSYS) && rowsOfSlices < kMostRows) {
+    error = TryCodec(*encoder, traits, ++rowsOfSlices);
+  }
+  if (error < 0) {
+    RefuseOutput(path_,
+                 fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
+                             traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
+  }
+  stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
+  Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
+  stream_->time_base = codec_->time_base;
+  stream_->avg_frame_rate = codec_->framerate;
+  stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
+}
+
+/// Returns 0 or the libraries' error.
+int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices) {
+  codec_.reset(Allocated(avcodec_alloc_context3(&encoder)));
   const AVPixelFormat pixels = PixelFormatOf(format_, traits);
   const ColorTags tags = CompleteTags(traits.tags, pixels, traits.height);
   constexpr int kFinestAspect = 10'000;
@@ -181,18 +211,8 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   }
   Options options;
-  ChooseOptions(format_, traits, *codec_, options);
-  const int error = avcodec_open2(codec_.get(), encoder, options.Get());
-  if (error < 0) {
-    RefuseOutput(path_,
-                 fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
-                             traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
-  }
-  stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
-  Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
-  stream_->time_base = codec_->time_base;
-  stream_->avg_frame_rate = codec_->framerate;
-  stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
+  ChooseOptions(format_, traits, rowsOfSlices, *codec_, options);
+  return avcodec_open2(codec_.get(), &encoder, options.Get());
 }
 
 void VideoWriter::OpenSound(const SoundRange& sound) {

@@ -63,6 +63,7 @@ class VideoWriter : public FrameSink {
   void Check(int error) const;
   void OpenOutput();
   void OpenCodec(const VideoTraits& traits);
+  int TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices);
   void OpenSound(const SoundRange& sound);
   void WriteHeader();
   void SendFrame(AVFrame* frame);

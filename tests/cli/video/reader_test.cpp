@@ -133,10 +133,14 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
   std::filesystem::resize_file(folder_ / "a.mp4", 2000);
   ExpectError(ExitCode::kInput, "a.mp4'", [&] { VideoReader(folder_ / "a.mp4"); });
   for (const char* name : {"b.mkv", "b.mp4"}) {
-    MakeClip(folder_ / name, std::string(kTenFrames) + "-c:v libx264 -g 1 -movflags +faststart");
+    MakeClip(folder_ / name, std::string(kTenFrames) + "-c:v libx264 -g 4 -movflags +faststart");
     EXPECT_THAT(VideoReader(folder_ / name).Notes(), Not(Contains(HasSubstr("breaks off"))));
-    std::filesystem::resize_file(folder_ / name, std::filesystem::file_size(folder_ / name) / 2);
-    EXPECT_THAT(VideoReader(folder_ / name).Notes(), Contains(HasSubstr("breaks off after"))) << name;
+    std::filesystem::resize_file(folder_ / name, std::filesystem::file_size(folder_ / name) * 3 / 4);
+    VideoReader broken(folder_ / name);
+    EXPECT_THAT(broken.Notes(), Contains(HasSubstr("breaks off after"))) << name;
+    EXPECT_THAT(broken.Damage(), HasSubstr("seconds"));
+    EXPECT_GE(*broken.Traits().lastFrame, 2);
+    EXPECT_TRUE(broken.Read(*broken.Traits().lastFrame)) << "every frame that is announced is there";
   }
   MakeClip(folder_ / "sound.wav", "-f lavfi -i sine=d=0.1");
   ExpectError(ExitCode::kInput, "there is no video in it", [&] { VideoReader(folder_ / "sound.wav"); });
