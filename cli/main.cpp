@@ -60,10 +60,16 @@ void KeepFreedMemory() {
   ::mallopt(M_MMAP_THRESHOLD, 32 * kMega);  // the most that is accepted
   ::mallopt(M_TRIM_THRESHOLD, 1024 * kMega);
   ::mallopt(M_TOP_PAD, 64 * kMega);
-  // Packets and frames of video are freed on other threads than they were allocated on.  With an arena for
-  // each thread the memory in use grows by kilobytes a frame.
+}
+
+/// Packets and frames of video are freed on other threads than they were allocated on.  With an arena for
+/// each thread the memory in use grows by kilobytes a frame.
+void TakeOneArena() {
   ::mallopt(M_ARENA_MAX, 1);
 }
+
+/// Ahead of the libraries' own beginnings, in which some start threads and so make arenas.
+[[gnu::section(".preinit_array"), gnu::used]] void (*const takeOneArenaFirst)() = TakeOneArena;
 
 }  // namespace
 

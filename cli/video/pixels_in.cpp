@@ -4,8 +4,10 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
+#include <type_traits>
 #include <vector>
 
 #include "cli/frames/sample_convert.h"
@@ -117,6 +119,142 @@ void Store(const RowColors& colors, std::span<Pixel> pixels) {
   }
 }
 
+/// Where the codes of one component lie when they are whole bytes or pairs of bytes, and nothing else is in
+/// them.
+struct PlainCodes {
+  const std::uint8_t* start = nullptr;
+  std::ptrdiff_t rowStep = 0;
+  std::ptrdiff_t step = 0;
+  int depth = 0;
+
+  bool IsWide() const { return depth > 8; }
+};
+
+/// Empty when they lie otherwise.
+std::optional<PlainCodes> FindPlainCodes(const AVFrame& frame, int component) {
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
+  const AVComponentDescriptor& place = desc.comp[component];
+  constexpr std::uint64_t kOther =
+      AV_PIX_FMT_FLAG_FLOAT | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_BE | AV_PIX_FMT_FLAG_HWACCEL;
+  constexpr bool kIsLittle = std::endian::native == std::endian::little;
+  if ((desc.flags & kOther) || place.shift != 0 || place.depth < 8 || place.depth > 16 ||
+      (place.depth > 8 && !kIsLittle)) {
+    return {};
+  }
+  return PlainCodes{frame.data[place.plane] + place.offset, frame.linesize[place.plane], place.step,
+                    place.depth};
+}
+
+/// FromFraction for every code.
+template <class Way>
+class CodeTable {
+ public:
+  using Sample = typename Way::Sample;
+
+  const Sample* For(int depth, double white) {
+    if (depth != depth_ || white != white_) {
+      samples_.resize(std::size_t{1} << depth);
+      for (std::size_t code = 0; code < samples_.size(); ++code) {
+        samples_[code] = FromFraction<Way>(static_cast<double>(code) / white);
+      }
+      depth_ = depth;
+      white_ = white;
+    }
+    return samples_.data();
+  }
+
+ private:
+  int depth_ = 0;
+  double white_ = 0;
+  std::vector<Sample> samples_;
+};
+
+template <class Code>
+Code CodeAt(const std::uint8_t* place) {
+  Code code;
+  std::memcpy(&code, place, sizeof code);
+  return code;
+}
+
+/// The pixels of one row by its tables; the codes of a component are `Code`s.
+template <class Code, class Pixel, class Sample>
+void LookUp(std::array<const std::uint8_t*, 3> rgb, std::ptrdiff_t step, unsigned mask, const Sample* table,
+            std::span<Pixel> pixels) {
+  const auto [red, green, blue] = rgb;
+  const auto width = static_cast<std::ptrdiff_t>(pixels.size());
+  const Sample opaque = FromFraction<WayOf<Pixel>>(1.0);
+  for (std::ptrdiff_t x = 0; x < width; ++x) {
+    pixels[static_cast<std::size_t>(x)] = {opaque, table[CodeAt<Code>(red + x * step) & mask],
+                                           table[CodeAt<Code>(green + x * step) & mask],
+                                           table[CodeAt<Code>(blue + x * step) & mask]};
+  }
+}
+
+/// Bytes in planes of their own whose codes are the samples.
+void Weave(const std::uint8_t* red, const std::uint8_t* green, const std::uint8_t* blue,
+           std::span<PF_Pixel> pixels) {
+  for (std::size_t x = 0; x < pixels.size(); ++x) {
+    pixels[x] = {255, red[x], green[x], blue[x]};
+  }
+}
+
+/// Straight colour whose codes lie plainly, by tables.  Gives the samples that going by fractions gives, and
+/// is several times as fast.  False when the frame is not so.
+template <class Pixel>
+bool StoreByTables(const AVFrame& colors, std::optional<double> white, const AVFrame* alphas, Image& image) {
+  using Way = WayOf<Pixel>;
+  const int count = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(colors.format))->nb_components;
+  const bool isGray = count < 3;
+  const auto red = FindPlainCodes(colors, 0);
+  const auto green = isGray ? red : FindPlainCodes(colors, 1);
+  const auto blue = isGray ? red : FindPlainCodes(colors, 2);
+  if (!red || !green || !blue || red->depth != green->depth || red->depth != blue->depth ||
+      red->step != green->step || red->step != blue->step) {
+    return false;
+  }
+  std::optional<PlainCodes> alpha;
+  if (alphas) {
+    const auto format = static_cast<AVPixelFormat>(alphas->format);
+    alpha = FindPlainCodes(*alphas, av_pix_fmt_desc_get(format)->nb_components - 1);
+    if (!alpha) {
+      return false;
+    }
+  }
+  const auto whiteOf = [](int depth) { return static_cast<double>((1u << depth) - 1); };
+  const auto maskOf = [](int depth) { return (1u << depth) - 1; };
+  thread_local CodeTable<Way> colorTable;
+  thread_local CodeTable<Way> alphaTable;
+  const double colorWhite = white.value_or(whiteOf(red->depth));
+  const auto* table = colorTable.For(red->depth, colorWhite);
+  const bool isSame =
+      std::is_same_v<Pixel, PF_Pixel> && red->depth == 8 && red->step == 1 && colorWhite == 255;
+  for (int row = 0; row < image.Height(); ++row) {
+    const auto pixels = image.Row<Pixel>(row);
+    const auto rowOf = [row](const PlainCodes& codes) { return codes.start + row * codes.rowStep; };
+    const std::array rows{rowOf(*red), rowOf(*green), rowOf(*blue)};
+    if constexpr (std::is_same_v<Pixel, PF_Pixel>) {
+      if (isSame) {
+        Weave(rows[0], rows[1], rows[2], pixels);
+      }
+    }
+    if (!isSame && red->IsWide()) {
+      LookUp<std::uint16_t>(rows, red->step, maskOf(red->depth), table, pixels);
+    } else if (!isSame) {
+      LookUp<std::uint8_t>(rows, red->step, maskOf(red->depth), table, pixels);
+    }
+    if (alpha) {
+      const auto* samples = alphaTable.For(alpha->depth, whiteOf(alpha->depth));
+      const std::uint8_t* codes = rowOf(*alpha);
+      for (Pixel& pixel : pixels) {
+        const unsigned code = alpha->IsWide() ? CodeAt<std::uint16_t>(codes) : *codes;
+        pixel.alpha = samples[code & maskOf(alpha->depth)];
+        codes += alpha->step;
+      }
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, AlphaForm alpha) {
@@ -129,9 +267,19 @@ Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, A
   if (isPalette) {
     rgb = RgbOfPalette(frame);
   }
+  Image image(frame.width, frame.height, depth, minihost::Clearing::kNone);
+  const bool isStraight = alpha == AlphaForm::kStraight || !HasAlpha(format);
+  const bool isStored =
+      isStraight && minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
+        const AVFrame& alphas = isPalette ? *rgb->frame : frame;
+        return StoreByTables<Pixel>(rgb ? *rgb->frame : frame, rgb ? std::optional(rgb->white) : std::nullopt,
+                                    HasAlpha(format) ? &alphas : nullptr, image);
+      });
+  if (isStored) {
+    return image;
+  }
   ComponentReader colorReader = rgb ? ComponentReader(*rgb->frame, rgb->white) : ComponentReader(frame);
   ComponentReader alphaReader(isPalette ? *rgb->frame : frame);
-  Image image(frame.width, frame.height, depth, minihost::Clearing::kNone);
   RowColors colors(frame.width);
   minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
     for (int row = 0; row < frame.height; ++row) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 extern "C" {
@@ -23,23 +24,66 @@ struct FreeSws {
 /// The filters differ only where chroma is shared by pixels.
 enum class ChromaFilter : int { kNearest = SWS_POINT, kMean = SWS_AREA };
 
-/// `coding` is that of luma and chroma, on whichever side they are.  RGB is always full.
-void Convert(const AVFrame& from, const YuvCoding& coding, ChromaFilter filter, AVFrame& to) {
+/// What a context of the library is made for.
+struct Conversion {
+  int fromWidth;
+  int fromHeight;
+  AVPixelFormat fromFormat;
+  int toWidth;
+  int toHeight;
+  AVPixelFormat toFormat;
+  ChromaFilter filter;
+  AVColorSpace matrix;  // of luma and chroma, on whichever side they are
+  AVColorRange range;
+  bool operator==(const Conversion&) const = default;
+};
+
+/// Null when the library cannot convert so.
+std::unique_ptr<SwsContext, FreeSws> MakeContext(const Conversion& wanted) {
   constexpr int kExact = SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP | SWS_BITEXACT;
-  const auto fromFormat = static_cast<AVPixelFormat>(from.format);
-  const auto toFormat = static_cast<AVPixelFormat>(to.format);
-  const std::unique_ptr<SwsContext, FreeSws> context(
-      sws_getContext(from.width, from.height, fromFormat, to.width, to.height, toFormat,
-                     static_cast<int>(filter) | kExact, nullptr, nullptr, nullptr));
+  std::unique_ptr<SwsContext, FreeSws> context(
+      sws_getContext(wanted.fromWidth, wanted.fromHeight, wanted.fromFormat, wanted.toWidth, wanted.toHeight,
+                     wanted.toFormat, static_cast<int>(wanted.filter) | kExact, nullptr, nullptr, nullptr));
+  // RGB is always full.
   const auto range = [&](AVPixelFormat format) {
-    return IsYuv(format) && coding.range != AVCOL_RANGE_JPEG ? 0 : 1;
+    return IsYuv(format) && wanted.range != AVCOL_RANGE_JPEG ? 0 : 1;
   };
   constexpr int kOne = 1 << 16;  // contrast and saturation as they are
-  const int* weights = sws_getCoefficients(coding.matrix);
+  const int* weights = sws_getCoefficients(wanted.matrix);
+  if (context && sws_setColorspaceDetails(context.get(), weights, range(wanted.fromFormat), weights,
+                                          range(wanted.toFormat), 0, kOne, kOne) < 0) {
+    context.reset();
+  }
+  return context;
+}
+
+/// Contexts are costly to make, and hold no picture between two.  A thread needs one for the way in and one
+/// for the way out; on loan until the thread's next call.
+SwsContext* ContextFor(const Conversion& wanted) {
+  struct Kept {
+    Conversion conversion;
+    std::unique_ptr<SwsContext, FreeSws> context;
+  };
+  thread_local std::array<std::optional<Kept>, 2> kept;
+  thread_local std::size_t oldest = 0;
+  for (const std::optional<Kept>& one : kept) {
+    if (one && one->conversion == wanted) {
+      return one->context.get();
+    }
+  }
+  std::optional<Kept>& place = kept[oldest];
+  oldest = (oldest + 1) % kept.size();
+  place.emplace(Kept{wanted, MakeContext(wanted)});
+  return place->context.get();
+}
+
+void Convert(const AVFrame& from, const YuvCoding& coding, ChromaFilter filter, AVFrame& to) {
+  const auto fromFormat = static_cast<AVPixelFormat>(from.format);
+  const auto toFormat = static_cast<AVPixelFormat>(to.format);
+  SwsContext* context = ContextFor({from.width, from.height, fromFormat, to.width, to.height, toFormat,
+                                    filter, coding.matrix, coding.range});
   if (!context ||
-      sws_setColorspaceDetails(context.get(), weights, range(fromFormat), weights, range(toFormat), 0, kOne,
-                               kOne) < 0 ||
-      sws_scale(context.get(), from.data, from.linesize, 0, from.height, to.data, to.linesize) != to.height) {
+      sws_scale(context, from.data, from.linesize, 0, from.height, to.data, to.linesize) != to.height) {
     throw std::runtime_error(fmt::format("pixels cannot be converted from {} to {}",
                                          av_get_pix_fmt_name(fromFormat), av_get_pix_fmt_name(toFormat)));
   }

@@ -139,7 +139,7 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
     VideoReader broken(folder_ / name);
     EXPECT_THAT(broken.Notes(), Contains(HasSubstr("breaks off after"))) << name;
     EXPECT_THAT(broken.Damage(), HasSubstr("seconds"));
-    EXPECT_GE(*broken.Traits().lastFrame, 2);
+    EXPECT_GE(*broken.Traits().lastFrame, 1);
     EXPECT_TRUE(broken.Read(*broken.Traits().lastFrame)) << "every frame that is announced is there";
   }
   MakeClip(folder_ / "sound.wav", "-f lavfi -i sine=d=0.1");
