@@ -15,7 +15,7 @@ namespace {
 
 // The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
 // first to the last when none is left out between.
-std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
+std::optional<SoundRange> RangeOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
   if (plan.video == nullptr || frames.empty()) {
     return {};
@@ -24,7 +24,11 @@ std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
   if (span != static_cast<std::int64_t>(frames.size())) {
     return {};
   }
-  return plan.video->Sound(frames.front(), frames.back());
+  return plan.video->Range(frames.front(), frames.back());
+}
+
+std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
+  return RangeOf(plan) ? plan.video->Sound(plan.job.frames.front(), plan.job.frames.back()) : std::nullopt;
 }
 
 }  // namespace
@@ -48,6 +52,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                                 .rate = plan.rate,
                                 .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
                                 .sound = SoundOf(plan),
+                                .carried = RangeOf(plan),
                                 .encoding = scene.encoding};
     auto video = std::make_unique<VideoWriter>(scene.output, traits);
     std::vector<std::string> notes = video->Notes();

@@ -132,6 +132,7 @@ void EncodePixels(const Image& image, AVColorSpace matrix, AVFrame& frame) {
         return WriteColors<To65535, Pixel>(image, frame);
       case AV_PIX_FMT_YUV420P:
         return toYuv(AV_PIX_FMT_GBRP, WriteColorsOverBlack<To255, Pixel>);
+      case AV_PIX_FMT_YUV420P10:
       case AV_PIX_FMT_YUV444P10:
         return toYuv(AV_PIX_FMT_GBRP16, WriteColorsOverBlack<To65280, Pixel>);
       case AV_PIX_FMT_YUVA444P10:

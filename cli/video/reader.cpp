@@ -163,9 +163,13 @@ std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t la
   if (!hasSound) {
     return {};
   }
+  return Range(first, last);
+}
+
+SoundRange VideoReader::Range(std::int32_t first, std::int32_t last) const {
   const double frameSeconds = static_cast<double>(traits_.rate->timeStep) / traits_.rate->timeScale;
   const double start = decoder_.Index().StartSeconds();
-  return SoundRange{path_, start + first * frameSeconds, start + (last + 1.0) * frameSeconds};
+  return {path_, start + first * frameSeconds, start + (last + 1.0) * frameSeconds};
 }
 
 std::optional<Picture> VideoReader::Read(std::int32_t frame) {

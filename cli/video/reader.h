@@ -40,6 +40,9 @@ class VideoReader : public FrameSource {
   /// What was assumed where the file says nothing, and what of it is ignored; for the user.
   const std::vector<std::string>& Notes() const { return notes_; }
 
+  /// The stretch of the file in which these frames are shown.
+  SoundRange Range(std::int32_t first, std::int32_t last) const;
+
   /// The sound that belongs to the frames `first`..`last`; empty when the file has none.
   std::optional<SoundRange> Sound(std::int32_t first, std::int32_t last) const;
 

@@ -6,7 +6,9 @@
 #include <stdexcept>
 
 #include "cli/file/extension.h"
+#include "cli/report/choice.h"
 #include "cli/report/error.h"
+#include "cli/video/carry.h"
 #include "cli/video/pixels_out.h"
 
 extern "C" {
@@ -50,13 +52,53 @@ VideoFormat FormatOrRefuse(const std::filesystem::path& path) {
   Refuse(ExitCode::kUsage, "video '{}' must end in .mp4, .mov or .mkv", path.filename().string());
 }
 
-AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
-  switch (format) {
-    case VideoFormat::kMp4:
+constexpr Choices<VideoCodec, 4> kCodecs = {{VideoCodec::kH264, "h264"},
+                                            {VideoCodec::kHevc, "hevc"},
+                                            {VideoCodec::kProres, "prores"},
+                                            {VideoCodec::kFfv1, "ffv1"}};
+
+constexpr const char* NameOfFormat(VideoFormat format) {
+  return format == VideoFormat::kMp4 ? ".mp4" : format == VideoFormat::kMov ? ".mov" : ".mkv";
+}
+
+bool Takes(VideoFormat format, VideoCodec codec) {
+  switch (codec) {
+    case VideoCodec::kH264:
+    case VideoCodec::kHevc:
+      return true;
+    case VideoCodec::kProres:
+      return format != VideoFormat::kMp4;
+    case VideoCodec::kFfv1:
+      break;
+  }
+  return format == VideoFormat::kMkv;
+}
+
+bool IsSubsampled(VideoCodec codec) {
+  return codec == VideoCodec::kH264 || codec == VideoCodec::kHevc;
+}
+
+void CheckQuality(VideoCodec codec, int quality) {
+  if (codec == VideoCodec::kFfv1) {
+    Refuse(ExitCode::kUsage, "quality {}: ffv1 is without loss and has no scale of quality", quality);
+  }
+  const int least = codec == VideoCodec::kProres ? 1 : 0;
+  const int most = codec == VideoCodec::kProres ? 31 : 51;
+  if (quality < least || quality > most) {
+    Refuse(ExitCode::kUsage, "quality {} is not on the scale of {}, {} (best) to {}", quality,
+           NameOf(kCodecs, codec), least, most);
+  }
+}
+
+AVPixelFormat PixelFormatOf(VideoCodec codec, const VideoTraits& traits) {
+  switch (codec) {
+    case VideoCodec::kH264:
       return AV_PIX_FMT_YUV420P;
-    case VideoFormat::kMov:
+    case VideoCodec::kHevc:
+      return traits.depth == Depth::kBits8 ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV420P10;
+    case VideoCodec::kProres:
       return traits.hasAlpha ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV444P10;
-    case VideoFormat::kMkv:
+    case VideoCodec::kFfv1:
       break;
   }
   if (traits.depth == Depth::kBits8) {
@@ -65,29 +107,41 @@ AVPixelFormat PixelFormatOf(VideoFormat format, const VideoTraits& traits) {
   return traits.hasAlpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
 }
 
-const char* EncoderOf(VideoFormat format) {
-  return format == VideoFormat::kMp4 ? "libx264" : format == VideoFormat::kMov ? "prores_ks" : "ffv1";
+const char* EncoderOf(VideoCodec codec) {
+  constexpr const char* kEncoders[] = {"libx264", "libx265", "prores_ks", "ffv1"};
+  return kEncoders[static_cast<int>(codec)];
 }
 
 /// `rowsOfSlices` is FFV1's: a picture is divided into so many rows and columns of slices.
-void ChooseOptions(VideoFormat format, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
+void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
                    Options& options) {
   // The number of threads changes what some encoders write, so it does not follow the machine.
   constexpr int kThreads = 2;
+  const std::optional<int>& quality = traits.encoding.quality;
   codec.thread_count = kThreads;
   codec.flags |= AV_CODEC_FLAG_BITEXACT;
-  switch (format) {
-    case VideoFormat::kMp4:
-      options.Set("crf", "16");
+  switch (kind) {
+    case VideoCodec::kH264:
+      options.Set("crf", std::to_string(quality.value_or(16)).c_str());
       options.Set("preset", "medium");
       options.Set("x264-params",
                   "cpu-independent=1");  // the same bytes on every processor
       return;
-    case VideoFormat::kMov:
+    case VideoCodec::kHevc:
+      options.Set("crf", std::to_string(quality.value_or(18)).c_str());
+      options.Set("preset", "medium");
+      // Neither threads nor words that follow the machine; the encoder would also talk on the terminal.
+      options.Set("x265-params", "frame-threads=2:pools=2:info=0:log-level=none");
+      return;
+    case VideoCodec::kProres:
       options.Set("profile", "4444");
       options.Set("alpha_bits", traits.hasAlpha ? "16" : "0");
+      if (quality) {
+        codec.flags |= AV_CODEC_FLAG_QSCALE;
+        codec.global_quality = FF_QP2LAMBDA * *quality;
+      }
       return;
-    case VideoFormat::kMkv: {
+    case VideoCodec::kFfv1: {
       constexpr int kSmallestToDivide = 32;  // pixels a side
       codec.level = 3;
       codec.gop_size = 1;  // every picture stands alone
@@ -100,6 +154,20 @@ void ChooseOptions(VideoFormat format, const VideoTraits& traits, int rowsOfSlic
 }
 
 }  // namespace
+
+VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings) {
+  constexpr VideoCodec kOwn[] = {VideoCodec::kH264, VideoCodec::kProres, VideoCodec::kFfv1};
+  const VideoCodec codec =
+      settings.codec.empty() ? kOwn[static_cast<int>(format)] : ParseChoice(kCodecs, settings.codec);
+  if (!Takes(format, codec)) {
+    Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, NameOfFormat(format),
+           codec == VideoCodec::kProres ? ".mov or .mkv" : ".mkv");
+  }
+  if (settings.quality) {
+    CheckQuality(codec, *settings.quality);
+  }
+  return codec;
+}
 
 // Of one shape with PictureFormatOf on purpose: the two rooms do not know of each other.
 std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
@@ -117,18 +185,26 @@ std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
 }
 
 VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& traits)
-    : path_(path), format_(FormatOrRefuse(path)), pending_(path), packet_(Allocated(av_packet_alloc())) {
+    : path_(path),
+      format_(FormatOrRefuse(path)),
+      kind_(CodecOf(format_, traits.encoding)),
+      pending_(path),
+      packet_(Allocated(av_packet_alloc())) {
   SilenceLibav();
-  if (format_ == VideoFormat::kMp4 && (traits.width % 2 || traits.height % 2)) {
-    RefuseOutput(path_, fmt::format("MP4 takes an even width and height, and the picture is {} x {}; "
-                                    "crop it by a column or a row, or write .mov or .mkv",
-                                    traits.width, traits.height));
+  if (IsSubsampled(kind_) && (traits.width % 2 || traits.height % 2)) {
+    RefuseOutput(
+        path_, fmt::format("{} takes an even width and height, and the picture is {} x {}; "
+                           "crop it by a column or a row, or write {}",
+                           format_ == VideoFormat::kMp4 ? "MP4" : NameOf(kCodecs, kind_), traits.width,
+                           traits.height, format_ == VideoFormat::kMp4 ? ".mov or .mkv" : "without --codec"));
   }
-  if (format_ == VideoFormat::kMp4 && traits.hasAlpha) {
-    notes_.push_back(fmt::format("'{}' cannot hold alpha; the picture lies over black", path.string()));
-  }
+  NoteLosses(traits);
   OpenOutput();
   OpenCodec(traits);
+  if (traits.carried) {
+    const auto notes = CarryOver(*traits.carried, *file_, *stream_);
+    notes_.insert(notes_.end(), notes.begin(), notes.end());
+  }
   if (traits.sound) {
     OpenSound(*traits.sound);
   }
@@ -136,6 +212,19 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& t
 }
 
 VideoWriter::~VideoWriter() = default;
+
+void VideoWriter::NoteLosses(const VideoTraits& traits) {
+  if (IsSubsampled(kind_) && traits.hasAlpha) {
+    notes_.push_back(fmt::format("'{}' cannot hold alpha; the picture lies over black", path_.string()));
+  }
+  if (kind_ == VideoCodec::kH264 && traits.depth != Depth::kBits8) {
+    const bool isHdr =
+        traits.tags.transfer == AVCOL_TRC_SMPTE2084 || traits.tags.transfer == AVCOL_TRC_ARIB_STD_B67;
+    notes_.push_back(
+        fmt::format("'{}' holds 8 bits a channel, less than the frames have{}; codec hevc holds 10",
+                    path_.string(), isHdr ? ", and HDR shows steps in 8" : ""));
+  }
+}
 
 /// For what the libraries return.  Of a failing disk the file itself knows best, and sometimes alone.
 void VideoWriter::Check(int error) const {
@@ -163,9 +252,9 @@ void VideoWriter::OpenOutput() {
 }
 
 void VideoWriter::OpenCodec(const VideoTraits& traits) {
-  const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(format_));
+  const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(kind_));
   if (!encoder) {
-    RefuseOutput(path_, fmt::format("the encoder {} is not there", EncoderOf(format_)));
+    RefuseOutput(path_, fmt::format("the encoder {} is not there", EncoderOf(kind_)));
   }
   if (av_image_check_size(static_cast<unsigned>(traits.width), static_cast<unsigned>(traits.height), 0,
                           nullptr) < 0) {
@@ -186,6 +275,9 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   }
   stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
   Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
+  if (kind_ == VideoCodec::kHevc && format_ != VideoFormat::kMkv) {
+    stream_->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');  // the name under which players look for it
+  }
   stream_->time_base = codec_->time_base;
   stream_->avg_frame_rate = codec_->framerate;
   stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
@@ -194,7 +286,7 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
 /// Returns 0 or the libraries' error.
 int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices) {
   codec_.reset(Allocated(avcodec_alloc_context3(&encoder)));
-  const AVPixelFormat pixels = PixelFormatOf(format_, traits);
+  const AVPixelFormat pixels = PixelFormatOf(kind_, traits);
   const ColorTags tags = CompleteTags(traits.tags, pixels, traits.height);
   constexpr int kFinestAspect = 10'000;
   codec_->width = traits.width;
@@ -211,7 +303,7 @@ int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   }
   Options options;
-  ChooseOptions(format_, traits, rowsOfSlices, *codec_, options);
+  ChooseOptions(kind_, traits, rowsOfSlices, *codec_, options);
   return avcodec_open2(codec_.get(), &encoder, options.Get());
 }
 

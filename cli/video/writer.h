@@ -1,4 +1,5 @@
-// Frames into a video file: H.264 in .mp4, ProRes 4444 in .mov, lossless FFV1 in .mkv.
+// Frames into a video file: H.264 in .mp4, ProRes 4444 in .mov, lossless FFV1 in .mkv, or another codec
+// that was asked for.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +19,15 @@
 namespace cli {
 
 enum class VideoFormat { kMp4, kMov, kMkv };
+enum class VideoCodec { kH264, kHevc, kProres, kFfv1 };
 
 /// The format that the extension stands for, upper or lower case; empty for others.
 std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path);
+
+/// The codec that settings ask for, else the format's own.  Throws ToolError(kUsage) for a codec that is not
+/// known or that the format does not take, and for a quality beyond the codec's scale: 0 to 51 of H.264 and
+/// HEVC (their CRF), 1 to 31 of ProRes (its quantizer); less is better.  FFV1 is without loss and has none.
+VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings);
 
 /// What a video needs to know before its first frame.
 struct VideoTraits {
@@ -30,17 +37,18 @@ struct VideoTraits {
   bool hasAlpha = false;
   double pixelAspect = 1;
   FrameRate rate;
-  ColorTags tags{};                   // of the source; what is unspecified is chosen by the height
-  std::optional<SoundRange> sound{};  // of the source
+  ColorTags tags{};                     // of the source; what is unspecified is chosen by the height
+  std::optional<SoundRange> sound{};    // of the source
+  std::optional<SoundRange> carried{};  // of what the frames are; for the rest that goes along
   EncodingSettings encoding{};
 };
 
 /// Writes the same bytes for the same frames, with any number of threads that encode.
 ///
-/// MP4: 8 bits, limited range, 4:2:0, nearly without visible loss, over black where the picture is
-/// transparent.  MOV: 10 bits, limited range, 4:4:4, straight alpha (stored in 16 bits,
-/// of which the encoder fills 10; clear and opaque are exact).  MKV: RGB without loss, straight alpha,
-/// 8 bits from 8-bit frames, else 16.
+/// H.264: 8 bits, limited range, 4:2:0, nearly without visible loss, over black where the picture is
+/// transparent; HEVC the same, with 10 bits from frames of more than 8.  ProRes: 10 bits, limited range,
+/// 4:4:4, straight alpha (stored in 16 bits, of which the encoder fills 10; clear and opaque are exact).
+/// FFV1: RGB without loss, straight alpha, 8 bits from 8-bit frames, else 16.
 class VideoWriter : public FrameSink {
  public:
   /// Throws ToolError(kUsage) for other extensions and ToolError(kOutput), naming the file, when the format
@@ -66,11 +74,13 @@ class VideoWriter : public FrameSink {
   int TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices);
   void OpenSound(const SoundRange& sound);
   void WriteHeader();
+  void NoteLosses(const VideoTraits& traits);
   void SendFrame(AVFrame* frame);
   double SecondsWritten() const;
 
   std::filesystem::path path_;
   VideoFormat format_;
+  VideoCodec kind_;
   PendingFile pending_;
   AvOutput file_;
   AvCodec codec_;

@@ -1,9 +1,11 @@
 // Video out: exact pixels, tags that others read, whole files, sound.
 #include "cli/video/writer.h"
 
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
+#include <array>
 #include <csignal>
 #include <fstream>
 #include <tuple>
@@ -178,6 +180,86 @@ TEST_F(VideoWrite, CarriesTheSoundOfItsFrames) {
     traits.sound = range;
     EXPECT_THAT(VideoWriter(folder_ / name, traits).Notes(),
                 Contains(AllOf(HasSubstr("left out"), HasSubstr(codec))));
+  }
+}
+
+TEST_F(VideoWrite, TakesTheCodecAndQualityThatAreAskedFor) {
+  MakeClip(folder_ / "clip.mkv", std::string(kTenFrames) +
+                                     "-c:v ffv1 -pix_fmt yuv420p10le -colorspace bt2020nc "
+                                     "-color_trc smpte2084 -color_primaries bt2020");
+  VideoReader video(folder_ / "clip.mkv");
+  struct Case {
+    const char* name;
+    const char* codec;
+    int quality;
+    std::vector<const char*> found;
+  };
+  const Case cases[] = {
+      {"a.mp4", "hevc", 12, {"codec_name=hevc", "hvc1", "pix_fmt=yuv420p10le", "color_transfer=smpte2084"}},
+      {"a.mov", "h264", 30, {"codec_name=h264", "pix_fmt=yuv420p"}},
+      {"a.mkv", "prores", 4, {"codec_name=prores", "pix_fmt=yuv444p"}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    VideoTraits traits = TraitsFrom(video);
+    traits.encoding.codec = c.codec;
+    std::array<std::string, 2> bytes;
+    for (std::string& written : bytes) {
+      VideoWriter writer(folder_ / c.name, traits);
+      const bool loses = std::string(c.codec) == "h264";
+      EXPECT_THAT(fmt::format("{}", fmt::join(writer.Notes(), "")),
+                  HasSubstr(loses ? "HDR shows steps" : ""));
+      WriteFrames(video, writer, 0, 9);
+      writer.Finish();
+      written = ReadAll(folder_ / c.name);
+    }
+    EXPECT_TRUE(bytes[0] == bytes[1]) << "the same bytes each time";
+    const std::string found =
+        Probe(folder_ / c.name, "v", "codec_name,codec_tag_string,pix_fmt,color_transfer");
+    for (const char* part : c.found) {
+      EXPECT_THAT(found, HasSubstr(part));
+    }
+    EXPECT_LT(MeanDifference(folder_ / "clip.mkv", folder_ / c.name), 5);
+    traits.encoding.quality = c.quality;
+    VideoWriter writer(folder_ / c.name, traits);
+    WriteFrames(video, writer, 0, 9);
+    writer.Finish();
+    EXPECT_FALSE(ReadAll(folder_ / c.name) == bytes[0]);
+  }
+  const auto refuse = [](cli::VideoFormat format, const char* codec, std::optional<int> quality,
+                         const char* message) {
+    cli::EncodingSettings settings;
+    settings.codec = codec;
+    settings.quality = quality;
+    ExpectError(ExitCode::kUsage, message, [&] { cli::CodecOf(format, settings); });
+  };
+  refuse(cli::VideoFormat::kMp4, "prores", {}, "does not go into .mp4; write .mov or .mkv");
+  refuse(cli::VideoFormat::kMov, "ffv1", {}, "write .mkv");
+  refuse(cli::VideoFormat::kMkv, "vp9", {}, "'vp9' is not h264, hevc, prores or ffv1");
+  refuse(cli::VideoFormat::kMkv, "", 3, "without loss");
+  refuse(cli::VideoFormat::kMp4, "", 52, "quality 52 is not on the scale of h264, 0 (best) to 51");
+}
+
+TEST_F(VideoWrite, CarriesTitleChaptersAndTimecode) {
+  std::ofstream(folder_ / "chapters") << ";FFMETADATA1\ntitle=Street\n"
+                                         "[CHAPTER]\nTIMEBASE=1/100\nSTART=0\nEND=20\ntitle=One\n"
+                                         "[CHAPTER]\nTIMEBASE=1/100\nSTART=20\nEND=40\ntitle=Two\n";
+  std::ofstream(folder_ / "words.srt") << "1\n00:00:00,000 --> 00:00:00,300\nSnow\n";
+  MakeClip(folder_ / "clip.mov",
+           std::string(kTenFrames) + "-i '" + (folder_ / "chapters").string() + "' -i '" +
+               (folder_ / "words.srt").string() +
+               "' -map 0 -map 2 -map_metadata 1 -map_chapters 1 -c:s mov_text -timecode 01:00:00:00");
+  VideoReader video(folder_ / "clip.mov");
+  VideoTraits traits = TraitsFrom(video);
+  traits.carried = video.Range(7, 9);
+  for (const char* name : {"a.mov", "a.mkv"}) {
+    VideoWriter writer(folder_ / name, traits);
+    EXPECT_THAT(writer.Notes(), Contains(HasSubstr("1 subtitle track of 'clip.mov' is left out")));
+    WriteFrames(video, writer, 7, 9);
+    writer.Finish();
+    const std::string found = RunShell("ffprobe -v error -show_chapters -show_format -show_streams '" +
+                                       (folder_ / name).string() + "'");
+    EXPECT_THAT(found, AllOf(HasSubstr("title=Street"), HasSubstr("title=Two"), HasSubstr("01:00:00:07")));
+    EXPECT_THAT(found, testing::Not(HasSubstr("title=One")));
   }
 }
 

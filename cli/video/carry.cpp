@@ -1,0 +1,126 @@
+#include "cli/video/carry.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "cli/report/error.h"
+
+extern "C" {
+#include <libavutil/timecode.h>
+}
+
+namespace cli {
+namespace {
+
+void CopyTag(const AVDictionary* from, const char* name, AVDictionary** to) {
+  if (const AVDictionaryEntry* entry = av_dict_get(from, name, nullptr, 0)) {
+    av_dict_set(to, name, entry->value, 0);
+  }
+}
+
+/// How light the display was on which the picture was made, and how light the picture gets.
+void CopyLightLevels(const AVStream& from, AVStream& to) {
+  for (const AVPacketSideDataType type :
+       {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_PKT_DATA_CONTENT_LIGHT_LEVEL}) {
+    std::size_t size = 0;
+    if (const std::uint8_t* bytes = av_stream_get_side_data(&from, type, &size)) {
+      std::memcpy(Allocated(av_stream_new_side_data(&to, type, size)), bytes, size);
+    }
+  }
+}
+
+AVChapter& AddChapter(AVFormatContext& file) {
+  auto** chapters = static_cast<AVChapter**>(
+      av_realloc_array(file.chapters, file.nb_chapters + std::size_t{1}, sizeof(AVChapter*)));
+  file.chapters = Allocated(chapters);
+  auto* chapter = Allocated(static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter))));
+  file.chapters[file.nb_chapters++] = chapter;
+  return *chapter;
+}
+
+void CopyChapters(const AVFormatContext& from, const SoundRange& range, AVFormatContext& to) {
+  constexpr AVRational kMillisecond{1, 1000};
+  const auto milliseconds = [](double seconds) { return std::llround(seconds * kMillisecond.den); };
+  for (unsigned i = 0; i < from.nb_chapters; ++i) {
+    const AVChapter& chapter = *from.chapters[i];
+    const double begin = static_cast<double>(chapter.start) * av_q2d(chapter.time_base);
+    const double end = static_cast<double>(chapter.end) * av_q2d(chapter.time_base);
+    if (end <= range.begin || begin >= range.end) {
+      continue;
+    }
+    AVChapter& copy = AddChapter(to);
+    copy.id = chapter.id;
+    copy.time_base = kMillisecond;
+    copy.start = milliseconds(std::max(begin, range.begin) - range.begin);
+    copy.end = milliseconds(std::min(end, range.end) - range.begin);
+    av_dict_copy(&copy.metadata, chapter.metadata, 0);
+  }
+}
+
+/// Written on the stream of pictures or on a track of its own.
+const char* TimecodeOf(const AVFormatContext& file, const AVStream& video) {
+  const AVDictionaryEntry* entry = av_dict_get(video.metadata, "timecode", nullptr, 0);
+  for (unsigned i = 0; !entry && i < file.nb_streams; ++i) {
+    entry = av_dict_get(file.streams[i]->metadata, "timecode", nullptr, 0);
+  }
+  entry = entry ? entry : av_dict_get(file.metadata, "timecode", nullptr, 0);
+  return entry ? entry->value : nullptr;
+}
+
+/// False when it cannot be carried: it counts at another rate than the frames.
+bool CarryTimecode(const char* text, double seconds, AVStream& video) {
+  AVTimecode timecode{};
+  if (av_timecode_init_from_string(&timecode, video.avg_frame_rate, text, nullptr) < 0) {
+    return false;
+  }
+  char first[AV_TIMECODE_STR_SIZE] = {};
+  const auto frames = static_cast<int>(std::llround(seconds * av_q2d(video.avg_frame_rate)));
+  av_dict_set(&video.metadata, "timecode", av_timecode_make_string(&timecode, first, frames), 0);
+  return true;
+}
+
+int CountTracks(const AVFormatContext& file, AVMediaType type) {
+  return static_cast<int>(
+      std::count_if(file.streams, file.streams + file.nb_streams, [type](const AVStream* stream) {
+        constexpr unsigned kTimecode = MKTAG('t', 'm', 'c', 'd');
+        return stream->codecpar->codec_type == type && stream->codecpar->codec_tag != kTimecode;
+      }));
+}
+
+}  // namespace
+
+std::vector<std::string> CarryOver(const SoundRange& source, AVFormatContext& output, AVStream& video) {
+  AvInput input;
+  const int error = OpenInput(source.path, input);
+  if (error < 0) {
+    RefuseInput(source.path, LibavMessage(error));
+  }
+  std::vector<std::string> notes;
+  CopyTag(input->metadata, "title", &output.metadata);
+  CopyChapters(*input, source, output);
+  const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (index >= 0) {
+    const AVStream& stream = *input->streams[index];
+    CopyLightLevels(stream, video);
+    const char* timecode = TimecodeOf(*input, stream);
+    const double start = stream.start_time == AV_NOPTS_VALUE
+                             ? 0
+                             : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
+    if (timecode && !CarryTimecode(timecode, source.begin - start, video)) {
+      notes.push_back(fmt::format("the timecode {} is left out", timecode));
+    }
+  }
+  for (const auto& [type, name] :
+       {std::pair{AVMEDIA_TYPE_SUBTITLE, "subtitle"}, std::pair{AVMEDIA_TYPE_DATA, "data"}}) {
+    if (const int count = CountTracks(*input, type)) {
+      notes.push_back(fmt::format("{} {} track{} of '{}' {} left out", count, name, count == 1 ? "" : "s",
+                                  source.path.filename().string(), count == 1 ? "is" : "are"));
+    }
+  }
+  return notes;
+}
+
+}  // namespace cli

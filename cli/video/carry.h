@@ -1,0 +1,18 @@
+// What goes along with the pictures from one video to another: title, chapters, timecode, light levels.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/video/libav.h"
+#include "cli/video/sound.h"
+
+namespace cli {
+
+/// Copies what belongs to the frames of `source` to `output` and to `video`, its stream of pictures, whose
+/// rate is known; the header is not yet written.  Chapters are cut to the range, and the timecode is that of
+/// its first frame.  Returns notes on what is left out.  Throws ToolError(kInput) when the file cannot be
+/// read.
+std::vector<std::string> CarryOver(const SoundRange& source, AVFormatContext& output, AVStream& video);
+
+}  // namespace cli
