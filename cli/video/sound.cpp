@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <stdexcept>
 
 #include "cli/report/error.h"
 
@@ -51,8 +52,12 @@ bool CanHold(const AVOutputFormat& container, const AVStream& sound) {
 
 }  // namespace
 
-SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output)
-    : range_(range), output_(output), input_(Open(range.path)), next_(Allocated(av_packet_alloc())) {
+SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output, SoundWish wish)
+    : range_(range),
+      wish_(wish),
+      output_(output),
+      input_(Open(range.path)),
+      next_(Allocated(av_packet_alloc())) {
   tracks_.resize(input_->nb_streams);
   for (unsigned i = 0; i < input_->nb_streams; ++i) {
     AVStream& stream = *input_->streams[i];
@@ -84,17 +89,38 @@ std::string SoundCopy::NameOf(const AVStream& track) const {
 }
 
 void SoundCopy::AddTrack(const AVStream& input) {
-  if (!CanHold(*output_.oformat, input)) {
-    notes_.push_back(fmt::format("{} of '{}' is left out: {} cannot hold {}", NameOf(input),
-                                 range_.path.filename().string(), output_.oformat->name,
-                                 avcodec_get_name(input.codecpar->codec_id)));
-    return;
+  const bool fits = wish_ != SoundWish::kAac && CanHold(*output_.oformat, input);
+  const bool isAac = input.codecpar->codec_id == AV_CODEC_ID_AAC && CanHold(*output_.oformat, input);
+  if (!fits && wish_ == SoundWish::kCopy) {
+    Refuse(ExitCode::kOutput, "{} of '{}' cannot be copied: {} cannot hold {}; encode it with --sound aac",
+           NameOf(input), range_.path.filename().string(), output_.oformat->name,
+           avcodec_get_name(input.codecpar->codec_id));
+  }
+  if (!fits && !isAac) {
+    return AddEncoded(input, tracks_[static_cast<std::size_t>(input.index)]);
   }
   Track& track = tracks_[static_cast<std::size_t>(input.index)];
   track.output = AddCopy(input, output_).index;
   track.begin = std::llround(range_.begin / av_q2d(input.time_base));
   const AVRational sample{1, std::max(1, input.codecpar->sample_rate)};
   track.padding = av_rescale_q(input.codecpar->initial_padding, sample, input.time_base);
+}
+
+void SoundCopy::AddEncoded(const AVStream& input, Track& track) {
+  const char* codec = avcodec_get_name(input.codecpar->codec_id);
+  const auto note = [&](const std::string& text) {
+    notes_.push_back(fmt::format("{} of '{}' is {}", NameOf(input), range_.path.filename().string(), text));
+  };
+  try {
+    track.encoded = std::make_unique<AacTrack>(input, output_, range_.begin, range_.end);
+    track.begin = std::llround(range_.begin / av_q2d(input.time_base));
+    track.output = static_cast<int>(output_.nb_streams) - 1;
+    if (wish_ == SoundWish::kAuto) {
+      note(fmt::format("encoded as AAC: {} cannot hold {}", output_.oformat->name, codec));
+    }
+  } catch (const std::runtime_error& error) {
+    note(fmt::format("left out: {} cannot be encoded as AAC: {}", codec, error.what()));
+  }
 }
 
 /// Finds the next packet of the range; false at its end.
@@ -107,7 +133,7 @@ bool SoundCopy::Fetch() {
     const Track& track = tracks_[static_cast<std::size_t>(next_->stream_index)];
     // Edit lists let a packet that began before the range stay; elsewhere it would move the picture.
     const bool edits = (output_.oformat->flags & AVFMT_TS_NEGATIVE) != 0;
-    const std::int64_t firstEnd = edits ? next_->duration : track.padding + 1;
+    const std::int64_t firstEnd = edits || track.encoded ? next_->duration : track.padding + 1;
     hasNext_ = track.output >= 0 && next_->pts != AV_NOPTS_VALUE && next_->pts + firstEnd > track.begin;
     if (!hasNext_) {
       av_packet_unref(next_.get());
@@ -139,8 +165,22 @@ int SoundCopy::CopyUntil(double seconds) {
   return 0;
 }
 
+int SoundCopy::Finish() {
+  int error = 0;
+  for (const Track& track : tracks_) {
+    error = track.encoded && error >= 0 ? track.encoded->Take(nullptr) : error;
+  }
+  return error;
+}
+
 int SoundCopy::Send() {
   const Track& track = tracks_[static_cast<std::size_t>(next_->stream_index)];
+  if (track.encoded) {
+    hasNext_ = false;
+    const int error = track.encoded->Take(next_.get());
+    av_packet_unref(next_.get());
+    return error;
+  }
   const AVRational from = input_->streams[next_->stream_index]->time_base;
   next_->pts -= track.begin;
   if (next_->dts != AV_NOPTS_VALUE) {

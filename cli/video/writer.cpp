@@ -205,8 +205,8 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& t
     const auto notes = CarryOver(*traits.carried, *file_, *stream_);
     notes_.insert(notes_.end(), notes.begin(), notes.end());
   }
-  if (traits.sound) {
-    OpenSound(*traits.sound);
+  if (traits.sound && traits.encoding.sound != SoundWish::kNone) {
+    OpenSound(*traits.sound, traits.encoding.sound);
   }
   WriteHeader();
 }
@@ -307,8 +307,8 @@ int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int
   return avcodec_open2(codec_.get(), &encoder, options.Get());
 }
 
-void VideoWriter::OpenSound(const SoundRange& sound) {
-  sound_.emplace(sound, *file_);
+void VideoWriter::OpenSound(const SoundRange& sound, SoundWish wish) {
+  sound_.emplace(sound, *file_, wish);
   notes_.insert(notes_.end(), sound_->Notes().begin(), sound_->Notes().end());
 }
 
@@ -370,6 +370,7 @@ void VideoWriter::Finish() {
   SendFrame(nullptr);
   if (sound_) {
     Check(sound_->CopyUntil(SecondsWritten()));
+    Check(sound_->Finish());
   }
   Check(av_write_trailer(file_.get()));
   avio_flush(file_->pb);

@@ -72,7 +72,7 @@ class VideoWriter : public FrameSink {
   void OpenOutput();
   void OpenCodec(const VideoTraits& traits);
   int TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices);
-  void OpenSound(const SoundRange& sound);
+  void OpenSound(const SoundRange& sound, SoundWish wish);
   void WriteHeader();
   void NoteLosses(const VideoTraits& traits);
   void SendFrame(AVFrame* frame);
