@@ -25,6 +25,11 @@ std::string InputTable(const std::string& path) {
   if (traits.rate) {
     add("rate", fmt::format("{}/{} frames a second", traits.rate->timeScale, traits.rate->timeStep));
   }
+  if (opened.video != nullptr) {
+    for (const auto& [name, value] : opened.video->About()) {
+      add(name.c_str(), value);
+    }
+  }
   for (const std::string& note : opened.notes) {
     add("note", note);
   }

@@ -65,7 +65,7 @@ OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings
 }
 
 OpenedSource OpenVideo(const std::filesystem::path& path, const InputSettings& settings) {
-  auto video = std::make_unique<VideoReader>(path, settings.depth, settings.videoAlpha);
+  auto video = std::make_unique<VideoReader>(path, settings.depth, settings.videoAlpha, settings.retimed);
   OpenedSource opened;
   opened.notes = video->Notes();
   if (video->IsStill()) {

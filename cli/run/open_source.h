@@ -16,6 +16,7 @@ namespace cli {
 struct InputSettings {
   std::optional<minihost::Depth> depth{};       // without, the file decides
   AlphaForm videoAlpha = AlphaForm::kStraight;  // pictures say it themselves
+  std::optional<FrameRate> retimed{};           // of video: the picture shown at each moment, at this rate
 };
 
 struct OpenedSource {

@@ -86,6 +86,7 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
       .notes = {}};
   OpenInput(scene, plan);
   plan.rate = RateOf(scene, plan.traits);
+  const bool isRateAsked = !scene.fps.empty();
   scene.fps = fmt::format("{}/{}", plan.rate.timeScale, plan.rate.timeStep);
   plan.takesAll = scene.frames.empty();
   scene.frames = FramesOf(scene, plan.traits);
@@ -93,6 +94,11 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
 
   RenderJob& job = plan.job;
   job.frames = ParseFrames(scene.frames);
+  if (isRateAsked && plan.video != nullptr && plan.video->HasVaryingRate()) {
+    plan.notes.push_back(fmt::format(
+        "at {}/{} frames a second the result lasts {:.2f} s", plan.rate.timeScale, plan.rate.timeStep,
+        static_cast<double>(job.frames.size()) * plan.rate.timeStep / plan.rate.timeScale));
+  }
   CheckCountable(job.frames, plan.rate);
   job.timing = {static_cast<std::uint32_t>(plan.rate.timeScale), plan.rate.timeStep, plan.rate.timeStep,
                 scene.shutterDegrees};

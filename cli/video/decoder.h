@@ -29,6 +29,8 @@ class VideoDecoder {
 
   const VideoIndex& Index() const { return *index_; }
 
+  void Retime(FrameRate rate) { index_->Retime(rate); }
+
   /// The picture, on loan until the next call; `picture` is below the index's count.  Throws DecodeFailure;
   /// other pictures can be decoded after that.
   const AVFrame& Decode(std::size_t picture);

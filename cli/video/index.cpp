@@ -176,11 +176,26 @@ void VideoIndex::EndBefore(std::size_t picture) {
   CountFrames();
 }
 
+void VideoIndex::Retime(FrameRate rate) {
+  ownRate_ = rate_;
+  rate_ = {rate.timeScale, rate.timeStep};
+  retimed_ = true;
+  double seconds = static_cast<double>(count_) / av_q2d(ownRate_);
+  if (!constant_ && HasTimes()) {
+    // The last picture is shown as long as the others are in the mean.
+    seconds = static_cast<double>(times_.back() - times_.front()) * av_q2d(timeBase_) + 1 / av_q2d(ownRate_);
+  }
+  frameCount_ = std::max<std::int64_t>(1, std::llround(seconds * av_q2d(rate_)));
+}
+
 double VideoIndex::StartSeconds() const {
   return times_.empty() ? 0 : static_cast<double>(times_.front()) * av_q2d(timeBase_);
 }
 
 std::size_t VideoIndex::PictureAt(std::int64_t frame) const {
+  if (retimed_) {
+    return PictureShownAt(frame);
+  }
   if (constant_) {
     return static_cast<std::size_t>(frame);
   }
@@ -190,6 +205,15 @@ std::size_t VideoIndex::PictureAt(std::int64_t frame) const {
     return 0;
   }
   return time - times_[after - 1] <= times_[after] - time ? after - 1 : after;
+}
+
+std::size_t VideoIndex::PictureShownAt(std::int64_t frame) const {
+  if (constant_) {
+    const std::int64_t picture = av_rescale_q_rnd(frame, av_inv_q(rate_), av_inv_q(ownRate_), AV_ROUND_DOWN);
+    return std::min(static_cast<std::size_t>(picture), count_ - 1);
+  }
+  const std::int64_t time = times_.front() + av_rescale_q(frame, av_inv_q(rate_), timeBase_);
+  return static_cast<std::size_t>(std::ranges::upper_bound(times_, time) - times_.begin()) - 1;
 }
 
 std::size_t VideoIndex::PictureAtTime(std::int64_t time) const {

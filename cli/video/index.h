@@ -24,6 +24,10 @@ class VideoIndex {
   FrameRate Rate() const { return {rate_.num, rate_.den}; }
   bool IsConstantRate() const { return constant_; }
 
+  /// From now on a frame of `rate` is the picture that is shown when it begins.
+  void Retime(FrameRate rate);
+  bool IsRetimed() const { return retimed_; }
+
   /// When the first frame begins on the file's clock, in seconds.
   double StartSeconds() const;
 
@@ -49,6 +53,7 @@ class VideoIndex {
   const std::string& Damage() const { return damage_; }
 
  private:
+  std::size_t PictureShownAt(std::int64_t frame) const;
   void Gather(AVFormatContext& file, const AVStream& stream);
   void CheckEnd(const AVFormatContext& file, const AVStream& stream, std::int64_t length);
   void CutAtLateGap();
@@ -60,6 +65,8 @@ class VideoIndex {
   bool constant_ = true;
   std::size_t count_ = 0;
   std::int64_t frameCount_ = 0;
+  bool retimed_ = false;
+  AVRational ownRate_{25, 1};        // before it was retimed
   std::vector<std::int64_t> times_;  // rising, in the stream's time base
   std::vector<std::int64_t> keys_;   // the times of pictures that stand alone, rising
   std::string damage_;

@@ -61,8 +61,11 @@ std::optional<int> OrientationOf(const AVStream& stream) {
 }  // namespace
 
 VideoReader::VideoReader(const std::filesystem::path& path, std::optional<minihost::Depth> depth,
-                         AlphaForm alpha)
+                         AlphaForm alpha, std::optional<FrameRate> retimed)
     : path_(path), alpha_(alpha), decoder_(path) {
+  if (retimed) {
+    decoder_.Retime(*retimed);
+  }
   FillTraits(depth);
   NoteWhatIsIgnored();
 }
@@ -131,7 +134,7 @@ void VideoReader::NoteWhatIsIgnored() {
   if (decoder_.Stream().codecpar->field_order > AV_FIELD_PROGRESSIVE) {
     notes_.emplace_back("the video is interlaced; both fields are taken as one picture");
   }
-  if (!index.IsConstantRate()) {
+  if (HasVaryingRate() && !index.IsRetimed()) {
     notes_.push_back(
         fmt::format("the frame rate varies; {} pictures are shown "
                     "as {} frames at {:.3f} a second",

@@ -10,6 +10,7 @@
 #include "cli/frames/source.h"
 #include "cli/video/color.h"
 #include "cli/video/decoder.h"
+#include "cli/video/facts.h"
 #include "cli/video/sound.h"
 
 namespace cli {
@@ -21,9 +22,11 @@ namespace cli {
 /// the mean rate.
 class VideoReader : public FrameSource {
  public:
-  /// Without `depth` the file decides (DepthOf).  Throws ToolError(kInput) naming the file.
+  /// Without `depth` the file decides (DepthOf).  With `retimed` frame n is the picture that is shown n
+  /// frames of that rate after the first, and the video lasts as long as it did.  Throws ToolError(kInput)
+  /// naming the file.
   explicit VideoReader(const std::filesystem::path& path, std::optional<minihost::Depth> depth = {},
-                       AlphaForm alpha = AlphaForm::kStraight);
+                       AlphaForm alpha = AlphaForm::kStraight, std::optional<FrameRate> retimed = {});
 
   const SourceTraits& Traits() const override { return traits_; }
 
@@ -45,6 +48,11 @@ class VideoReader : public FrameSource {
 
   /// The sound that belongs to the frames `first`..`last`; empty when the file has none.
   std::optional<SoundRange> Sound(std::int32_t first, std::int32_t last) const;
+
+  /// What the file says about itself.
+  Facts About() const { return FactsOf(decoder_.File(), decoder_.Stream()); }
+
+  bool HasVaryingRate() const { return !decoder_.Index().IsConstantRate(); }
 
   /// Whether the file is one picture in a format for such.
   bool IsStill() const;

@@ -146,4 +146,24 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
   ExpectError(ExitCode::kInput, "there is no video in it", [&] { VideoReader(folder_ / "sound.wav"); });
 }
 
+// Ten pictures a second for a second, then five: retimed, each stays as long as it is shown.
+TEST_F(VideoRead, ShowsThePictureOfEachMoment) {
+  const auto clip = folder_ / "clip.mkv";
+  MakeClip(clip,
+           "-f lavfi -i \"nullsrc=s=64x48:r=10:d=2,geq=16+9*N:128:128,select='lt(n,10)+not(mod(n,2))'\" "
+           "-vsync vfr -c:v ffv1 -pix_fmt yuv420p -metadata title=Street");
+  VideoReader video(clip, {}, {}, cli::FrameRate{20, 1});
+  EXPECT_TRUE(video.HasVaryingRate());
+  EXPECT_NEAR(*video.Traits().lastFrame, 38, 1);
+  EXPECT_EQ(video.Traits().rate->timeScale, 20);
+  for (const auto& [frame, number] :
+       {std::pair{0, 0}, {1, 0}, {2, 1}, {19, 9}, {20, 10}, {23, 10}, {24, 12}}) {
+    const auto picture = video.Read(frame);
+    EXPECT_EQ(std::lround(picture->image.Row<PF_Pixel>(24)[32].green * 219 / 255.0 / 9), number) << frame;
+  }
+  using Fact = std::pair<std::string, std::string>;
+  EXPECT_THAT(video.About(), AllOf(Contains(Fact("codec", "ffv1")), Contains(Fact("pixel format", "yuv420p")),
+                                   Contains(Fact("title", "Street"))));
+}
+
 }  // namespace
