@@ -1,5 +1,4 @@
 // The tool's entry: parses, runs one command, and turns whatever goes wrong into a message and an exit code.
-#include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 #include <malloc.h>
 
@@ -75,8 +74,6 @@ void TakeOneArena() {
 
 int main(int argc, char** argv) {
   KeepFreedMemory();
-  // Frames go side by side; threads inside of one would only wait for each other.
-  OIIO::attribute("exr_threads", -1);
   try {
     cli::CommandLine line;
     const auto app = cli::MakeParser(line);

@@ -2,26 +2,13 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <optional>
-#include <string_view>
 #include <vector>
 
 #include "cli/frames/picture.h"
+#include "cli/picture/format.h"
 #include "cli/scene/settings.h"
 
 namespace cli {
-
-enum class FileFormat { kPng, kTiff, kExr };
-
-/// The format that the extension stands for, upper or lower case; empty for others.
-std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path);
-
-/// The same.  Throws ToolError(kUsage) for others.
-FileFormat FormatOf(const std::filesystem::path& path);
-
-/// Throws ToolError(kUsage), naming those that the format takes, for a compression that it does not.
-void CheckCompression(FileFormat format, std::string_view compression);
 
 /// The bytes of a file of this picture; the same picture makes the same bytes (no date is written).
 ///

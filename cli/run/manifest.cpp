@@ -1,9 +1,9 @@
 #include "cli/run/manifest.h"
 
-#include <OpenImageIO/hash.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
+#include <xxhash.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,7 +18,7 @@ namespace cli {
 namespace {
 
 std::uint64_t Hash(std::string_view bytes) {
-  return OIIO::xxhash::XXH64(bytes.data(), bytes.size(), 0);
+  return ::XXH64(bytes.data(), bytes.size(), 0);
 }
 
 std::optional<std::string> Contents(const std::filesystem::path& file) {

@@ -266,6 +266,16 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
   EXPECT_THAT(Run("render a.png -o b.png").err, HasSubstr("1 frame, 96 x 64, 8 bits, "));
 }
 
+TEST_F(Tool, NeedsItsModulesForPicturesAlone) {
+  std::filesystem::copy_file(VINTREL_TOOL, folder_ / "alone");
+  const std::string tool = (folder_ / "alone").string();
+  EXPECT_EQ(std::system(("'" + tool + "' --version >/dev/null").c_str()), 0);
+  std::ofstream(folder_ / "a.png") << "\x89PNG";
+  const Outcome outcome = Run("--version >/dev/null; '" + tool + "' info a.png 2>err");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_THAT(ReadAll(folder_ / "err"), HasSubstr("there are no pictures without the module '"));
+}
+
 TEST_F(Tool, Explains) {
   const Outcome help = Run("--help");
   EXPECT_EQ(help.code, 0);
