@@ -81,7 +81,7 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
       ->type_name("KIND");
   command
       .add_option("--compression", options.compression,
-                  "Of pictures: none is the fastest; rle, zip (default), ...")
+                  "Of pictures: none is the fastest; zip, zip:9, piz, ...")
       ->type_name("NAME");
   command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
   command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")

@@ -9,6 +9,7 @@
 #include "cli/file/extension.h"
 #include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
+#include "cli/report/number.h"
 
 namespace cli {
 namespace {
@@ -18,9 +19,17 @@ std::span<const std::string_view> CompressionsOf(FileFormat format) {
   static constexpr std::string_view kOfTiff[] = {"none", "packbits", "lzw", "zip"};
   static constexpr std::string_view kOfExr[] = {"none",  "rle", "zips", "zip",  "piz",
                                                 "pxr24", "b44", "b44a", "dwaa", "dwab"};
-  return format == FileFormat::kPng    ? std::span<const std::string_view>(kOfPng)
-         : format == FileFormat::kTiff ? std::span<const std::string_view>(kOfTiff)
-                                       : std::span<const std::string_view>(kOfExr);
+  switch (format) {
+    case FileFormat::kPng:
+      return kOfPng;
+    case FileFormat::kTiff:
+      return kOfTiff;
+    case FileFormat::kExr:
+      return kOfExr;
+    case FileFormat::kJpeg:
+      break;
+  }
+  return {};
 }
 
 }  // namespace
@@ -36,6 +45,9 @@ std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
   if (extension == ".exr") {
     return FileFormat::kExr;
   }
+  if (extension == ".jpg" || extension == ".jpeg") {
+    return FileFormat::kJpeg;
+  }
   return {};
 }
 
@@ -43,17 +55,38 @@ FileFormat FormatOf(const std::filesystem::path& path) {
   if (const auto format = PictureFormatOf(path)) {
     return *format;
   }
-  Refuse(ExitCode::kUsage, "output '{}' must end in .png, .tif or .exr", path.filename().string());
+  Refuse(ExitCode::kUsage, "output '{}' must end in .png, .jpg, .tif or .exr", path.filename().string());
 }
 
-void CheckCompression(FileFormat format, std::string_view compression) {
-  const auto names = CompressionsOf(format);
-  if (std::ranges::find(names, compression) != names.end()) {
-    return;
-  }
+Compression ParseCompression(FileFormat format, std::string_view text) {
   constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
-  Refuse(ExitCode::kUsage, "compression: '{}' is none of those that {} takes{}: {}", compression,
-         kNames[static_cast<int>(format)], SuggestNearest(compression, names), fmt::join(names, ", "));
+  if (format == FileFormat::kJpeg) {
+    Refuse(ExitCode::kUsage, "compression: '{}' is not for a JPEG; it takes a quality, 1 to 100", text);
+  }
+  const auto names = CompressionsOf(format);
+  const std::string_view name = text.substr(0, text.find(':'));
+  const char* taker = kNames[static_cast<int>(format)];
+  if (std::ranges::find(names, name) == names.end()) {
+    Refuse(ExitCode::kUsage, "compression: '{}' is none of those that {} takes{}: {}", text, taker,
+           SuggestNearest(name, names), fmt::join(names, ", "));
+  }
+  Compression compression{std::string(name)};
+  if (name.size() == text.size()) {
+    return compression;
+  }
+  constexpr int kMostLevel = 9;
+  // What the libraries of the others take for 'no level'.
+  const int least = format == FileFormat::kPng ? 0 : 1;
+  compression.level = ParseNumber<int>(text.substr(name.size() + 1));
+  if (!name.starts_with("zip")) {
+    Refuse(ExitCode::kUsage, "compression: '{}' has no levels; of {} zip has, such as zip:{}", name, taker,
+           kMostLevel);
+  }
+  if (!compression.level || *compression.level < least || *compression.level > kMostLevel) {
+    Refuse(ExitCode::kUsage, "compression: '{}' is not possible; {} takes {}:{} to {}:{}", text, taker, name,
+           least, name, kMostLevel);
+  }
+  return compression;
 }
 
 }  // namespace cli

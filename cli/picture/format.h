@@ -3,11 +3,12 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace cli {
 
-enum class FileFormat { kPng, kTiff, kExr };
+enum class FileFormat { kPng, kTiff, kExr, kJpeg };
 
 /// The format that the extension stands for, upper or lower case; empty for others.
 std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path);
@@ -15,7 +16,16 @@ std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path);
 /// The same.  Throws ToolError(kUsage) for others.
 FileFormat FormatOf(const std::filesystem::path& path);
 
-/// Throws ToolError(kUsage), naming those that the format takes, for a compression that it does not.
-void CheckCompression(FileFormat format, std::string_view compression);
+/// How the samples of a file are packed: "piz", "zip:9".
+struct Compression {
+  std::string name;
+  std::optional<int> level{};  // of zip and zips alone: more is smaller and slower
+};
+
+/// Throws ToolError(kUsage), naming what the format takes, for a compression or a level that it does not.
+Compression ParseCompression(FileFormat format, std::string_view text);
+inline void CheckCompression(FileFormat format, std::string_view text) {
+  ParseCompression(format, text);
+}
 
 }  // namespace cli

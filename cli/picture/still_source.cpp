@@ -55,7 +55,7 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
        entry.increment(error)) {
     const std::string name = entry->path().filename().string();
     if (const auto number = pattern.FrameOf(name)) {
-      files_[*number] = folder / name;
+      files_[*number] = path.has_parent_path() ? folder / name : std::filesystem::path(name);
     }
   }
   if (files_.empty()) {
@@ -63,7 +63,9 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
         path, error ? error.message()
                     : fmt::format("there is no file such as '{}'", pattern.ForFrame(1).filename().string()));
   }
-  traits_ = TraitsOf(ReadPicture(files_.begin()->second, depth));
+  const Picture first = ReadPicture(files_.begin()->second, depth);
+  traits_ = TraitsOf(first);
+  isHalf_ = first.traits.isHalf;
   traits_.firstFrame = files_.begin()->first;
   traits_.lastFrame = files_.rbegin()->first;
 }
@@ -74,6 +76,7 @@ std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
     return {};
   }
   Picture picture = ReadPicture(file->second, traits_.depth);
+  picture.traits.isHalf = isHalf_;
   if (picture.image.Width() == traits_.width && picture.image.Height() == traits_.height) {
     return picture;
   }

@@ -46,6 +46,7 @@ class SequenceSource : public FrameSource {
  private:
   std::map<std::int32_t, std::filesystem::path> files_;
   SourceTraits traits_;
+  bool isHalf_ = false;  // of the first file
 };
 
 }  // namespace cli

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/file/pending_file.h"
+#include "cli/picture/losses.h"
 #include "cli/picture/still_sink.h"
 #include "cli/picture/writer.h"
 #include "cli/report/error.h"
@@ -65,7 +66,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   }
   const std::optional<FileFormat> format = PictureFormatOf(scene.output);
   if (!format) {
-    Refuse(ExitCode::kUsage, "output '{}' must end in .png, .tif, .exr, .mp4, .mov or .mkv",
+    Refuse(ExitCode::kUsage, "output '{}' must end in .png, .jpg, .tif, .exr, .mp4, .mov or .mkv",
            name.ForFrame(0).filename().string());
   }
   if (!scene.encoding.compression.empty()) {
@@ -77,7 +78,9 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   for (const std::int32_t frame : plan.job.frames) {
     inputs.CheckKept(name.ForFrame(frame));
   }
-  return {std::make_unique<StillSink>(name, *format, scene.encoding), false};
+  SourceTraits traits = plan.traits;
+  traits.hasAlpha |= plan.addsAlpha;
+  return {std::make_unique<StillSink>(name, *format, scene.encoding), false, LossesOf(*format, traits)};
 }
 
 }  // namespace cli

@@ -15,13 +15,17 @@
 namespace cli {
 namespace {
 
-/// Whether the file begins like a PNG, JPEG, TIFF or EXR.
+/// Whether the file begins like a PNG, JPEG, TIFF or EXR, or cannot be opened: the reader of pictures has the
+/// words for that.
 bool LooksLikePicture(const std::filesystem::path& path) {
   using namespace std::string_view_literals;
   constexpr std::array kBeginnings = {"\x89PNG"sv,  "\xff\xd8\xff"sv, "II*\0"sv,           "MM\0*"sv,
                                       "II\x2b\0"sv, "MM\0\x2b"sv,     "\x76\x2f\x31\x01"sv};
   std::array<char, 4> bytes{};
   std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    return true;
+  }
   file.read(bytes.data(), bytes.size());
   const std::string_view start(bytes.data(), static_cast<std::size_t>(file.gcount()));
   return std::ranges::any_of(kBeginnings, [&](auto beginning) { return start.starts_with(beginning); });

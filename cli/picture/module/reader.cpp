@@ -1,14 +1,18 @@
 #include "cli/picture/reader.h"
 
 #include <OpenImageIO/imageio.h>
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 
 #include "cli/frames/orientation.h"
@@ -139,6 +143,12 @@ class Source {
     if (!std::filesystem::is_regular_file(status)) {
       RefuseInput(path, "it is not a regular file");
     }
+    // The library's own words for a file that may not be read are those for a damaged one.
+    if (const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC); file < 0) {
+      RefuseInput(path, std::generic_category().message(errno));
+    } else {
+      ::close(file);
+    }
     OIIO::ImageSpec wish;
     wish[kStraight] = 1;
     input_ = OIIO::ImageInput::open(path.string(), &wish);
@@ -263,7 +273,9 @@ Picture ReadPicture(const std::filesystem::path& path, std::optional<Depth> dept
         path, fmt::format("it is {} pixels long; at most {} a side can be drawn on", side, Image::kMaxSide));
   }
   PictureTraits traits;
-  traits.hasAlpha = FindChannels(spec).alpha >= 0;
+  const Channels channels = FindChannels(spec);
+  traits.hasAlpha = channels.alpha >= 0;
+  traits.isHalf = !depth && spec.channelformat(channels.red) == OIIO::TypeDesc::HALF;
   // The request for straight colour is granted where the file holds it, and then repeated here.
   const bool straight = spec.get_int_attribute(kStraight, 0) != 0;
   traits.clearColor = traits.hasAlpha && !straight ? ClearColor::kLight : ClearColor::kHidden;

@@ -236,7 +236,7 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render a.png -o b.png --shutter nan", 2, "not between 1 and 720"},
       {"render a.png -o b.png --jobs 1.5", 2, "--jobs: '1.5' is not a whole number"},
       {"render a.png -o b.png --depth 10", 2, "8, 16 or float"},
-      {"render a.png -o b.jpg", 2, "must end in .png, .tif, .exr, .mp4, .mov or .mkv"},
+      {"render a.png -o b.gif", 2, "must end in .png, .jpg, .tif, .exr, .mp4, .mov or .mkv"},
       {"render a.png -o b.tif --compression piz", 2, "a TIFF takes (did you mean 'zip'?): none, packbits"},
       {"render a.png -o b.mkv --compression none", 2, "a video has its own"},
       {"render a.png -o b.mkv --part 1/2", 1, "no frame to write, so 'b.mkv' was not made"},

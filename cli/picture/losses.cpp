@@ -1,0 +1,19 @@
+#include "cli/picture/losses.h"
+
+namespace cli {
+
+std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits) {
+  std::vector<std::string> losses;
+  if (format == FileFormat::kJpeg && traits.hasAlpha) {
+    losses.push_back("JPEG cannot hold alpha; the picture lies over black (.png, .tif and .exr hold it)");
+  }
+  if (format == FileFormat::kJpeg && traits.depth != minihost::Depth::kBits8) {
+    losses.push_back("JPEG holds 8 bits; .png and .tif hold 16, .tif and .exr float");
+  }
+  if (format == FileFormat::kPng && traits.depth == minihost::Depth::kFloat) {
+    losses.push_back("PNG holds 16 bits, no light above white; .tif and .exr hold float");
+  }
+  return losses;
+}
+
+}  // namespace cli
