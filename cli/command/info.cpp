@@ -30,6 +30,11 @@ std::string InputTable(const std::string& path) {
       add(name.c_str(), value);
     }
   }
+  if (traits.extras) {
+    for (const auto& [name, value] : traits.extras->facts) {
+      add(name.c_str(), value);
+    }
+  }
   for (const std::string& note : opened.notes) {
     add("note", note);
   }

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/scene/settings.h"
@@ -15,13 +18,24 @@ enum class ClearColor {
   kLight,   // light that is added to what is behind: the file held premultiplied colour
 };
 
+/// What a file holds beside the pixels of its picture: for the user, and in the form of the room that read it
+/// for the file that becomes of it.
+struct PictureExtras {
+  virtual ~PictureExtras() = default;
+  std::vector<std::pair<std::string, std::string>> facts;  // name and value
+  std::vector<std::string> leftOut;                        // what was not read, half a sentence each
+  std::vector<std::string> channels;                       // beside colour and alpha
+  std::vector<std::string> blocks;                         // of metadata: "EXIF", "XMP"
+};
+
 /// All that is known of a picture but its pixels.
 struct PictureTraits {
   bool hasAlpha = false;  // whether the file has an alpha channel
   bool isHalf = false;    // whether its samples are of half precision, and no other was asked for
   ClearColor clearColor = ClearColor::kHidden;
-  double pixelAspect = 1;                  // a pixel's width over its height
-  std::vector<std::uint8_t> iccProfile{};  // of RGB colour; empty when the file has none
+  double pixelAspect = 1;                         // a pixel's width over its height
+  std::vector<std::uint8_t> iccProfile{};         // of RGB colour; empty when the file has none
+  std::shared_ptr<const PictureExtras> extras{};  // of stills
 };
 
 /// The pixel aspect that a file states, or 1 for one that no picture has: nonsense, not anamorphic.

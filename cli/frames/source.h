@@ -27,6 +27,7 @@ struct SourceTraits {
   std::optional<FrameRate> rate{};           // of video
   std::optional<std::int32_t> firstFrame{};  // of sequences and video
   std::optional<std::int32_t> lastFrame{};
+  std::shared_ptr<const PictureExtras> extras{};  // of the first still
 };
 
 /// Pictures by frame number.  Not safe for two threads at once; frames asked for in rising order are cheap.

@@ -1,5 +1,7 @@
 #include "cli/picture/losses.h"
 
+#include <fmt/format.h>
+
 namespace cli {
 
 std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits) {
@@ -12,6 +14,14 @@ std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits)
   }
   if (format == FileFormat::kPng && traits.depth == minihost::Depth::kFloat) {
     losses.push_back("PNG holds 16 bits, no light above white; .tif and .exr hold float");
+  }
+  if (format != FileFormat::kExr && traits.extras && !traits.extras->channels.empty()) {
+    losses.push_back(
+        fmt::format("channels are left out: {}; .exr keeps them", fmt::join(traits.extras->channels, ", ")));
+  }
+  if (format == FileFormat::kTiff && traits.extras && !traits.extras->blocks.empty()) {
+    losses.push_back(fmt::format("{} is left out of a TIFF; .png and .jpg keep it",
+                                 fmt::join(traits.extras->blocks, " and ")));
   }
   return losses;
 }

@@ -20,6 +20,7 @@ SourceTraits TraitsOf(const Picture& picture) {
   traits.depth = picture.image.PixelDepth();
   traits.pixelAspect = picture.traits.pixelAspect;
   traits.hasAlpha = picture.traits.hasAlpha;
+  traits.extras = picture.traits.extras;
   return traits;
 }
 

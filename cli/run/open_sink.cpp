@@ -72,6 +72,14 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   if (!scene.encoding.compression.empty()) {
     CheckCompression(*format, scene.encoding.compression);
   }
+  if (const auto quality = scene.encoding.quality) {
+    if (*format != FileFormat::kJpeg) {
+      Refuse(ExitCode::kUsage, "quality {} is for JPEG and video; other pictures keep every bit", *quality);
+    }
+    if (*quality < 1 || *quality > 100) {
+      Refuse(ExitCode::kUsage, "quality {} is not between 1 and 100", *quality);
+    }
+  }
   if (!plan.job.frames.empty()) {
     CheckWritable(name.ForFrame(plan.job.frames.front()));
   }

@@ -57,6 +57,12 @@ std::string RangesOf(const std::vector<std::int32_t>& numbers) {
   return text;
 }
 
+void NoteWhatIsLeftOut(OpenedSource& opened) {
+  if (const auto& extras = opened.frames->Traits().extras) {
+    opened.notes.insert(opened.notes.end(), extras->leftOut.begin(), extras->leftOut.end());
+  }
+}
+
 OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings& settings) {
   auto sequence = std::make_unique<SequenceSource>(path, settings.depth);
   OpenedSource opened;
@@ -65,6 +71,7 @@ OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings
                                        path.filename().string(), RangesOf(missing)));
   }
   opened.frames = std::move(sequence);
+  NoteWhatIsLeftOut(opened);
   return opened;
 }
 
@@ -102,6 +109,7 @@ OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& 
   }
   OpenedSource opened;
   opened.frames = std::make_unique<StillSource>(ReadPicture(path, settings.depth));
+  NoteWhatIsLeftOut(opened);
   return opened;
 }
 

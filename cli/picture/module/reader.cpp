@@ -17,6 +17,7 @@
 
 #include "cli/frames/orientation.h"
 #include "cli/frames/sample_convert.h"
+#include "cli/picture/module/extras.h"
 #include "cli/report/error.h"
 
 namespace cli {
@@ -165,8 +166,30 @@ class Source {
   }
 
   const OIIO::ImageSpec& Spec() const { return input_->spec(); }
+  /// Pictures after the first: further parts, pages.
+  int CountFurtherParts() {
+    constexpr int kMostCounted = 1000;
+    int count = 0;
+    while (count < kMostCounted && input_->seek_subimage(count + 1, 0)) {
+      ++count;
+    }
+    input_->seek_subimage(0, 0);
+    input_->geterror();
+    return count;
+  }
+
   std::string_view Format() const { return input_->format_name(); }
   const std::filesystem::path& Path() const { return path_; }
+
+  /// One channel as it is stored.
+  std::vector<char> ReadChannel(int channel) {
+    const OIIO::TypeDesc format = Spec().channelformat(channel);
+    std::vector<char> samples(Spec().image_pixels() * format.size());
+    if (!input_->read_image(0, 0, channel, channel + 1, format, samples.data())) {
+      RefuseInput(path_, FirstLine(input_->geterror()));
+    }
+    return samples;
+  }
 
   template <class Sample>
   std::vector<Sample> ReadSamples() {
@@ -262,6 +285,98 @@ double ReadPixelAspect(const OIIO::ImageSpec& spec) {
   return Orientation(spec.get_int_attribute("Orientation", 1), {}).UprightAspect(stored);
 }
 
+/// What lies over the picture, pixel by pixel; the rest is 0.
+void ReadFurtherChannels(Source& source, FileExtras& extras) {
+  const OIIO::ImageSpec& spec = source.Spec();
+  const Window window = FindWindow(spec, source.Format());
+  const Channels known = FindChannels(spec);
+  std::vector<int> channels;
+  std::size_t pixelSize = 0;
+  for (int channel = 0; channel < spec.nchannels; ++channel) {
+    if (channel != known.red && channel != known.green && channel != known.blue && channel != known.alpha) {
+      channels.push_back(channel);
+      extras.channels.push_back(spec.channel_name(channel));
+      extras.formats.push_back(spec.channelformat(channel));
+      pixelSize += spec.channelformat(channel).size();
+    }
+  }
+  if (!extras.isExr || channels.empty()) {
+    return;
+  }
+  extras.samples.resize(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height) *
+                        pixelSize);
+  std::size_t offset = 0;
+  for (const int channel : channels) {
+    const std::vector<char> stored = source.ReadChannel(channel);
+    const std::size_t size = spec.channelformat(channel).size();
+    for (int row = std::max(0, -window.top); row < std::min(spec.height, window.height - window.top); ++row) {
+      for (int column = std::max(0, -window.left); column < std::min(spec.width, window.width - window.left);
+           ++column) {
+        const std::size_t from = static_cast<std::size_t>(row) * static_cast<std::size_t>(spec.width) +
+                                 static_cast<std::size_t>(column);
+        const std::size_t to =
+            static_cast<std::size_t>(row + window.top) * static_cast<std::size_t>(window.width) +
+            static_cast<std::size_t>(column + window.left);
+        std::memcpy(extras.samples.data() + to * pixelSize + offset, stored.data() + from * size, size);
+      }
+    }
+    offset += size;
+  }
+}
+
+std::string WindowText(int width, int height, int left, int top) {
+  return fmt::format("{} x {} at {},{}", width, height, left, top);
+}
+
+std::shared_ptr<const PictureExtras> ReadExtras(Source& source) {
+  auto extras = std::make_shared<FileExtras>();
+  const OIIO::ImageSpec spec = source.Spec();
+  extras->isExr = source.Format() == "openexr";
+  extras->attributes = AttributesOf(spec);
+  extras->width = spec.full_width;
+  extras->height = spec.full_height;
+  const auto say = [&](const char* name, std::string value) {
+    extras->facts.emplace_back(name, std::move(value));
+  };
+  say("channels", fmt::format("{}", fmt::join(spec.channelnames, ", ")));
+  say("samples",
+      fmt::format("{}, {} bits", spec.format.c_str(),
+                  spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8)));
+  if (const auto compression = spec.get_string_attribute("compression"); !compression.empty()) {
+    say("compression", compression);
+  }
+  if (spec.find_attribute("ICCProfile")) {
+    say("ICC profile", spec.get_string_attribute("ICCProfile:profile_description", "without a name"));
+  }
+  if (extras->isExr) {
+    extras->left = spec.full_x;
+    extras->top = spec.full_y;
+    say("display window", WindowText(spec.full_width, spec.full_height, spec.full_x, spec.full_y));
+    say("data window", WindowText(spec.width, spec.height, spec.x, spec.y));
+    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
+        spec.y + spec.height > spec.full_y + spec.full_height) {
+      extras->leftOut.push_back("what lies outside of the display window (overscan) is left out");
+    }
+  } else {
+    extras->xmp = XmpOf(source.Path());
+  }
+  if (std::ranges::any_of(extras->attributes, IsOfCamera)) {
+    extras->blocks.push_back("EXIF");
+  }
+  if (!extras->xmp.empty()) {
+    extras->blocks.push_back("XMP");
+  }
+  if (!extras->blocks.empty()) {
+    say("metadata", fmt::format("{}", fmt::join(extras->blocks, ", ")));
+  }
+  if (const int parts = source.CountFurtherParts(); parts > 0) {
+    say("parts", std::to_string(parts + 1));
+    extras->leftOut.push_back(fmt::format("only the first of the file's {} parts is read", parts + 1));
+  }
+  ReadFurtherChannels(source, *extras);
+  return extras;
+}
+
 }  // namespace
 
 Picture ReadPicture(const std::filesystem::path& path, std::optional<Depth> depth) {
@@ -282,6 +397,7 @@ Picture ReadPicture(const std::filesystem::path& path, std::optional<Depth> dept
   traits.pixelAspect = ReadPixelAspect(spec);
   traits.iccProfile = ReadProfile(spec);
   try {
+    traits.extras = ReadExtras(source);
     return {ReadPixels(source, depth.value_or(DepthOfFile(spec)), traits.clearColor), std::move(traits)};
   } catch (const std::bad_alloc&) {
     RefuseInput(path, fmt::format("there is no memory for {} x {} pixels", spec.width, spec.height));

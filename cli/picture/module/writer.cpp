@@ -4,10 +4,12 @@
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 
+#include <cstring>
 #include <string>
 #include <type_traits>
 
 #include "cli/frames/sample_convert.h"
+#include "cli/picture/module/extras.h"
 #include "cli/report/error.h"
 
 namespace cli {
@@ -96,6 +98,16 @@ void SetCompression(OIIO::ImageSpec& spec, const PictureTraits& traits, FileForm
   spec["compression"] = compression.level ? fmt::format("{}:{}", name, *compression.level) : name;
 }
 
+/// Empty for a picture that no still's file has given.
+const FileExtras* ExtrasOf(const PictureTraits& traits) {
+  return static_cast<const FileExtras*>(traits.extras.get());
+}
+
+/// Whether the picture has the size that it had in its EXR.
+bool FitsOver(const FileExtras& extras, const Image& image) {
+  return extras.isExr && extras.width == image.Width() && extras.height == image.Height();
+}
+
 OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFormat format,
                         const EncodingSettings& encoding, OIIO::TypeDesc type) {
   const bool isJpeg = format == FileFormat::kJpeg;
@@ -118,6 +130,22 @@ OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFor
   } else {
     SetCompression(spec, traits, format, ParseCompression(format, encoding.compression));
   }
+  if (const auto* extras = ExtrasOf(traits)) {
+    for (const OIIO::ParamValue& attribute : extras->attributes) {
+      // In memory the library writes the block of a TIFF in place of the picture's own tags.
+      const bool breaksTags = format == FileFormat::kTiff && IsOfCamera(attribute);
+      if (!breaksTags && !spec.find_attribute(attribute.name())) {
+        spec.extra_attribs.push_back(attribute);
+      }
+    }
+    if (format == FileFormat::kExr && FitsOver(*extras, image)) {
+      spec.x = spec.full_x = extras->left;
+      spec.y = spec.full_y = extras->top;
+    }
+  }
+  if (spec.find_attribute("DateTime")) {
+    return spec;
+  }
   spec["DateTime"] = "";  // or the writer puts in the present moment, and no two runs make the same file
   return spec;
 }
@@ -127,9 +155,8 @@ const char* NameOf(FileFormat format) {
   return kNames[static_cast<int>(format)];
 }
 
-template <class Sample>
-std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::ImageSpec spec,
-                                 FileFormat format) {
+std::vector<std::uint8_t> EncodeAs(OIIO::TypeDesc type, const void* samples, OIIO::ImageSpec spec,
+                                   FileFormat format) {
   std::vector<std::uint8_t> bytes;
   OIIO::Filesystem::IOVecOutput memory(bytes);
   const auto output = OIIO::ImageOutput::create(NameOf(format));
@@ -137,15 +164,14 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
     Refuse(ExitCode::kOutput, "no encoder: {}", OIIO::geterror());
   }
   const bool done = output->set_ioproxy(&memory) && output->open(NameOf(format), spec) &&
-                    output->write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data()) &&
-                    output->close();
+                    output->write_image(type, samples) && output->close();
   // The TIFF writer leaves a complaint about metadata behind even when all went well, so it says nothing
   // about success; fetched here, or it goes to the terminal.
   const std::string complaint = output->geterror();
   // The PNG writer takes no profile that breaks the rules; colour without a profile beats no picture.
   if (!done && spec.find_attribute("ICCProfile")) {
     spec.erase_attribute("ICCProfile");
-    return Encode(samples, spec, format);
+    return EncodeAs(type, samples, spec, format);
   }
   if (!done || bytes.empty()) {
     Refuse(ExitCode::kOutput, "cannot encode {} x {} pixels as {}: {}", spec.width, spec.height,
@@ -154,16 +180,47 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, OIIO::Image
   return bytes;
 }
 
-}  // namespace
+template <class Sample>
+std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, const OIIO::ImageSpec& spec,
+                                 FileFormat format) {
+  return EncodeAs(OIIO::BaseTypeFromC<Sample>::value, samples.data(), spec, format);
+}
 
-std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
-                                        const EncodingSettings& encoding) {
+/// With the further channels of the EXR that the picture comes from, each in its own format.
+std::vector<std::uint8_t> EncodeWithChannels(const std::vector<float>& samples, OIIO::ImageSpec spec,
+                                             const FileExtras& extras) {
+  const auto colors = static_cast<std::size_t>(spec.nchannels);
+  const std::size_t pixels = samples.size() / colors;
+  const std::size_t colorSize = colors * spec.format.size();
+  const std::size_t extraSize = extras.samples.size() / pixels;
+  std::vector<char> stored(pixels * colorSize);
+  OIIO::convert_pixel_values(OIIO::TypeDesc::FLOAT, samples.data(), spec.format, stored.data(),
+                             static_cast<int>(samples.size()));
+  std::vector<char> packed(pixels * (colorSize + extraSize));
+  for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
+    char* to = packed.data() + pixel * (colorSize + extraSize);
+    std::memcpy(to, stored.data() + pixel * colorSize, colorSize);
+    std::memcpy(to + colorSize, extras.samples.data() + pixel * extraSize, extraSize);
+  }
+  spec.channelformats.assign(colors, spec.format);
+  spec.channelformats.insert(spec.channelformats.end(), extras.formats.begin(), extras.formats.end());
+  spec.channelnames.insert(spec.channelnames.end(), extras.channels.begin(), extras.channels.end());
+  spec.nchannels = static_cast<int>(spec.channelnames.size());
+  return EncodeAs(OIIO::TypeDesc::UNKNOWN, packed.data(), spec, FileFormat::kExr);
+}
+
+std::vector<std::uint8_t> EncodePixels(const Image& image, const PictureTraits& traits, FileFormat format,
+                                       const EncodingSettings& encoding) {
   using OIIO::TypeDesc;
   const auto specFor = [&](TypeDesc type) { return SpecFor(image, traits, format, encoding, type); };
   if (format == FileFormat::kExr) {
     const bool isHalf = image.PixelDepth() == Depth::kBits8 || traits.isHalf || encoding.isHalf;
-    return Encode(PremultipliedSamples(image, traits), specFor(isHalf ? TypeDesc::HALF : TypeDesc::FLOAT),
-                  format);
+    const OIIO::ImageSpec spec = specFor(isHalf ? TypeDesc::HALF : TypeDesc::FLOAT);
+    const FileExtras* extras = ExtrasOf(traits);
+    if (extras != nullptr && !extras->samples.empty() && FitsOver(*extras, image)) {
+      return EncodeWithChannels(PremultipliedSamples(image, traits), spec, *extras);
+    }
+    return Encode(PremultipliedSamples(image, traits), spec, format);
   }
   if (format == FileFormat::kJpeg) {
     return Encode(SamplesOverBlack(image), specFor(TypeDesc::UINT8), format);
@@ -175,6 +232,22 @@ std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits&
     return Encode(StraightSamples<To65535>(image, traits), specFor(TypeDesc::UINT16), format);
   }
   return Encode(StraightSamples<ToOne>(image, traits), specFor(TypeDesc::FLOAT), format);
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
+                                        const EncodingSettings& encoding) {
+  std::vector<std::uint8_t> bytes = EncodePixels(image, traits, format, encoding);
+  const FileExtras* extras = ExtrasOf(traits);
+  if (extras != nullptr && format == FileFormat::kPng) {
+    OIIO::ImageSpec spec;
+    spec.extra_attribs = extras->attributes;
+    AddToPng(bytes, spec, extras->xmp);
+  } else if (extras != nullptr && format == FileFormat::kJpeg) {
+    AddToJpeg(bytes, extras->xmp);
+  }
+  return bytes;
 }
 
 }  // namespace cli
