@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <fstream>
-#include <iterator>
 
 // As in OpenImageIO/tiffutils.h, which would want the headers of the TIFF library as well.
 OIIO_NAMESPACE_BEGIN
@@ -72,8 +71,9 @@ OIIO::ParamValueList AttributesOf(const OIIO::ImageSpec& spec) {
 }
 
 std::string XmpOf(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  std::ifstream stream(path, std::ios::binary | std::ios::ate);
+  std::string bytes(static_cast<std::size_t>(std::max<std::streamoff>(0, stream.tellg())), '\0');
+  stream.seekg(0).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   constexpr std::string_view kEnd = "</x:xmpmeta>";
   const std::size_t begin = bytes.find("<x:xmpmeta");
   const std::size_t end = begin == std::string::npos ? begin : bytes.find(kEnd, begin);
