@@ -1,16 +1,17 @@
 // The tool's entry: parses, runs one command, and turns whatever goes wrong into a message and an exit code.
-#include <fmt/format.h>
 #include <malloc.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
 #include <new>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "cli/command/commands.h"
 #include "cli/command/options.h"
 #include "cli/report/error.h"
+#include "cli/report/messages.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
 
@@ -19,35 +20,22 @@ namespace {
 using cli::ExitCode;
 using cli::ToolError;
 
-int Fail(ExitCode code, const std::string& message) {
-  fmt::print(stderr, "vintrel: {}\n", message);
-  return static_cast<int>(code);
-}
-
-/// Output that somebody asked for has to arrive: a full disk is an error.
-void PrintToStdout(const std::string& text) {
-  const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-  if (std::fflush(stdout) != 0 || !written) {
-    Refuse(ExitCode::kOutput, "cannot write the output");
-  }
-}
-
-ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line) {
+ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line, cli::Messages& messages) {
   const auto effect = minihost::Effect::Linked(&MainEntry);
   if (app.got_subcommand("render")) {
-    return cli::RenderShot(line.shot, effect);
+    return cli::RenderShot(line.shot, effect, messages);
   }
   if (app.got_subcommand("sheet")) {
-    return cli::RenderSheet(line.shot, line.sheetCells, effect);
+    return cli::RenderSheet(line.shot, line.sheetCells, effect, messages);
   }
   if (app.got_subcommand("info")) {
-    PrintToStdout(cli::InputTable(line.infoFile));
+    cli::PrintToStdout(cli::InputTable(line.infoFile));
   } else if (app.got_subcommand("presets")) {
-    PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
+    cli::PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
   } else if (app.got_subcommand("params")) {
-    PrintToStdout(cli::ParameterTable(effect->Parameters()));
+    cli::PrintToStdout(cli::ParameterTable(effect->Parameters()));
   } else {
-    PrintToStdout(effect->About() + '\n');
+    cli::PrintToStdout(effect->About() + '\n');
   }
   return ExitCode::kDone;
 }
@@ -70,28 +58,48 @@ void TakeOneArena() {
 /// Ahead of the libraries' own beginnings, in which some start threads and so make arenas.
 [[gnu::section(".preinit_array"), gnu::used]] void (*const takeOneArenaFirst)() = TakeOneArena;
 
+ExitCode RunCommand(int argc, char** argv, cli::Messages& messages) {
+  cli::CommandLine line;
+  const auto app = cli::MakeParser(line);
+  try {
+    app->parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    // Help and version come this way too, as successes.
+    if (error.get_exit_code() == 0) {
+      std::ostringstream text;
+      app->exit(error, text);
+      cli::PrintToStdout(text.str());
+      return ExitCode::kDone;
+    }
+    cli::Refuse(ExitCode::kUsage, "{}", cli::Explain(*app, error));
+  }
+  return Dispatch(*app, line, messages);
+}
+
+/// What goes wrong, as a message and a code.
+ExitCode Run(int argc, char** argv, cli::Messages& messages) {
+  ExitCode code = ExitCode::kFrameFailed;
+  std::string text;
+  try {
+    return RunCommand(argc, argv, messages);
+  } catch (const ToolError& error) {
+    code = error.Code();
+    text = error.what();
+  } catch (const std::bad_alloc&) {
+    text = "out of memory";
+  } catch (const std::exception& error) {
+    text = error.what();
+  }
+  messages.Error(code, text);
+  return code;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   KeepFreedMemory();
-  try {
-    cli::CommandLine line;
-    const auto app = cli::MakeParser(line);
-    try {
-      app->parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-      // Help and version come this way too, as successes.
-      if (error.get_exit_code() == 0) {
-        return app->exit(error);
-      }
-      return Fail(ExitCode::kUsage, cli::Explain(*app, error));
-    }
-    return static_cast<int>(Dispatch(*app, line));
-  } catch (const ToolError& error) {
-    return Fail(error.Code(), error.what());
-  } catch (const std::bad_alloc&) {
-    return Fail(ExitCode::kFrameFailed, "out of memory");
-  } catch (const std::exception& error) {
-    return Fail(ExitCode::kFrameFailed, error.what());
-  }
+  cli::Messages messages(cli::FormOf({argv, argv + argc}));
+  const ExitCode code = Run(argc, argv, messages);
+  messages.End({.code = code});
+  return static_cast<int>(code);
 }

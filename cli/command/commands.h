@@ -7,21 +7,24 @@
 
 #include "cli/command/options.h"
 #include "cli/report/error.h"
+#include "cli/report/messages.h"
 #include "cli/scene/presets.h"
 #include "minihost/effect.h"
 
 namespace cli {
 
-/// `vintrel render`: snow on a picture, a sequence, a video or nothing, with progress and a closing line on
-/// standard error.  Everything that can be checked is, before the first frame; frames that are done stay when
-/// a later one fails.
+/// `vintrel render`: snow on a picture, a sequence, a video or nothing, with progress and a closing line
+/// among the messages.  Everything that can be checked is, before the first frame; frames that are done stay
+/// when a later one fails.
 ///
 /// Returns kDone, kFrameFailed or kInterrupted; throws ToolError for the rest.
-ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect);
+ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect,
+                    Messages& messages);
 
 /// `vintrel sheet`: `cells` frames, spread evenly over those that `options` asks for, on one picture with
 /// their numbers, so that one look shows the shot.  It is written to `options.output`.  Throws ToolError.
-ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect);
+ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect,
+                     Messages& messages);
 
 /// `vintrel info`: a few lines about a picture, a sequence or a video: size, depth, alpha, pixel aspect,
 /// frames, rate, and notes.  Throws ToolError(kInput).

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,6 +13,7 @@
 #include "cli/file/pending_file.h"
 #include "cli/report/choice.h"
 #include "cli/report/interrupt.h"
+#include "cli/report/messages.h"
 #include "cli/report/progress.h"
 #include "cli/run/open_sink.h"
 #include "cli/run/plan.h"
@@ -24,10 +24,12 @@
 namespace cli {
 namespace {
 
-void Say(const ShotOptions& options, const std::string& line) {
-  if (!options.quiet) {
-    fmt::print(stderr, "{}\n", line);
-  }
+// The word for programs.
+std::string_view StatusOf(FrameOutcome outcome) {
+  constexpr Choices<FrameOutcome, 3> kStatuses = {{FrameOutcome::kWritten, "written"},
+                                                  {FrameOutcome::kSkipped, "missing"},
+                                                  {FrameOutcome::kFailed, "failed"}};
+  return NameOf(kStatuses, outcome);
 }
 
 ProgressStyle StyleOf(const ShotOptions& options) {
@@ -75,16 +77,17 @@ std::string Frames(std::size_t count) {
 }
 
 void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
-  fmt::print("{}\n", WriteScene(scene));
-  fmt::print("# {} from {} to {}, {}, {}\n", Frames(plan.job.frames.size()),
-             scene.blank ? "blank frames" : scene.input, scene.output, SizeText(plan.traits),
-             isVideo ? "one video" : "one file a frame");
+  PrintToStdout(fmt::format("{}\n# {} from {} to {}, {}, {}\n", WriteScene(scene),
+                            Frames(plan.job.frames.size()), scene.blank ? "blank frames" : scene.input,
+                            scene.output, SizeText(plan.traits), isVideo ? "one video" : "one file a frame"));
 }
 
-void PrintSummary(const ShotOptions& options, const Scene& scene, const RenderPlan& plan,
-                  const RunSummary& summary, std::size_t alreadyDone, double seconds) {
-  for (const FailedFrame& failed : summary.failed) {
-    fmt::print(stderr, "vintrel: {}\n", failed.message);
+void SaySummary(Messages& messages, const Scene& scene, const RenderPlan& plan, const RunSummary& summary,
+                std::size_t alreadyDone, double seconds) {
+  if (messages.Form() == MessageForm::kText) {
+    for (const FailedFrame& failed : summary.failed) {
+      messages.Error(ExitCode::kFrameFailed, failed.message);
+    }
   }
   std::string line =
       fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
@@ -101,20 +104,27 @@ void PrintSummary(const ShotOptions& options, const Scene& scene, const RenderPl
   if (!summary.failed.empty()) {
     line += fmt::format(", {} failed", summary.failed.size());
   }
-  Say(options, line);
+  messages.Say(line);
 }
 
-void SayHowToGoOn(const ShotOptions& options, const RunSummary& summary, bool canResume) {
-  const std::size_t left = summary.total - summary.written - summary.skipped.size() - summary.failed.size();
-  Say(options, fmt::format("interrupted with {} left; {}", Frames(left),
+std::size_t LeftOf(const RunSummary& summary) {
+  return summary.total - summary.written - summary.skipped.size() - summary.failed.size();
+}
+
+void SayHowToGoOn(Messages& messages, std::size_t left, bool canResume) {
+  messages.Say(fmt::format("interrupted with {} left; {}", Frames(left),
                            canResume ? "the same command with --resume goes on from here"
                                      : "nothing was kept, since the output is one file"));
 }
 
 }  // namespace
 
-ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect) {
+ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::Effect> effect,
+                    Messages& messages) {
   const auto start = std::chrono::steady_clock::now();
+  if (options.quiet) {
+    messages.BeQuiet();
+  }
   Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
   const ProgressStyle style = StyleOf(options);
   const std::string inputStamp = FileStamp(scene.input);
@@ -137,40 +147,55 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
     return ExitCode::kDone;
   }
   for (const std::string& note : plan.notes) {
-    Say(options, fmt::format("note: {}", note));
+    messages.Note(note);
   }
   for (const std::string& note : sink.notes) {
-    Say(options, fmt::format("note: {}", note));
+    messages.Note(note);
   }
   TidyUp(scene.output);
-  const std::size_t alreadyDone = options.resume ? resumption->TakeOut(job.frames) : 0;
+  const OutputName name(scene.output);
+  const auto pathOf = [&](std::int32_t frame) { return name.ForFrame(frame).string(); };
+  const std::vector<std::int32_t> done =
+      options.resume ? resumption->TakeOut(job.frames) : std::vector<std::int32_t>();
+  for (const std::int32_t frame : done) {
+    messages.FrameDoneBefore(frame, pathOf(frame));
+  }
 
   const InterruptWatch watch;
   RunSummary summary;
   {
-    Progress progress(style, job.frames.size(), StandardErrorOutlet());
-    summary =
-        RunPipeline(job, *plan.source, *sink.frames,
-                    {.interrupted = Interrupted, .report = [&](std::int32_t frame, FrameOutcome outcome) {
-                       if (resumption && outcome == FrameOutcome::kWritten) {
-                         resumption->Note(frame);
-                       }
-                       progress.FrameDone(frame);
-                     }});
+    Progress progress(style, job.frames.size(), messages.Outlet());
+    summary = RunPipeline(
+        job, *plan.source, *sink.frames,
+        {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
+           if (resumption && report.outcome == FrameOutcome::kWritten) {
+             resumption->Note(report.frame);
+           }
+           progress.FrameDone({report.frame, StatusOf(report.outcome), pathOf(report.frame), report.reason});
+         }});
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  PrintSummary(options, scene, plan, summary, alreadyDone, seconds.count());
+  SaySummary(messages, scene, plan, summary, done.size(), seconds.count());
   if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
     Refuse(ExitCode::kFrameFailed, "there was no frame to write, so '{}' was not made", scene.output);
   }
   if (summary.interrupted) {
-    SayHowToGoOn(options, summary, resumption.has_value());
+    SayHowToGoOn(messages, LeftOf(summary), resumption.has_value());
   }
+  ExitCode code = CodeOf(summary);
   const std::string damage = plan.source->Damage();
-  if (plan.takesAll && !damage.empty() && CodeOf(summary) == ExitCode::kDone) {
-    Refuse(ExitCode::kInput, "'{}' {}; what came is written", scene.input, damage);
+  if (plan.takesAll && !damage.empty() && code == ExitCode::kDone) {
+    code = ExitCode::kInput;
+    messages.Error(code, fmt::format("'{}' {}; what came is written", scene.input, damage));
   }
-  return CodeOf(summary);
+  messages.End({.code = code,
+                .written = summary.written,
+                .skipped = done.size(),
+                .missing = summary.skipped.size(),
+                .failed = summary.failed.size(),
+                .left = LeftOf(summary),
+                .seconds = seconds.count()});
+  return code;
 }
 
 }  // namespace cli

@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <utility>
 
 #include "cli/command/commands.h"
@@ -16,12 +15,11 @@
 
 namespace cli {
 
-ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect) {
-  const auto say = [&](const std::string& line) {
-    if (!options.quiet) {
-      fmt::print(stderr, "{}\n", line);
-    }
-  };
+ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect,
+                     Messages& messages) {
+  if (options.quiet) {
+    messages.BeQuiet();
+  }
   Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
   const auto count = static_cast<std::size_t>(
       About("--count", [&] { return CheckedWithin(cells, 1, static_cast<int>(ContactSheet::kMaxCells)); }));
@@ -41,24 +39,26 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
 
   ContactSheet sheet(job.frames, plan.traits);
   for (const std::string& note : plan.notes) {
-    say(fmt::format("note: {}", note));
+    messages.Note(note);
   }
   const InterruptWatch watch;
   RunSummary summary;
   {
     Progress progress(StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText), job.frames.size(),
-                      StandardErrorOutlet());
+                      messages.Outlet());
     summary = RunPipeline(job, *plan.source, sheet,
-                          {.interrupted = Interrupted,
-                           .report = [&](std::int32_t frame, FrameOutcome) { progress.FrameDone(frame); }});
+                          {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
+                             progress.FrameDone({report.frame, "written"});
+                           }});
   }
   if (summary.interrupted) {
-    say("interrupted; there is no sheet");
+    messages.Say("interrupted; there is no sheet");
   } else {
     const Picture& picture = sheet.Sheet();
     WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.encoding));
-    say(fmt::format("{} picture{} on '{}', {} x {}", summary.written, summary.written == 1 ? "" : "s",
-                    scene.output, picture.image.Width(), picture.image.Height()));
+    messages.Say(fmt::format("{} picture{} on '{}', {} x {}", summary.written,
+                             summary.written == 1 ? "" : "s", scene.output, picture.image.Width(),
+                             picture.image.Height()));
   }
   return CodeOf(summary);
 }

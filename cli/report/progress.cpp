@@ -13,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/report/json.h"
+
 namespace cli {
 namespace {
 
@@ -91,9 +93,15 @@ std::string FormatLine(const ProgressState& state) {
                      FormatDuration(SecondsLeft(state)));
 }
 
-std::string FormatJson(const ProgressState& state) {
-  return fmt::format(R"({{"frame":{},"done":{},"total":{},"fps":{:.3f}}})", state.frame, state.done,
-                     state.total, state.FramesPerSecond());
+std::string FormatJson(const ProgressState& state, const FrameNews& news) {
+  Json object = {{"event", "frame"}, {"frame", news.frame}, {"status", news.status}, {"path", news.path}};
+  if (!news.reason.empty()) {
+    object["reason"] = news.reason;
+  }
+  object["done"] = state.done;
+  object["total"] = state.total;
+  object["fps"] = Thousandths(state.FramesPerSecond());
+  return JsonLine(object);
 }
 
 ProgressOutlet StandardErrorOutlet() {
@@ -137,8 +145,7 @@ Progress::~Progress() {
   }
 }
 
-void Progress::FrameDone(std::int32_t frame) {
-  state_.frame = frame;
+void Progress::FrameDone(const FrameNews& news) {
   ++state_.done;
   state_.seconds = outlet_.clock() - start_;
   const double since = state_.seconds - lastWrite_;
@@ -147,7 +154,7 @@ void Progress::FrameDone(std::int32_t frame) {
   } else if (style_ == ProgressStyle::kLines && since >= kLineInterval) {
     outlet_.write(FormatLine(state_) + '\n');
   } else if (style_ == ProgressStyle::kJson) {
-    outlet_.write(FormatJson(state_) + '\n');
+    outlet_.write(FormatJson(state_, news));
   } else {
     return;
   }

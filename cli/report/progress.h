@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace cli {
 
@@ -21,7 +22,6 @@ enum class ProgressWish { kNone, kText, kJson };
 enum class ProgressColor { kPlain, kColored };
 
 struct ProgressState {
-  std::int32_t frame = 0;  // the one just done
   std::size_t done = 0;
   std::size_t total = 0;
   double seconds = 0;  // since the start
@@ -36,8 +36,16 @@ std::string FormatBar(const ProgressState& state, int width, ProgressColor color
 /// `12 of 240 frames, 3.4 fps, 1:07 left`.
 std::string FormatLine(const ProgressState& state);
 
-/// `{"frame":7,"done":12,"total":240,"fps":3.400}`.
-std::string FormatJson(const ProgressState& state);
+/// What became of a frame.
+struct FrameNews {
+  std::int32_t frame = 0;
+  std::string_view status;  // "written", "skipped", "missing" or "failed"
+  std::string path{};       // of the file that holds the frame, or would
+  std::string reason{};     // empty when it is written
+};
+
+/// `{"event":"frame","frame":7,"status":"written","path":"snow.0007.png","done":12,"total":240,"fps":3.4}`.
+std::string FormatJson(const ProgressState& state, const FrameNews& news);
 
 /// `0:07`, `1:02:03`; seconds are rounded up.  `-:--` for what is not finite, or beyond a thousand hours.
 std::string FormatDuration(double seconds);
@@ -67,7 +75,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void FrameDone(std::int32_t frame);
+  void FrameDone(const FrameNews& news);
 
  private:
   void WriteBar();

@@ -243,6 +243,10 @@ class Pipeline {
     }
     try {
       Settle(work);
+    } catch (const ToolError& error) {
+      failure_ = std::current_exception();
+      ended_ = true;
+      ReportTheLast(work, error.what());
     } catch (...) {
       failure_ = std::current_exception();
       ended_ = true;
@@ -253,10 +257,10 @@ class Pipeline {
   void Settle(Work& work) {
     if (work.failure) {
       summary_.failed.push_back({work.frame, ForgivenMessage(work.failure)});
-      Report(work, FrameOutcome::kFailed);
+      Report(work, FrameOutcome::kFailed, summary_.failed.back().message);
     } else if (work.skipped) {
       summary_.skipped.push_back(work.frame);
-      Report(work, FrameOutcome::kSkipped);
+      Report(work, FrameOutcome::kSkipped, "the input has no such frame");
     } else if (work.encoded) {
       sink_.Write(work.frame, std::move(work.encoded));
       ++summary_.written;
@@ -264,9 +268,18 @@ class Pipeline {
     }
   }
 
-  void Report(const Work& work, FrameOutcome outcome) const {
+  void Report(const Work& work, FrameOutcome outcome, std::string reason = {}) const {
     if (hooks_.report) {
-      hooks_.report(work.frame, outcome);
+      hooks_.report({work.frame, outcome, std::move(reason)});
+    }
+  }
+
+  /// The run has failed already; nothing can make it worse.
+  void ReportTheLast(const Work& work, const char* reason) const {
+    try {
+      Report(work, FrameOutcome::kFailed, reason);
+    } catch (...) {
+      return;
     }
   }
 

@@ -52,14 +52,21 @@ struct RenderJob {
 
 enum class FrameOutcome { kWritten, kSkipped, kFailed };
 
+struct FrameReport {
+  std::int32_t frame;
+  FrameOutcome outcome;
+  std::string reason{};  // empty when it is written
+};
+
 /// The pipeline's way to the rest of the program; each may be empty.
 struct RunHooks {
   /// Whether to end early.  Asked often, on any thread, on many at once.
   std::function<bool()> interrupted{};
 
   /// Called after each frame, in their order, one at a time, on any thread; a frame that is reported as
-  /// written has come back from FrameSink::Write.  What it throws ends the run like a failed write.
-  std::function<void(std::int32_t frame, FrameOutcome outcome)> report{};
+  /// written has come back from FrameSink::Write, and one that ends the run is reported as failed too.  What
+  /// it throws ends the run like a failed write.
+  std::function<void(const FrameReport& report)> report{};
 };
 
 struct FailedFrame {

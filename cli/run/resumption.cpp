@@ -35,8 +35,16 @@ Resumption::Resumption(const Scene& scene, const std::string& inputStamp, const 
   }
 }
 
-std::size_t Resumption::TakeOut(std::vector<std::int32_t>& frames) const {
-  return std::erase_if(frames, [this](std::int32_t frame) { return IsDone(frame); });
+std::vector<std::int32_t> Resumption::TakeOut(std::vector<std::int32_t>& frames) const {
+  std::vector<std::int32_t> done;
+  std::erase_if(frames, [&](std::int32_t frame) {
+    const bool isDone = IsDone(frame);
+    if (isDone) {
+      done.push_back(frame);
+    }
+    return isDone;
+  });
+  return done;
 }
 
 bool Resumption::IsDone(std::int32_t frame) const {

@@ -26,8 +26,8 @@ class Resumption {
   Resumption(const Scene& scene, const std::string& inputStamp, const FrameSource& source,
              const std::vector<std::int32_t>& frames);
 
-  /// Takes out the frames that are done, and returns how many those are.
-  std::size_t TakeOut(std::vector<std::int32_t>& frames) const;
+  /// Takes out the frames that are done, and returns them.
+  std::vector<std::int32_t> TakeOut(std::vector<std::int32_t>& frames) const;
 
   /// Notes that the frame's file has been written.  Throws ToolError(kOutput).
   void Note(std::int32_t frame);

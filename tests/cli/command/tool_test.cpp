@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <sstream>
 
 #include "cli/command/commands.h"
 #include "cli/command/options.h"
@@ -11,6 +12,7 @@
 #include "cli/picture/reader.h"
 #include "cli/picture/writer.h"
 #include "cli/report/error.h"
+#include "cli/report/json.h"
 #include "cli/run/open_source.h"
 #include "hostapi/commands.h"
 #include "tests/support/cli/temporary_folder.h"
@@ -43,13 +45,14 @@ class Tool : public testing::Test {
 
   /// The same in this process, without the time that starting takes.  Renders and sheets alone.
   Outcome RunHere(const std::string& arguments) {
+    cli::Messages messages(cli::MessageForm::kText);
     cli::CommandLine line;
     const auto app = cli::MakeParser(line);
     try {
       app->parse(arguments);
       const bool isSheet = app->got_subcommand("sheet");
-      const auto code = isSheet ? cli::RenderSheet(line.shot, line.sheetCells, effect_)
-                                : cli::RenderShot(line.shot, effect_);
+      const auto code = isSheet ? cli::RenderSheet(line.shot, line.sheetCells, effect_, messages)
+                                : cli::RenderShot(line.shot, effect_, messages);
       return {static_cast<int>(code), "", ""};
     } catch (const CLI::ParseError& error) {
       return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error)};
@@ -179,10 +182,44 @@ TEST_F(Tool, FillsGapsAsItIsTold) {
   EXPECT_THAT(RunHere("render -q 'p.%d.png' -o 'e.%d.png'").err, HasSubstr("no frame 2; try --missing skip"));
   Render("'p.%d.png' -o 's.%d.png' --missing skip");
   EXPECT_THAT(Run("render 'p.%d.png' -o 'b.%d.png' --missing black --progress json").err,
-              testing::ContainsRegex("\\{\"frame\":1,.*\n\\{\"frame\":2,.*\n\\{\"frame\":3,"));
+              testing::ContainsRegex("\"frame\":1,.*\n.*\"frame\":2,.*\n.*\"frame\":3,"));
   EXPECT_THAT(folder_.Names(),
               IsSupersetOf({"b.1.png", "b.2.png", "b.3.png", "e.1.png", "s.1.png", "s.3.png"}));
   EXPECT_FALSE(std::filesystem::exists("s.2.png"));
+}
+
+TEST_F(Tool, TellsProgramsEverythingInObjects) {
+  for (const char* name : {"p.1.png", "p.3.png", "p.4.png"}) {
+    WritePlate(name, Depth::kBits8, false);
+  }
+  std::filesystem::resize_file(folder_ / "p.4.png", 100);
+  // Of each line of standard error, which is JSON throughout, what it is.
+  const auto events = [&](const std::string& arguments) {
+    std::istringstream lines(Run(arguments).err);
+    std::vector<std::string> found;
+    for (std::string line; std::getline(lines, line);) {
+      const cli::Json object = cli::Json::parse(line);
+      std::string event = object["event"];
+      for (const char* key : {"frame", "status", "path", "code", "written", "skipped", "missing", "failed"}) {
+        if (object.contains(key)) {
+          event += ' ' + (object[key].is_string() ? std::string(object[key]) : object[key].dump());
+        }
+      }
+      EXPECT_EQ(object.contains("reason"), event.starts_with("frame") && object["status"] != "written");
+      if (event != "note") {  // of gaps, and of libraries
+        found.push_back(event);
+      }
+    }
+    return found;
+  };
+  const std::string render = "render 'p.%d.png' -o 's.%d.png' --missing skip --progress json ";
+  EXPECT_THAT(events(render + "--keep-going"),
+              ElementsAre("frame 1 written s.1.png", "frame 2 missing s.2.png", "frame 3 written s.3.png",
+                          "frame 4 failed s.4.png", "end 1 2 0 1 1"));
+  EXPECT_THAT(events(render + "--resume -q"),
+              ElementsAre("frame 1 skipped s.1.png", "frame 3 skipped s.3.png", "frame 2 missing s.2.png",
+                          "frame 4 failed s.4.png", "error 3", "end 3 0 0 0 0"));
+  EXPECT_THAT(events("render --progress=json --franes"), ElementsAre("error 2", "end 2 0 0 0 0"));
 }
 
 TEST_F(Tool, OptionsReachTheEffect) {
@@ -256,7 +293,8 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
   const Case ofTheProcess[] = {{"rendr", 2, "unknown command"},
                                {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
                                {"render none.png -o b.png", 3, "cannot read 'none.png'"},
-                               {"params >/dev/full", 4, "cannot write"}};
+                               {"params >/dev/full", 4, "cannot write"},
+                               {"render a.png -o b.png --dry-run >/dev/full", 4, "cannot write"}};
   for (const auto& [arguments, code, part] : ofTheProcess) {
     const Outcome outcome = Run(arguments);
     EXPECT_EQ(outcome.code, code) << arguments;

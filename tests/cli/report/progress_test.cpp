@@ -21,9 +21,11 @@ TEST(Progress, Texts) {
     EXPECT_EQ(cli::FormatDuration(seconds), text);
   }
 
-  const cli::ProgressState state{.frame = -7, .done = 60, .total = 240, .seconds = 20};
+  const cli::ProgressState state{.done = 60, .total = 240, .seconds = 20};
   EXPECT_EQ(FormatLine(state), "60 of 240 frames, 3.0 fps, 1:00 left");
-  EXPECT_EQ(FormatJson(state), R"({"frame":-7,"done":60,"total":240,"fps":3.000})");
+  EXPECT_EQ(FormatJson(state, {-7, "failed", "a\"\xff.png", "why"}),
+            R"({"event":"frame","frame":-7,"status":"failed","path":"a\"�.png","reason":"why",)"
+            "\"done\":60,\"total\":240,\"fps\":3.0}\n");
   EXPECT_EQ(FormatBar(state, 50, ProgressColor::kPlain),
             "[===>               ]   60/240  3.0 fps  1:00 left");
   EXPECT_EQ(FormatBar(state, 30, ProgressColor::kPlain), " 60/240  3.0 fps  1:00 left");
@@ -44,7 +46,10 @@ TEST(Progress, WritesAsOftenAsItsStyleSays) {
       {ProgressStyle::kNone, 20, 0, ""},
       {ProgressStyle::kLines, 0.25, 0, ""},
       {ProgressStyle::kLines, 4, 6, "18 of 20 frames, 0.2 fps, 0:08 left\n"},
-      {ProgressStyle::kJson, 0.25, 20, "{\"frame\":26,\"done\":20,\"total\":20,\"fps\":4.000}\n"},
+      {ProgressStyle::kJson, 0.25, 20,
+       "{\"event\":\"frame\",\"frame\":26,\"status\":\"written\",\"path\":\"\",\"done\":20,\"total\":20,"
+       "\"fps\":"
+       "4.0}\n"},
       // The first bar, one a tenth of a second, and in the end none.
       {ProgressStyle::kBar, 0.0625, 12, "\r\x1b[K"},
       {ProgressStyle::kBar, 1, 22, "\r\x1b[K"},
@@ -60,7 +65,7 @@ TEST(Progress, WritesAsOftenAsItsStyleSays) {
                               .width = [] { return 44; }});
       for (std::int32_t frame = 7; frame < 27; ++frame) {
         now += frameSeconds;
-        progress.FrameDone(frame);
+        progress.FrameDone({frame, "written"});
       }
     }
     EXPECT_EQ(writes.size(), count);

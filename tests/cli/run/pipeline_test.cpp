@@ -20,6 +20,7 @@ namespace {
 using cli::AddedAlpha;
 using cli::ExitCode;
 using cli::FrameOutcome;
+using cli::FrameReport;
 using cli::MissingPolicy;
 using cli::OnFailure;
 using cli::ToolError;
@@ -150,9 +151,9 @@ TEST(Pipeline, WritesInOrderTheSameBytesAtAnyNumberOfJobsAsForEachFrameAlone) {
     FakeSink sink;
     instancesMade = 0;
     const cli::RunSummary summary =
-        cli::RunPipeline(job, source, sink, {.report = [&](std::int32_t frame, FrameOutcome outcome) {
-                           EXPECT_EQ(outcome, FrameOutcome::kWritten);
-                           EXPECT_EQ(sink.order.back(), frame);
+        cli::RunPipeline(job, source, sink, {.report = [&](const FrameReport& report) {
+                           EXPECT_EQ(report.outcome, FrameOutcome::kWritten);
+                           EXPECT_EQ(sink.order.back(), report.frame);
                          }});
     EXPECT_THAT(sink.order, ElementsAreArray(job.frames)) << jobs;
     for (const auto& [frame, bytes] : alone) {
@@ -209,8 +210,8 @@ TEST(Pipeline, AFailureOfAnyStageArrivesAsItIsAfterTheFramesBeforeIt) {
       {ExitCode::kOutput, "unwritable", false, [](auto&, auto& sink, auto&) { sink.unwritable = {5}; }},
       {ExitCode::kOutput, "unnoted", false,
        [](auto&, auto&, auto& hooks) {
-         hooks.report = [](std::int32_t frame, FrameOutcome) {
-           if (frame == 4) {
+         hooks.report = [](const FrameReport& report) {
+           if (report.frame == 4) {
              throw ToolError(ExitCode::kOutput, "unnoted");
            }
          };
@@ -289,7 +290,7 @@ TEST(Pipeline, AnInterruptEndsTheRunAndKeepsWhatIsComplete) {
   const cli::RunSummary summary =
       cli::RunPipeline(job, source, sink,
                        {.interrupted = [&] { return interrupted.load(); },
-                        .report = [&](std::int32_t frame, FrameOutcome) { interrupted = frame == 2; }});
+                        .report = [&](const FrameReport& report) { interrupted = report.frame == 2; }});
   EXPECT_TRUE(summary.interrupted);
   EXPECT_EQ(CodeOf(summary), ExitCode::kInterrupted);
   EXPECT_GE(summary.written, 3u);
