@@ -10,6 +10,7 @@
 
 #include "cli/report/error.h"
 #include "cli/report/number.h"
+#include "cli/scene/color_names.h"
 
 namespace cli {
 namespace {
@@ -110,6 +111,11 @@ std::optional<double> ParsePopup(const ParameterInfo& parameter, std::string_vie
   return number;
 }
 
+Color ColorOfBits(std::uint32_t bits) {
+  return {static_cast<double>(bits >> 16), static_cast<double>(bits >> 8 & 255),
+          static_cast<double>(bits & 255)};
+}
+
 std::optional<Color> ParseHexColor(std::string_view digits) {
   const auto parsed = ParseHexadecimal<std::uint32_t>(digits);
   if (!parsed) {
@@ -117,8 +123,7 @@ std::optional<Color> ParseHexColor(std::string_view digits) {
   }
   const std::uint32_t bits = *parsed;
   if (digits.size() == 6) {
-    return Color{static_cast<double>(bits >> 16), static_cast<double>(bits >> 8 & 255),
-                 static_cast<double>(bits & 255)};
+    return ColorOfBits(bits);
   }
   if (digits.size() == 3) {  // each digit stands for two of its kind
     return Color{static_cast<double>((bits >> 8) * 17), static_cast<double>((bits >> 4 & 15) * 17),
@@ -130,6 +135,9 @@ std::optional<Color> ParseHexColor(std::string_view digits) {
 std::optional<Color> ParseColor(std::string_view text) {
   if (text.starts_with('#')) {
     return ParseHexColor(text.substr(1));
+  }
+  if (const auto named = NamedColor(text)) {
+    return ColorOfBits(*named);
   }
   const auto parts = SplitAtCommas(text);
   if (parts.size() != 3) {
@@ -218,7 +226,7 @@ std::string DescribeRange(const ParameterInfo& parameter) {
     case PF_Param_POPUP:
       return fmt::format("{}", fmt::join(parameter.choices, " or "));
     case PF_Param_COLOR:
-      return "#rrggbb or red,green,blue";
+      return "#rrggbb, red,green,blue or a name such as ivory";
     case PF_Param_POINT:
       return parameter.restrictedToLayer ? "x%,y% from 0 to 100"
                                          : fmt::format("x%,y% from {} to {}", -kMostPercent, kMostPercent);

@@ -13,7 +13,7 @@ namespace cli {
 ///   sliders     12.5; a percent sign may follow where the name has one; integer sliders take whole numbers
 ///   checkboxes  on, off, true, false, 1, 0
 ///   popups      a choice's name or its number, from 1
-///   colours     #rrggbb, #rgb, or red,green,blue as 0..255
+///   colours     #rrggbb, #rgb, red,green,blue as 0..255, or a name that style sheets have
 ///   points      x,y in percent of the layer; a percent sign may follow each
 ///
 /// Words in letters of either case.  Throws ToolError(kUsage), naming parameter, value and what is possible.

@@ -96,7 +96,7 @@ TEST(ParameterText, RefusesWithNameValueAndRange) {
       {"Transfer Mode", "Composite or Lighten", {"0", "3", "1.5", "Multiply"}},
       {"Color",
        "#rrggbb",
-       {"", "#12", "#12345", "#-12345", "#1234567", "red", "1,2,256", "1,2,3,4", "1,2,0.5"}},
+       {"", "#12", "#12345", "#-12345", "#1234567", "redd", "1,2,256", "1,2,3,4", "1,2,0.5"}},
       {"Offset", "x%,y% from -32767 to 32767", {"", "50", "50,", "1,2,3", "x,y", "1e9,0"}},
       {"Random Seed", "0 to 10000, whole", {"1.5", "-1", "10001"}}};
   const cli::ParameterNames names(*EffectParameters());
