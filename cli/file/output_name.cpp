@@ -9,14 +9,61 @@
 
 namespace cli {
 
+namespace {
+
+constexpr char kEscape = '\\';
+
+bool IsMark(char letter) {
+  return letter == '#' || letter == '@';
+}
+
+bool IsEscape(std::string_view name, std::size_t at) {
+  return name[at] == kEscape && at + 1 < name.size() && IsMark(name[at + 1]);
+}
+
+/// The name with \# as # and \@ as @.
+std::string Unescaped(std::string_view name) {
+  std::string plain;
+  for (std::size_t at = 0; at < name.size(); ++at) {
+    if (!IsEscape(name, at)) {
+      plain += name[at];
+    }
+  }
+  return plain;
+}
+
+}  // namespace
+
 OutputName::Place OutputName::FindPlace(std::string_view name) {
-  const auto isDigit = [&](std::size_t at) { return at < name.size() && name[at] >= '0' && name[at] <= '9'; };
+  const Place place = FindPrintfPlace(name);
+  return place.style != Style::kFixed ? place : FindRun(name);
+}
+
+OutputName::Place OutputName::FindRun(std::string_view name) {
   for (std::size_t begin = 0; begin < name.size(); ++begin) {
+    if (IsEscape(name, begin)) {
+      ++begin;
+      continue;
+    }
+    if (!IsMark(name[begin])) {
+      continue;
+    }
+    const std::size_t end = std::min(name.find_first_not_of(name[begin], begin), name.size());
+    const int run = static_cast<int>(end - begin);
     if (name[begin] == '#') {
-      const std::size_t end = std::min(name.find_first_not_of('#', begin), name.size());
-      const int run = static_cast<int>(end - begin);
       return {begin, end, Style::kHashes, run == 1 ? 4 : run};
     }
+    // One alone stands in names and addresses.
+    if (run > 1) {
+      return {begin, end, Style::kHashes, run};
+    }
+  }
+  return {name.size(), name.size(), Style::kFixed, 0};
+}
+
+OutputName::Place OutputName::FindPrintfPlace(std::string_view name) {
+  const auto isDigit = [&](std::size_t at) { return at < name.size() && name[at] >= '0' && name[at] <= '9'; };
+  for (std::size_t begin = 0; begin < name.size(); ++begin) {
     if (name[begin] != '%') {
       continue;
     }
@@ -48,8 +95,15 @@ OutputName::OutputName(const std::filesystem::path& path) : folder_(path.parent_
   after_ = name.substr(place.end);
   style_ = place.style;
   digits_ = place.digits;
-  if (FindPlace(after_).style != Style::kFixed) {
-    Refuse(ExitCode::kUsage, "output name '{}' has more than one place for the frame number", name);
+  const bool isRun = style_ == Style::kHashes;
+  if (isRun ? FindRun(after_).style != Style::kFixed : FindPrintfPlace(after_).style != Style::kFixed) {
+    Refuse(ExitCode::kUsage,
+           "output name '{}' has more than one place for the frame number; a # that is just that is \\#",
+           name);
+  }
+  if (isRun || style_ == Style::kFixed) {
+    before_ = Unescaped(before_);
+    after_ = Unescaped(after_);
   }
 }
 

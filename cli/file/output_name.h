@@ -11,9 +11,10 @@ namespace cli {
 
 /// An output path, with or without a place for the frame number in its file name (folders are literal).
 ///
-/// A run of `#` stands for as many digits, a lone `#` for four; `%d`, `%4d` and `%04d` mean what they mean in
-/// printf.  A number with more digits than the place keeps them all.  With `#`, a minus sign comes before
-/// the digits and is not counted among them.
+/// A run of `#` stands for as many digits, a lone `#` for four, a run of two `@` or more for as many digits;
+/// `%d`, `%4d` and `%04d` mean what they mean in printf.  A `#` or `@` that is just that is written `\#` or
+/// `\@`, or as it is where a printf place stands.  A number with more digits than the place keeps them all.
+/// With `#`, a minus sign comes before the digits and is not counted among them.
 class OutputName {
  public:
   /// Throws ToolError(kUsage) when the file name is empty or has more than one place for the number.
@@ -44,6 +45,8 @@ class OutputName {
     int digits;
   };
   static Place FindPlace(std::string_view name);
+  static Place FindRun(std::string_view name);  // of # or @
+  static Place FindPrintfPlace(std::string_view name);
 
   std::filesystem::path folder_;
   std::string before_;

@@ -21,7 +21,12 @@ TEST(OutputName, PutsTheNumberInItsPlace) {
                {"a/b#/out.####.png", 1, "a/b#/out.0001.png"},
                {"/r/100%.png", 5, "/r/100%.png"},
                {"####", -2147483647 - 1, "-2147483648"},
-               {"{}#.png", 1, "{}0001.png"}};
+               {"{}#.png", 1, "{}0001.png"},
+               {"o.@@@.png", 7, "o.007.png"},
+               {"me@home.##.png", 7, "me@home.07.png"},
+               {"take#3.%02d.png", 7, "take#3.07.png"},
+               {"take\\#3\\@@@.png", 7, "take#3@07.png"}};
+  EXPECT_EQ(cli::OutputName("a\\#1\\b@c.png").ForFrame(7), "a#1\\b@c.png");
   for (const auto& [pattern, frame, name] : cases) {
     EXPECT_EQ(cli::OutputName(pattern).ForFrame(frame), name) << pattern;
     EXPECT_EQ(cli::OutputName(pattern).IsPattern(), std::string(pattern) != name) << pattern;
