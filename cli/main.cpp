@@ -11,6 +11,7 @@
 #include "cli/command/commands.h"
 #include "cli/command/options.h"
 #include "cli/report/error.h"
+#include "cli/report/interrupt.h"
 #include "cli/report/messages.h"
 #include "hostapi/commands.h"
 #include "minihost/effect.h"
@@ -29,7 +30,8 @@ ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line, cli::Messag
     return cli::RenderSheet(line.shot, line.sheetCells, effect, messages);
   }
   if (app.got_subcommand("info")) {
-    cli::PrintToStdout(cli::InputTable(line.infoFile));
+    cli::PrintToStdout(
+        cli::DescribeInput(line.infoFile, line.infoAsJson ? cli::InfoForm::kJson : cli::InfoForm::kText));
   } else if (app.got_subcommand("presets")) {
     cli::PrintToStdout(cli::PresetTable(cli::Presets::OfTool().All()));
   } else if (app.got_subcommand("params")) {
@@ -97,6 +99,7 @@ ExitCode Run(int argc, char** argv, cli::Messages& messages) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const cli::InterruptWatch watch;
   KeepFreedMemory();
   cli::Messages messages(cli::FormOf({argv, argv + argc}));
   const ExitCode code = Run(argc, argv, messages);

@@ -26,9 +26,11 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
 ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect,
                      Messages& messages);
 
-/// `vintrel info`: a few lines about a picture, a sequence or a video: size, depth, alpha, pixel aspect,
-/// frames, rate, and notes.  Throws ToolError(kInput).
-std::string InputTable(const std::string& path);
+enum class InfoForm { kText, kJson };
+
+/// `vintrel info`: what there is to say about a picture, a sequence or a video: size, depth, alpha, pixel
+/// aspect, frames, rate, and notes; a line each, or a JSON object on one line.  Throws ToolError(kInput).
+std::string DescribeInput(const std::string& path, InfoForm form);
 
 /// `vintrel presets`: a line for each, id, name and description.
 std::string PresetTable(const std::vector<Preset>& presets);

@@ -20,12 +20,16 @@ _vintrel_params() {
 _vintrel_value() {
   local tool=$1 option=$2 value=$3
   case $option in
-    -o | --output) compopt -o default ;;
+    -i | --input | -o | --output) compopt -o default ;;
     --scene | --save-scene)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$value"; compgen -f -X '!*.toml' -- "$value")
       ;;
-    --preset) _vintrel_words "$value" "$("$tool" presets 2>/dev/null | awk '{ print $1 }')" ;;
+    --preset)
+      compopt -o filenames
+      _vintrel_words "$value" "$("$tool" presets 2>/dev/null | awk '{ print $1 }')"
+      mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -f -X '!*.toml' -- "$value")
+      ;;
     --set)
       if [[ $value == *=* ]]; then
         _vintrel_words "$value" "$(_vintrel_params "$tool" '
@@ -41,10 +45,12 @@ _vintrel_value() {
       _vintrel_words "$value" "$(_vintrel_params "$tool" 'if ($7 ~ /^yes/) print $3 "@"')"
       ;;
     --blank) _vintrel_words "$value" 1280x720 1920x1080 2048x1080 3840x2160 4096x2160 ;;
-    --fps) _vintrel_words "$value" 23.976 24 25 29.97 30 50 59.94 60 ;;
-    --depth) _vintrel_words "$value" 8 16 float ;;
+    -r | --fps) _vintrel_words "$value" 23.976 24 25 29.97 30 50 59.94 60 ;;
+    --depth) _vintrel_words "$value" 8 16 half float ;;
     --alpha) _vintrel_words "$value" straight premultiplied ;;
     --compression) _vintrel_words "$value" none rle zip zips packbits lzw piz pxr24 b44 b44a dwaa dwab ;;
+    --codec) _vintrel_words "$value" h264 hevc prores ffv1 ;;
+    --sound) _vintrel_words "$value" auto copy aac none ;;
     --proxy) _vintrel_words "$value" 2 4 ;;
     --missing) _vintrel_words "$value" error skip black ;;
     --progress) _vintrel_words "$value" text json ;;
@@ -54,9 +60,9 @@ _vintrel_value() {
 _vintrel() {
   local commands='render sheet info presets params about'
   local flags='--help --only-snow --quiet -h -q'
-  local values='--blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
-    --compression --proxy --pixel-aspect --jobs --missing -o'
-  local render_flags='--resume --keep-going --dry-run' render_values='--part --progress --save-scene'
+  local values='--input --blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
+    --compression --codec --quality --sound --proxy --pixel-aspect --jobs --missing -i -o -r'
+  local render_flags='--resume --keep-going --no-overwrite --overwrite --dry-run -y' render_values='--part --progress --save-scene'
   local sheet_values='--count'
   local IFS=$' \t\n'
 
@@ -68,6 +74,7 @@ _vintrel() {
   case $command in
     render) flags+=" $render_flags" values+=" $render_values" ;;
     sheet) values+=" $sheet_values" ;;
+    info) flags='--help -h --json' values='' ;;
     *) flags='--help -h' values='' ;;
   esac
   if [[ $current == --*=* ]]; then  # --preset=NAME

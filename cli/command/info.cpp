@@ -1,29 +1,61 @@
 #include <fmt/format.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "cli/command/commands.h"
 #include "cli/command/text_table.h"
+#include "cli/report/json.h"
 #include "cli/run/open_source.h"
 #include "cli/run/plan.h"
 
 namespace cli {
+namespace {
 
-std::string InputTable(const std::string& path) {
-  const OpenedSource opened = OpenSource(path);
+/// For people and for programs.
+struct Fact {
+  std::string name;
+  std::string text;
+  Json value;
+};
+
+std::vector<Fact> FactsOf(const OpenedSource& opened) {
   const SourceTraits& traits = opened.frames->Traits();
-  std::vector<std::vector<std::string>> rows;
-  const auto add = [&](const char* name, const std::string& value) {
-    rows.push_back({"", name, value});  // indented by the empty column
-  };
-  add("kind", opened.video != nullptr ? "video" : traits.firstFrame.has_value() ? "sequence" : "picture");
-  add("size", fmt::format("{} x {}", traits.width, traits.height));
-  add("depth", NameOfDepth(traits.depth));
-  add("alpha", traits.hasAlpha ? "yes" : "no");
-  add("pixel aspect", fmt::format("{:g}", traits.pixelAspect));
+  const std::string kind = opened.video != nullptr ? "video" : traits.firstFrame ? "sequence" : "picture";
+  std::vector<Fact> facts = {{"kind", kind, kind},
+                             {"size", fmt::format("{} x {}", traits.width, traits.height),
+                              Json::array({traits.width, traits.height})},
+                             {"depth", NameOfDepth(traits.depth), FormatDepth({traits.depth, false})},
+                             {"alpha", traits.hasAlpha ? "yes" : "no", traits.hasAlpha},
+                             {"pixel aspect", fmt::format("{:g}", traits.pixelAspect), traits.pixelAspect}};
   if (traits.firstFrame && traits.lastFrame) {
-    add("frames", fmt::format("{} to {}", *traits.firstFrame, *traits.lastFrame));
+    facts.push_back({"frames", fmt::format("{} to {}", *traits.firstFrame, *traits.lastFrame),
+                     Json::array({*traits.firstFrame, *traits.lastFrame})});
   }
   if (traits.rate) {
-    add("rate", fmt::format("{}/{} frames a second", traits.rate->timeScale, traits.rate->timeStep));
+    const std::string rate = fmt::format("{}/{}", traits.rate->timeScale, traits.rate->timeStep);
+    facts.push_back({"rate", rate + " frames a second", rate});
+  }
+  return facts;
+}
+
+}  // namespace
+
+std::string DescribeInput(const std::string& path, InfoForm form) {
+  const OpenedSource opened = OpenSource(path);
+  const std::vector<Fact> facts = FactsOf(opened);
+  if (form == InfoForm::kJson) {
+    Json object = {{"path", path}};
+    for (const Fact& fact : facts) {
+      object[fact.name] = fact.value;
+    }
+    object["notes"] = opened.notes;
+    return JsonLine(object);
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const Fact& fact : facts) {
+    rows.push_back({"", fact.name, fact.text});  // indented by the empty column
   }
   if (opened.video != nullptr) {
     for (const auto& [name, value] : opened.video->About()) {
@@ -36,7 +68,7 @@ std::string InputTable(const std::string& path) {
     }
   }
   for (const std::string& note : opened.notes) {
-    add("note", note);
+    rows.push_back({"", "note", note});
   }
   return path + '\n' + FormatTable(rows);
 }

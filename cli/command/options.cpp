@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-
+#include <algorithm>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "cli/report/nearest_name.h"
@@ -59,30 +60,39 @@ void AddChanges(CLI::App& command, std::vector<ParameterChange>& changes) {
 
 // What a shot is made of: for render and sheet alike.
 void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
-  command.add_option("INPUT", options.input,
+  command.add_option("INPUT", options.files[0],
                      "Picture, numbered pictures (plate.####.exr, @ one digit) or video to snow on");
+  command.add_option("OUTPUT", options.files[1], "What to write, when -o does not say it");
+  command.add_option("-i,--input", options.input, "The input, as an option")->type_name("FILE");
   command.add_option("--blank", options.blank, "A transparent input of this size")->type_name("WxH");
   command.add_option("-o,--output", options.output, outputs)->type_name("FILE");
   command.add_option("--scene", options.sceneFile, "Take all of it from a scene file")->type_name("FILE");
-  command.add_option("--preset", options.preset, "Begin with a look (see: vintrel presets)")
+  command
+      .add_option("--preset", options.preset, "Begin with a look, or a file of yours (see: vintrel presets)")
       ->type_name("NAME");
   AddChanges(command, options.changes);
   command.add_option("--frames", options.frames, "7, 0-47, 1-100x5, 1,5,9-20 (default: the input's, or 0)")
       ->type_name("LIST");
   command
-      .add_option("--fps", options.fps,
+      .add_option("-r,--fps", options.fps,
                   "Frames a second: 24, 23.976, 30000/1001 (default: the input's, or 24)")
       ->type_name("RATE");
   command.add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
       ->type_name("DEGREES")
       ->check(CheckNumber<double>);
-  command.add_option("--depth", options.depth, "8, 16 or float (default: the input's)")->type_name("DEPTH");
+  command.add_option("--depth", options.depth, "8, 16, half (EXR) or float (default: the input's)")
+      ->type_name("DEPTH");
   command.add_option("--alpha", options.alpha, "Alpha of video: straight (default) or premultiplied")
       ->type_name("KIND");
   command
       .add_option("--compression", options.compression,
                   "Of pictures: none is the fastest; zip, zip:9, piz, ...")
       ->type_name("NAME");
+  command.add_option("--codec", options.codec, "Of video: h264, hevc, prores, ffv1")->type_name("NAME");
+  command.add_option("--quality", options.quality, "Of JPEG, or the video encoder's constant quality")
+      ->type_name("N");
+  command.add_option("--sound", options.sound, "Of video: auto (default), copy, aac or none")
+      ->type_name("HOW");
   command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
   command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
       ->type_name("RATIO")
@@ -91,7 +101,7 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
       ->type_name("N");
   command.add_option("--missing", options.missing, "For gaps in a sequence: error (default), skip or black")
       ->type_name("WHAT");
-  for (const char* whole : {"--proxy", "--jobs"}) {
+  for (const char* whole : {"--proxy", "--jobs", "--quality"}) {
     command.get_option(whole)->check(CheckNumber<int>);
   }
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
@@ -99,11 +109,14 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
 
 void AddRender(CLI::App& app, ShotOptions& options) {
   CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
-  AddShot(*render, options, ".png .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
+  AddShot(*render, options, ".png .jpg .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
   render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
       ->type_name("K/N");
   render->add_flag("--resume", options.resume, "Leave out frames that are whole and of the same scene");
   render->add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
+  CLI::Option* const keep =
+      render->add_flag("--no-overwrite", options.noOverwrite, "Refuse to replace files");
+  render->add_flag("-y,--overwrite", options.overwrite, "Replace files, as without it")->excludes(keep);
   render->add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
   render->add_option("--save-scene", options.saveScene, "Write down what was asked for, complete")
       ->type_name("FILE");
@@ -119,7 +132,7 @@ void AddRender(CLI::App& app, ShotOptions& options) {
 
 void AddSheet(CLI::App& app, CommandLine& line) {
   CLI::App* sheet = app.add_subcommand("sheet", "Render a few frames of a shot into one picture");
-  AddShot(*sheet, line.shot, "The sheet: .png .tif .exr");
+  AddShot(*sheet, line.shot, "The sheet: .png .jpg .tif .exr");
   sheet->add_option("--count", line.sheetCells, "Pictures on the sheet, 1 to 400 (default 12)")
       ->type_name("N")
       ->check(CheckNumber<int>);
@@ -134,10 +147,10 @@ std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
   app->require_subcommand(1);
   AddRender(*app, line.shot);
   AddSheet(*app, line);
-  app->add_subcommand("info", "Say what the tool sees in a file")
-      ->footer("Example:\n  vintrel info shot.mov")
-      ->add_option("FILE", line.infoFile, "Picture, numbered pictures or video")
-      ->required();
+  CLI::App* info = app->add_subcommand("info", "Say what the tool sees in a file");
+  info->footer("Example:\n  vintrel info shot.mov");
+  info->add_option("FILE", line.infoFile, "Picture, numbered pictures or video")->required();
+  info->add_flag("--json", line.infoAsJson, "As one JSON object");
   app->add_subcommand("presets", "List the looks that --preset takes")
       ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");
   app->add_subcommand("params", "List the parameters that --set takes")
@@ -156,8 +169,50 @@ std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
   return app;
 }
 
+namespace {
+
+/// What to write in place of an option that other tools have and this one has by another name, or has not.
+std::string WordsForOthers(std::string_view option) {
+  constexpr std::pair<std::string_view, std::string_view> kWords[] = {
+      {"-ss", "for a part of a video write --frames 24-71, in frames"},
+      {"-t", "for a part of a video write --frames 0-47, in frames"},
+      {"-to", "for a part of a video write --frames 0-47, in frames"},
+      {"-frames:v", "write --frames 0-47"},
+      {"-vframes", "write --frames 0-47"},
+      {"-start_number", "the numbers of the files count; write --frames 1-48"},
+      {"-framerate", "write --fps 24"},
+      {"-c:v", "write --codec h264, hevc, prores or ffv1"},
+      {"-vcodec", "write --codec h264, hevc, prores or ffv1"},
+      {"-c:a", "write --sound copy, aac or none"},
+      {"-acodec", "write --sound copy, aac or none"},
+      {"-an", "write --sound none"},
+      {"-crf", "write --quality 20"},
+      {"-q:v", "write --quality 20"},
+      {"-qscale:v", "write --quality 20"},
+      {"-pix_fmt", "write --depth 8, 16 or float; the codec decides the rest"},
+      {"-s", "for a smaller picture write --proxy 2; for an empty one --blank 1920x1080"},
+      {"-vf", "snow is all that is drawn; crop or scale before or after"},
+      {"-n", "write --no-overwrite"},
+      {"-hide_banner", "there is none; --quiet leaves progress and notes out"},
+      {"-loglevel", "write --quiet"},
+      {"-v", "there is no more to tell; --progress json tells programs everything"},
+      {"-d", "write --depth 8, 16, half or float"},
+      {"--threads", "write --jobs 4"},
+      {"-threads", "write --jobs 4"},
+      {"--compress", "write --compression zip"},
+      {"--frame", "write --frames 7"},
+      {"--parallel-frames", "frames are done in parallel; --jobs 4 says how many"},
+  };
+  const auto* const found =
+      std::ranges::find(kWords, option, &std::pair<std::string_view, std::string_view>::first);
+  return found == std::end(kWords) ? "" : std::string(found->second);
+}
+
+}  // namespace
+
 std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> unknown = app.remaining(true);
+  std::vector<std::string> unknown = app.remaining(true);
+  std::erase(unknown, "--");
   const auto used = app.get_subcommands();
   const std::string help =
       fmt::format("see: vintrel {}--help", used.empty() ? "" : used[0]->get_name() + ' ');
@@ -181,6 +236,9 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     for (const CLI::Option* option : used[0]->get_options()) {
       names.push_back(option->get_name());
     }
+  }
+  if (const std::string here = WordsForOthers(unknown[0]); !here.empty()) {
+    return fmt::format("unknown option '{}'; {}", unknown[0], here);
   }
   const std::string suggestion =
       SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));

@@ -1,6 +1,7 @@
 // The command line of the tool, before anything is checked but that it can be read.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,8 @@ namespace cli {
 
 /// What `vintrel render` and `vintrel sheet` are asked for.  Empty means not given.
 struct ShotOptions {
-  std::string input;
+  std::string input;                 // -i
+  std::array<std::string, 2> files;  // without an option: the input when -i did not name it, then the output
   std::string blank;
   std::string output;
   std::string preset;
@@ -30,6 +32,9 @@ struct ShotOptions {
   std::string depth;
   std::string alpha;
   std::string compression;
+  std::string codec;
+  std::optional<int> quality;
+  std::string sound;
   std::optional<int> proxy;
   std::optional<double> pixelAspect;
   int jobs = 0;
@@ -40,12 +45,15 @@ struct ShotOptions {
   std::string saveScene;
   std::string progress;
   bool quiet = false;
+  bool noOverwrite = false;
+  bool overwrite = false;  // as it is without
 };
 
 struct CommandLine {
   ShotOptions shot;
   int sheetCells = 12;
   std::string infoFile;
+  bool infoAsJson = false;
 };
 
 /// A parser for every command, filling `line`, which must outlive it.  After parsing, `got_subcommand` tells

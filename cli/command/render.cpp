@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <optional>
@@ -19,6 +20,8 @@
 #include "cli/run/plan.h"
 #include "cli/run/resumption.h"
 #include "cli/scene/frame_range.h"
+#include "cli/scene/parameter_assignment.h"
+#include "cli/scene/parameter_names.h"
 #include "cli/scene/writer.h"
 
 namespace cli {
@@ -51,15 +54,47 @@ std::optional<Resumption> ResumptionOf(const ShotOptions& options, const Scene& 
   if (!options.resume) {
     return {};
   }
+  if (sink.isVideo) {
+    Refuse(ExitCode::kUsage,
+           "--resume: a video is one file and cannot be resumed; render to numbered pictures, such as -o "
+           "snow.####.png");
+  }
   Refuse(ExitCode::kUsage,
-         "--resume: a video or a single picture cannot be resumed; render to numbered pictures, such as -o "
-         "snow.####.png");
+         "--resume: '{}' is a single picture, with nothing to go on from; leave --resume out, or render to "
+         "numbered pictures, such as -o '{}'",
+         scene.output, OutputName(scene.output).SuggestedPattern().string());
 }
 
 void SaveScene(const std::filesystem::path& file, const Scene& scene, const InputFiles& inputs) {
   inputs.CheckKept(file);
   const std::string text = WriteScene(scene);
   WriteWhole(file, std::vector<std::uint8_t>(text.begin(), text.end()));
+}
+
+bool IsSet(const Scene& scene, const char* name, double value) {
+  const int index = ParameterNames(scene.parameters.List()).Find(name).index;
+  const auto& keys = scene.parameters.TrackOf(index).Keys();
+  return std::ranges::any_of(keys,
+                             [&](const minihost::Key& key) { return std::get<double>(key.value) == value; });
+}
+
+bool IsLightenedSnowAlone(const Scene& scene) {
+  constexpr double kOff = 0;
+  constexpr double kLighten = 2;
+  return IsSet(scene, kCompositeWithOriginal, kOff) && IsSet(scene, kTransferMode, kLighten);
+}
+
+void CheckNothingIsThere(const std::string& output, const std::vector<std::int32_t>& frames) {
+  const OutputName name(output);
+  for (const std::int32_t frame : frames) {
+    const std::filesystem::path file = name.ForFrame(frame);
+    std::error_code error;
+    if (std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
+      RefuseOutput(file,
+                   "it is there already, and --no-overwrite keeps what is; choose another name, or --resume "
+                   "for the frames that are missing");
+    }
+  }
 }
 
 // Takes away what an earlier run of the same output left behind when it was killed.
@@ -149,6 +184,12 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   for (const std::string& note : plan.notes) {
     messages.Note(note);
   }
+  if (IsLightenedSnowAlone(scene)) {
+    messages.Note(
+        "snow drawn in Lighten cannot be laid over the plate later: it depends on what is under it; for a "
+        "layer "
+        "that can, add --set transfer-mode=composite, in 16 bits or float");
+  }
   for (const std::string& note : sink.notes) {
     messages.Note(note);
   }
@@ -157,13 +198,27 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   const auto pathOf = [&](std::int32_t frame) { return name.ForFrame(frame).string(); };
   const std::vector<std::int32_t> done =
       options.resume ? resumption->TakeOut(job.frames) : std::vector<std::int32_t>();
+  if (options.noOverwrite) {
+    CheckNothingIsThere(scene.output, job.frames);
+  }
+  if (const std::size_t others = resumption ? resumption->OfAnotherScene(job.frames) : 0; others > 0) {
+    messages.Note(
+        fmt::format("{} of '{}' {} of another scene or input and will be replaced; to keep them, write to "
+                    "another folder or "
+                    "name, or add --no-overwrite",
+                    Frames(others), scene.output, others == 1 ? "is" : "are"));
+  }
   for (const std::int32_t frame : done) {
     messages.FrameDoneBefore(frame, pathOf(frame));
   }
 
-  const InterruptWatch watch;
   RunSummary summary;
+  std::atomic<std::size_t> left = job.frames.size();
   {
+    const GracefulEnd graceful([&] {
+      SayHowToGoOn(messages, left, resumption.has_value());
+      messages.End({.code = ExitCode::kInterrupted, .skipped = done.size(), .left = left});
+    });
     Progress progress(style, job.frames.size(), messages.Outlet());
     summary = RunPipeline(
         job, *plan.source, *sink.frames,
@@ -171,6 +226,7 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
            if (resumption && report.outcome == FrameOutcome::kWritten) {
              resumption->Note(report.frame);
            }
+           --left;
            progress.FrameDone({report.frame, StatusOf(report.outcome), pathOf(report.frame), report.reason});
          }});
   }

@@ -1,6 +1,8 @@
 #include "cli/command/scene_options.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "cli/report/choice.h"
 #include "cli/report/error.h"
@@ -11,7 +13,28 @@
 namespace cli {
 namespace {
 
-void ApplyInput(const ShotOptions& options, Scene& scene) {
+// The output may stand last without an option, as it does for other tools.
+ShotOptions WithFilesInPlace(ShotOptions options) {
+  std::vector<std::string> files(options.files.begin(), options.files.end());
+  std::erase(files, "");
+  if (options.input.empty() && !files.empty() && (options.blank.empty() || !options.output.empty())) {
+    options.input = files.front();
+    files.erase(files.begin());
+  }
+  if (options.output.empty() && !files.empty()) {
+    options.output = files.front();
+    files.erase(files.begin());
+  }
+  if (!files.empty()) {
+    Refuse(ExitCode::kUsage,
+           "'{}' is one file too many beside the input and the output '{}'; leave one of them", files.front(),
+           options.output);
+  }
+  return options;
+}
+
+void ApplyInput(const ShotOptions& given, Scene& scene) {
+  const ShotOptions options = WithFilesInPlace(given);
   if (!options.input.empty() && !options.blank.empty()) {
     Refuse(ExitCode::kUsage, "an input and --blank cannot be combined; give one of them");
   }
@@ -44,13 +67,22 @@ void ApplyTiming(const ShotOptions& options, Scene& scene) {
 
 void ApplyPicture(const ShotOptions& options, Scene& scene) {
   if (!options.depth.empty()) {
-    scene.depth = About("--depth", [&] { return ParseDepth(options.depth); });
+    scene.SetDepth(About("--depth", [&] { return ParseDepth(options.depth); }));
   }
   if (!options.alpha.empty()) {
     scene.alpha = About("--alpha", [&] { return ParseAlphaForm(options.alpha); });
   }
   if (!options.compression.empty()) {
     scene.encoding.compression = options.compression;
+  }
+  if (!options.codec.empty()) {
+    scene.encoding.codec = options.codec;
+  }
+  if (options.quality) {
+    scene.encoding.quality = About("--quality", [&] { return CheckedQuality(*options.quality); });
+  }
+  if (!options.sound.empty()) {
+    scene.encoding.sound = About("--sound", [&] { return ParseSound(options.sound); });
   }
   if (options.proxy) {
     About("--proxy", [&] { CheckProxy(*options.proxy); });
@@ -67,7 +99,10 @@ void ApplyPicture(const ShotOptions& options, Scene& scene) {
 Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, const Presets& presets) {
   Scene scene(std::move(list));
   if (!options.preset.empty()) {
-    ApplySceneFile(presets.Find(options.preset).file, scene);
+    // Of a whole scene its look alone.
+    Scene look = scene;
+    ApplySceneFile(presets.FileOf(options.preset), look);
+    scene.parameters = look.parameters;
   }
   if (!options.sceneFile.empty()) {
     ApplySceneFile(options.sceneFile, scene);

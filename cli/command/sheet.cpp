@@ -41,9 +41,10 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
   for (const std::string& note : plan.notes) {
     messages.Note(note);
   }
-  const InterruptWatch watch;
   RunSummary summary;
   {
+    const char* const interrupted = "interrupted; there is no sheet";
+    const GracefulEnd graceful([&] { messages.Say(interrupted); });
     Progress progress(StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText), job.frames.size(),
                       messages.Outlet());
     summary = RunPipeline(job, *plan.source, sheet,

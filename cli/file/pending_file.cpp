@@ -111,9 +111,10 @@ void CheckWritable(const std::filesystem::path& path) {
   }
 }
 
-PendingFile::PendingFile(const std::filesystem::path& path) : target_(TargetOf(path)) {
+PendingFile::PendingFile(const std::filesystem::path& path) : given_(path), target_(TargetOf(path)) {
   CheckWritable(target_);
   hidden_ = HiddenName(target_);
+  leftover_.emplace(hidden_.string());
   struct stat made {};
   do {
     if (descriptor_ >= 0) {
@@ -139,7 +140,7 @@ PendingFile::~PendingFile() {
 }
 
 void PendingFile::RefuseByErrno() const {
-  RefuseOutput(target_, std::generic_category().message(errno));
+  RefuseOutput(given_, std::generic_category().message(errno));
 }
 
 void PendingFile::Append(std::span<const std::uint8_t> bytes) {

@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string_view>
+
+#include "cli/report/interrupt.h"
 
 namespace cli {
 
@@ -15,7 +18,8 @@ namespace cli {
 void CheckWritable(const std::filesystem::path& path);
 
 /// An empty file beside `path` (`.name.tmp-PID.ext`) that is filled under this hidden name and gets its own
-/// in the end; locked while this object lives, and removed with it unless it was committed.  A symbolic link
+/// in the end; locked while this object lives, and removed with it, or with the process when a signal ends
+/// that, unless it was committed.  A symbolic link
 /// stays and its target is replaced; a replaced file keeps its permissions.
 ///
 /// Threads may write different paths at the same time.
@@ -40,9 +44,11 @@ class PendingFile {
  private:
   [[noreturn]] void RefuseByErrno() const;
 
+  std::filesystem::path given_;
   std::filesystem::path target_;
   std::filesystem::path hidden_;
   int descriptor_ = -1;  // until it was committed
+  std::optional<Leftover> leftover_;
 };
 
 /// Removes hidden files in `folder` that processes left behind which were killed, when `isOurs` says yes to

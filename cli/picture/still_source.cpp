@@ -56,13 +56,12 @@ SequenceSource::SequenceSource(const std::filesystem::path& path, std::optional<
        entry.increment(error)) {
     const std::string name = entry->path().filename().string();
     if (const auto number = pattern.FrameOf(name)) {
-      files_[*number] = path.has_parent_path() ? folder / name : std::filesystem::path(name);
+      files_[*number] = path.parent_path() / name;
     }
   }
   if (files_.empty()) {
-    RefuseInput(
-        path, error ? error.message()
-                    : fmt::format("there is no file such as '{}'", pattern.ForFrame(1).filename().string()));
+    RefuseInput(path, error ? error.message()
+                            : fmt::format("there is no file such as '{}'", pattern.ForFrame(1).string()));
   }
   const Picture first = ReadPicture(files_.begin()->second, depth);
   traits_ = TraitsOf(first);
@@ -83,7 +82,7 @@ std::optional<Picture> SequenceSource::Read(std::int32_t frame) {
   }
   Refuse(ExitCode::kInput, "'{}' is {} x {} pixels, but '{}' is {} x {}; all frames need one size",
          file->second.string(), picture.image.Width(), picture.image.Height(),
-         files_.begin()->second.filename().string(), traits_.width, traits_.height);
+         files_.begin()->second.string(), traits_.width, traits_.height);
 }
 
 std::filesystem::path SequenceSource::FileOf(std::int32_t frame) const {

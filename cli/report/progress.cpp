@@ -89,7 +89,8 @@ std::string FormatBar(const ProgressState& state, int width, ProgressColor color
 }
 
 std::string FormatLine(const ProgressState& state) {
-  return fmt::format("{} of {} frames, {:.1f} fps, {} left", state.done, state.total, state.FramesPerSecond(),
+  return fmt::format("{} of {} frame{}, {:.1f} fps, {} left", state.done, state.total,
+                     state.total == 1 ? "" : "s", state.FramesPerSecond(),
                      FormatDuration(SecondsLeft(state)));
 }
 

@@ -129,6 +129,11 @@ bool Manifest::IsDone(std::int32_t frame, const std::filesystem::path& file, std
          MarkOf(file) == entry->second.mark;
 }
 
+bool Manifest::IsOfAnother(std::int32_t frame, std::string_view input) const {
+  const auto entry = entries_.find(frame);
+  return entry != entries_.end() && entry->second.recipe != RecipeFor(input);
+}
+
 void Manifest::Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input) {
   const auto mark = MarkOf(file);
   if (!mark) {

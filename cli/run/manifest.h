@@ -43,6 +43,9 @@ class Manifest {
   /// for which `input` stands.
   bool IsDone(std::int32_t frame, const std::filesystem::path& file, std::string_view input) const;
 
+  /// Whether the frame was noted, and by another scene or version or from another input.
+  bool IsOfAnother(std::int32_t frame, std::string_view input) const;
+
   /// Notes that `file` is this frame, of this scene, version and input.  Throws ToolError(kOutput) when the
   /// file cannot be read back or the list cannot be written.
   void Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "cli/file/extension.h"
 #include "cli/file/pending_file.h"
 #include "cli/picture/losses.h"
 #include "cli/picture/still_sink.h"
@@ -32,12 +33,37 @@ std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
   return RangeOf(plan) ? plan.video->Sound(plan.job.frames.front(), plan.job.frames.back()) : std::nullopt;
 }
 
+// What only some files take; what they take of it, their encoders say.
+void CheckEncoding(const Scene& scene) {
+  const EncodingSettings& encoding = scene.encoding;
+  const std::string extension = LowerExtension(scene.output);
+  const bool isVideo = VideoFormatOf(scene.output).has_value();
+  const bool isJpeg = extension == ".jpg" || extension == ".jpeg";
+  if (encoding.isHalf && extension != ".exr") {
+    Refuse(ExitCode::kUsage, "depth half is for EXR, not for '{}'; write .exr, or choose depth 16 or float",
+           scene.output);
+  }
+  if (!encoding.codec.empty() && !isVideo) {
+    Refuse(ExitCode::kUsage, "codec '{}' is for videos, not for '{}'; write .mp4, .mov or .mkv",
+           encoding.codec, scene.output);
+  }
+  if (encoding.quality && !isVideo && !isJpeg) {
+    Refuse(ExitCode::kUsage, "quality {} is for JPEG and videos; '{}' keeps every bit (see --compression)",
+           *encoding.quality, scene.output);
+  }
+  if (encoding.sound != SoundWish::kAuto && !isVideo) {
+    Refuse(ExitCode::kUsage, "sound '{}' is for videos, not for '{}'; write .mp4, .mov or .mkv",
+           FormatSound(encoding.sound), scene.output);
+  }
+}
+
 }  // namespace
 
 OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles& inputs) {
   if (scene.output.empty()) {
     Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o snow.png or -o snow.mp4");
   }
+  CheckEncoding(scene);
   if (VideoFormatOf(scene.output)) {
     CheckWritable(scene.output);
     inputs.CheckKept(scene.output);
@@ -67,7 +93,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   const std::optional<FileFormat> format = PictureFormatOf(scene.output);
   if (!format) {
     Refuse(ExitCode::kUsage, "output '{}' must end in .png, .jpg, .tif, .exr, .mp4, .mov or .mkv",
-           name.ForFrame(0).filename().string());
+           scene.output);
   }
   if (!scene.encoding.compression.empty()) {
     CheckCompression(*format, scene.encoding.compression);

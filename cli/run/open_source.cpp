@@ -67,8 +67,10 @@ OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings
   auto sequence = std::make_unique<SequenceSource>(path, settings.depth);
   OpenedSource opened;
   if (const auto missing = sequence->Missing(); !missing.empty()) {
-    opened.notes.push_back(fmt::format("{} frames of '{}' are missing: {}", missing.size(),
-                                       path.filename().string(), RangesOf(missing)));
+    opened.notes.push_back(
+        fmt::format("{} of '{} missing: {}",
+                    missing.size() == 1 ? std::string("1 frame") : fmt::format("{} frames", missing.size()),
+                    path.string() + (missing.size() == 1 ? "' is" : "' are"), RangesOf(missing)));
   }
   opened.frames = std::move(sequence);
   NoteWhatIsLeftOut(opened);

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "cli/scene/writer.h"
 
 namespace cli {
@@ -45,6 +47,14 @@ std::vector<std::int32_t> Resumption::TakeOut(std::vector<std::int32_t>& frames)
     return isDone;
   });
   return done;
+}
+
+std::size_t Resumption::OfAnotherScene(const std::vector<std::int32_t>& frames) const {
+  return static_cast<std::size_t>(std::ranges::count_if(frames, [this](std::int32_t frame) {
+    const std::string& stamp = stamps_.at(frame);
+    std::error_code error;
+    return manifest_.IsOfAnother(frame, stamp) && std::filesystem::exists(name_.ForFrame(frame), error);
+  }));
 }
 
 bool Resumption::IsDone(std::int32_t frame) const {

@@ -29,6 +29,9 @@ class Resumption {
   /// Takes out the frames that are done, and returns them.
   std::vector<std::int32_t> TakeOut(std::vector<std::int32_t>& frames) const;
 
+  /// How many of the frames there are as files that were made from another scene, version or input.
+  std::size_t OfAnotherScene(const std::vector<std::int32_t>& frames) const;
+
   /// Notes that the frame's file has been written.  Throws ToolError(kOutput).
   void Note(std::int32_t frame);
 

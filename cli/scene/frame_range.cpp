@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <unordered_set>
 
 #include "cli/report/error.h"
@@ -45,6 +46,7 @@ struct Range {
   std::int32_t first;
   std::int32_t last;
   std::int32_t step = 1;
+  bool isComplement = false;  // the frames between the steps
 };
 
 Range ParseItem(std::string_view item) {
@@ -54,10 +56,8 @@ Range ParseItem(std::string_view item) {
     return {first, first};
   }
   const std::int32_t last = TakeFrame(rest, item);
-  if (last < first) {
-    RefuseItem(item, fmt::format("runs backwards (did you mean {}-{}?)", last, first));
-  }
-  if (!TakeMark(rest, 'x', item)) {
+  const bool isComplement = rest.starts_with('y');
+  if (!TakeMark(rest, isComplement ? 'y' : 'x', item)) {
     return {first, last};
   }
   const std::int32_t step = TakeFrame(rest, item);
@@ -67,7 +67,7 @@ Range ParseItem(std::string_view item) {
   if (step < 1) {
     RefuseItem(item, fmt::format("steps by {}, and the least step is 1", step));
   }
-  return {first, last, step};
+  return {first, last, step, isComplement};
 }
 
 }  // namespace
@@ -79,8 +79,13 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
     const std::size_t comma = std::min(text.find(','), text.size());
     const std::string_view item = text.substr(0, comma);
     const Range range = ParseItem(item);
-    for (std::int64_t frame = range.first; frame <= range.last; frame += range.step) {
-      const auto number = static_cast<std::int32_t>(frame);
+    const std::int64_t length = std::abs(std::int64_t{range.last} - range.first);
+    const std::int64_t stride = range.isComplement ? 1 : range.step;
+    for (std::int64_t i = 0; i <= length; i += stride) {
+      if (range.isComplement && i % range.step == 0) {
+        continue;
+      }
+      const auto number = static_cast<std::int32_t>(range.first + (range.last < range.first ? -i : i));
       if (!seen.insert(number).second) {
         continue;
       }

@@ -12,9 +12,9 @@ inline constexpr std::size_t kMaxFrames = 1'000'000;
 
 /// The frames that `text` lists, in its order, each once.
 ///
-/// A list is items with commas between them; an item is a frame `N`, an inclusive range `A-B` with A not
-/// above B, or `A-BxS`, every S-th frame of the range from A on.  Numbers may be negative (`-5--1`) and
-/// padded (`0001-0010`).  Throws ToolError(kUsage).
+/// A list is items with commas between them; an item is a frame `N`, an inclusive range `A-B`, backwards when
+/// A is above B, `A-BxS`, every S-th frame of the range from A on, or `A-ByS`, all but those.  Numbers may be
+/// negative (`-5--1`) and padded (`0001-0010`).  Throws ToolError(kUsage).
 std::vector<std::int32_t> ParseFrames(std::string_view text);
 
 /// `count` of the frames, at even distances, the first and the last among them; all when there are no more.

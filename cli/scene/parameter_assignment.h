@@ -9,6 +9,7 @@ namespace cli {
 
 // Parameters that the tool itself has a use for, by their slugs.
 inline constexpr char kCompositeWithOriginal[] = "composite-with-original";
+inline constexpr char kTransferMode[] = "transfer-mode";
 inline constexpr char kRandomSeed[] = "random-seed";
 
 /// What one option of the command line does to a parameter.

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 #include "cli/report/error.h"
 #include "cli/report/nearest_name.h"
@@ -25,10 +27,51 @@ fs::path FolderOfTool() {
   return VINTREL_PRESETS_OF_SOURCES;
 }
 
+// Empty without a home.
+fs::path FolderOfUser() {
+  const char* config = std::getenv("XDG_CONFIG_HOME");
+  if (config != nullptr && *config == '/') {
+    return fs::path(config) / "vintrel" / "presets";
+  }
+  const char* home = std::getenv("HOME");
+  return home != nullptr && *home != '\0' ? fs::path(home) / ".config" / "vintrel" / "presets" : fs::path();
+}
+
 }  // namespace
 
 Presets Presets::OfTool() {
-  return Presets(FolderOfTool());
+  Presets presets(FolderOfTool());
+  if (const fs::path own = FolderOfUser(); !own.empty()) {
+    presets.AddScenes(own);
+  }
+  return presets;
+}
+
+void Presets::AddScenes(const fs::path& folder) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+    if (entry.path().extension() != ".toml") {
+      continue;
+    }
+    const std::string id = entry.path().stem().string();
+    Preset preset{id, id, entry.path().string(), entry.path()};
+    // A scene that was saved here has no label, and one that is faulty is told of when it is asked for.
+    try {
+      const PresetLabel label = ReadPresetLabel(entry.path());
+      preset.name = label.name;
+      preset.description = label.description;
+    } catch (const ToolError&) {
+      preset.name = id;
+    }
+    std::erase_if(presets_, [&](const Preset& other) { return other.id == id; });
+    presets_.push_back(std::move(preset));
+  }
+  std::ranges::sort(presets_, {}, &Preset::id);
+}
+
+fs::path Presets::FileOf(std::string_view text) const {
+  const bool isFile = text.find('/') != text.npos || text.ends_with(".toml");
+  return isFile ? fs::path(text) : Find(text).file;
 }
 
 Presets::Presets(const fs::path& folder) {

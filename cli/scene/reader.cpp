@@ -82,9 +82,19 @@ constexpr RenderKey kRenderKeys[] = {
        scene.shutterDegrees = Number(value);
        CheckShutter(scene.shutterDegrees);
      }},
-    {"depth", [](const toml::node& value, Scene& scene) { scene.depth = ParseDepth(TextOrNumber(value)); }},
+    {"depth", [](const toml::node& value, Scene& scene) { scene.SetDepth(ParseDepth(TextOrNumber(value))); }},
     {"alpha", [](const toml::node& value, Scene& scene) { scene.alpha = ParseAlphaForm(Text(value)); }},
     {"compression", [](const toml::node& value, Scene& scene) { scene.encoding.compression = Text(value); }},
+    {"codec", [](const toml::node& value, Scene& scene) { scene.encoding.codec = Text(value); }},
+    {"quality",
+     [](const toml::node& value, Scene& scene) {
+       const auto quality = value.value_exact<std::int64_t>();
+       if (!quality) {
+         Refuse(ExitCode::kUsage, "must be a whole number, not {}", DescribeNode(value));
+       }
+       scene.encoding.quality = CheckedQuality(*quality);
+     }},
+    {"sound", [](const toml::node& value, Scene& scene) { scene.encoding.sound = ParseSound(Text(value)); }},
     {"proxy",
      [](const toml::node& value, Scene& scene) {
        const double divisor = Number(value);

@@ -6,9 +6,12 @@
 //   frames = "1-100x2"               or a number
 //   fps = "24000/1001"               or a number
 //   shutter = 180                    degrees
-//   depth = "16"                     8, 16 or float
+//   depth = "16"                     8, 16, half or float
 //   alpha = "straight"               or premultiplied
 //   compression = "none"             of pictures: rle, zip and what else the format takes
+//   codec = "hevc"                   of video
+//   quality = 20                     of JPEG and video
+//   sound = "copy"                   of video: auto, copy, aac or none
 //   proxy = 2                        1, 2 or 4
 //   pixel-aspect = 1.5
 //

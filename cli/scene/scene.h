@@ -25,6 +25,11 @@ struct Scene {
   int proxy = 1;                      // 1, 2 or 4: rendered at one over this of the size
   std::optional<double> pixelAspect;  // a pixel's width over its height; empty: the input's
   minihost::ParameterSet parameters;
+
+  void SetDepth(const DepthSetting& setting) {
+    depth = setting.depth;
+    encoding.isHalf = setting.isHalf;
+  }
 };
 
 /// Whether two scenes say the same.  A single key says as much as a constant, and how the last key leads on

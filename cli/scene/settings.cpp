@@ -19,8 +19,14 @@ constexpr double kMaxShutterDegrees = 720;
 // Beyond this it is nonsense, not anamorphic.
 constexpr double kMaxPixelAspect = 100;
 
-constexpr Choices<Depth, 3> kDepths = {
-    {Depth::kBits8, "8"}, {Depth::kBits16, "16"}, {Depth::kFloat, "float"}};
+constexpr Choices<DepthSetting, 4> kDepths = {{{Depth::kBits8, false}, "8"},
+                                              {{Depth::kBits16, false}, "16"},
+                                              {{Depth::kFloat, true}, "half"},
+                                              {{Depth::kFloat, false}, "float"}};
+constexpr Choices<SoundWish, 4> kSounds = {{SoundWish::kAuto, "auto"},
+                                           {SoundWish::kCopy, "copy"},
+                                           {SoundWish::kAac, "aac"},
+                                           {SoundWish::kNone, "none"}};
 constexpr Choices<AlphaForm, 2> kAlphaForms = {{AlphaForm::kStraight, "straight"},
                                                {AlphaForm::kPremultiplied, "premultiplied"}};
 
@@ -47,12 +53,28 @@ std::string FormatFrameSize(const FrameSize& size) {
   return fmt::format("{}x{}", size.width, size.height);
 }
 
-Depth ParseDepth(std::string_view text) {
+DepthSetting ParseDepth(std::string_view text) {
   return ParseChoice(kDepths, text);
 }
 
-std::string_view FormatDepth(Depth depth) {
-  return NameOf(kDepths, depth);
+std::string_view FormatDepth(const DepthSetting& setting) {
+  return NameOf(kDepths, setting);
+}
+
+SoundWish ParseSound(std::string_view text) {
+  return ParseChoice(kSounds, text);
+}
+
+std::string_view FormatSound(SoundWish sound) {
+  return NameOf(kSounds, sound);
+}
+
+int CheckedQuality(std::int64_t quality) {
+  constexpr std::int64_t kMostQuality = 100;
+  if (quality < 0 || quality > kMostQuality) {
+    Refuse(ExitCode::kUsage, "{} is not between 0 and {}", quality, kMostQuality);
+  }
+  return static_cast<int>(quality);
 }
 
 AlphaForm ParseAlphaForm(std::string_view text) {

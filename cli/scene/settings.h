@@ -2,6 +2,7 @@
 // ToolError(kUsage) with the value and what is possible, without the name of the option or key.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,9 +43,23 @@ struct EncodingSettings {
 FrameSize ParseFrameSize(std::string_view text);
 std::string FormatFrameSize(const FrameSize& size);
 
-/// "8", "16" or "float".
-minihost::Depth ParseDepth(std::string_view text);
-std::string_view FormatDepth(minihost::Depth depth);
+/// What is rendered in, and whether EXR holds it as half.
+struct DepthSetting {
+  minihost::Depth depth;
+  bool isHalf;
+  bool operator==(const DepthSetting&) const = default;
+};
+
+/// "8", "16", "float", or "half": rendered in float.
+DepthSetting ParseDepth(std::string_view text);
+std::string_view FormatDepth(const DepthSetting& setting);
+
+/// "auto", "copy", "aac" or "none".
+SoundWish ParseSound(std::string_view text);
+std::string_view FormatSound(SoundWish sound);
+
+/// The number, when some encoder may have it on its scale: 0 to 100.
+int CheckedQuality(std::int64_t quality);
 
 /// "straight" or "premultiplied".
 AlphaForm ParseAlphaForm(std::string_view text);

@@ -118,11 +118,20 @@ std::string RenderText(const Scene& scene) {
   }
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
   if (scene.depth) {
-    add("depth", Quoted(FormatDepth(*scene.depth)));
+    add("depth", Quoted(FormatDepth({*scene.depth, scene.encoding.isHalf})));
   }
   add("alpha", Quoted(FormatAlphaForm(scene.alpha)));
   if (!scene.encoding.compression.empty()) {
     add("compression", Quoted(scene.encoding.compression));
+  }
+  if (!scene.encoding.codec.empty()) {
+    add("codec", Quoted(scene.encoding.codec));
+  }
+  if (scene.encoding.quality) {
+    add("quality", fmt::format("{}", *scene.encoding.quality));
+  }
+  if (scene.encoding.sound != SoundWish::kAuto) {
+    add("sound", Quoted(FormatSound(scene.encoding.sound)));
   }
   add("proxy", fmt::format("{}", scene.proxy));
   if (scene.pixelAspect) {

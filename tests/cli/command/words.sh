@@ -1,5 +1,5 @@
 #!/bin/bash
-# The man page and the bash completion know the commands and options that the tool's own help lists, and no others.
+# The man page and the completions of bash, zsh and fish know the commands and options that the tool's own help lists, and no others.
 # usage: words.sh TOOL SOURCE_FOLDER
 set -eu
 tool="$1"
@@ -17,6 +17,19 @@ Completions() {
   COMP_LINE="$*" COMP_POINT=${#COMP_LINE}
   _vintrel "$tool"
   printf '%s\n' "${COMPREPLY[@]}"
+}
+
+# The same of zsh, whose helpers print here what they are told; and of fish, which knows how to ask.
+OptionsOfZsh() {
+  zsh -fc '
+    _arguments() { print -l -- "$@" }
+    _describe() { print -l -- "${(P@)2}" }
+    source "$1"
+    words=(vintrel ${=2}) CURRENT=$(($#words < 2 ? 2 : $#words)) PREFIX=$words[-1]
+    _vintrel' zsh "$2/cli/command/completion.zsh" "$1" | sed -nE 's/^(\([^)]*\))?\*?(-[a-z-]+)\[.*/\2/p; s/^([a-z]+):.*/\1/p'
+}
+OptionsOfFish() {
+  fish --no-config -c 'source $argv[1]; complete -C $argv[2]' "$2/cli/command/completion.fish" "$1" | cut -f 1
 }
 
 # In the page ".It Fl o , -output Ar file" stands for -o and --output, ".It Cm render" for a command.
@@ -41,10 +54,19 @@ every=$(OptionsOfHelp)
 ExpectSame "completion" "$(Completions 'vintrel ' | grep -v '^-')" "$commands"
 ExpectSame "completion of no command" "$(Completions 'vintrel -')" "$every"
 ExpectSame "man page" "$(CommandsOfPage)" "$commands"
+shells=""
+for shell in zsh fish; do
+  command -v "$shell" >/dev/null && shells+=" $shell" || echo "$shell is not there; its completion is not checked"
+done
+if [[ $shells == *zsh* ]]; then
+  ExpectSame "zsh" "$(OptionsOfZsh '' "$2" || true)" "$commands"
+fi
 for command in $commands; do
   options=$(OptionsOfHelp "$command")
   ExpectSame "completion of $command" "$(Completions "vintrel $command -")" "$options"
   every+=$'\n'$options
+  [[ $shells != *zsh* ]] || ExpectSame "zsh of $command" "$(OptionsOfZsh "$command -" "$2")" "$options"
+  [[ $shells != *fish* ]] || ExpectSame "fish of $command" "$(OptionsOfFish "vintrel $command -" "$2")" "$options"
 done
 ExpectSame "man page" "$(OptionsOfPage)" "$every"
 exit $failed

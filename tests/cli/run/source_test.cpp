@@ -86,11 +86,9 @@ TEST(SequenceSource, RefusesWhatDoesNotFit) {
   cli::SequenceSource sequence(folder / "p.####.png", Depth::kBits16);
   EXPECT_EQ(sequence.Traits().firstFrame, -1);
   EXPECT_EQ(sequence.Read(-1)->image.PixelDepth(), Depth::kBits16);
-  ExpectError(ExitCode::kInput, "p.0000.png' is 4 x 3 pixels, but 'p.-0001.png' is 4 x 2",
-              [&] { sequence.Read(0); });
+  ExpectError(ExitCode::kInput, "p.-0001.png' is 4 x 2; all frames need one size", [&] { sequence.Read(0); });
   ExpectError(ExitCode::kInput, "p.0001.png", [&] { sequence.Read(1); });
-  ExpectError(ExitCode::kInput, "there is no file such as 'q.0001.png'",
-              [&] { cli::SequenceSource(folder / "q.#.png"); });
+  ExpectError(ExitCode::kInput, "q.0001.png'", [&] { cli::SequenceSource(folder / "q.#.png"); });
   ExpectError(ExitCode::kInput, "No such file", [&] { cli::SequenceSource(folder / "no/q.#.png"); });
   ExpectError(ExitCode::kUsage, "more than one place", [&] { cli::OpenSource(folder / "q.#.#.png"); });
 }
@@ -112,7 +110,7 @@ TEST(OpenSource, DecidesByWhatTheFileIs) {
                  Plain(4, 2, static_cast<std::uint8_t>(frame)));
   }
   auto sequence = cli::OpenSource(folder / "s.@.tif", {Depth::kFloat});
-  EXPECT_THAT(sequence.notes, ElementsAre(HasSubstr("3 frames of 's.@.tif' are missing: 3-4, 6")));
+  EXPECT_THAT(sequence.notes, ElementsAre(HasSubstr("s.@.tif' are missing: 3-4, 6")));
   EXPECT_EQ(sequence.frames->Traits().depth, Depth::kFloat);
 
   std::ofstream(folder / "junk.mov") << "this is no video";

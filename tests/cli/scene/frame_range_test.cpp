@@ -20,15 +20,16 @@ TEST(Frames, AreListedInOrderEachOnce) {
   EXPECT_EQ(cli::ParseFrames("1-1000000").size(), cli::kMaxFrames);
   EXPECT_THAT(cli::ParseFrames("1-10x5,2,3-9x2"), ElementsAre(1, 6, 2, 3, 5, 7, 9));
   EXPECT_THAT(cli::ParseFrames("-4--1x2,7-7x100"), ElementsAre(-4, -2, 7));
+  EXPECT_THAT(cli::ParseFrames("1-10y3,0--1"), ElementsAre(2, 3, 5, 6, 8, 9, 0, -1));
+  EXPECT_THAT(cli::ParseFrames("10-0x4,7-4y3,5-9y1"), ElementsAre(10, 6, 2, 5));
   EXPECT_THAT(cli::ParseFrames("2147483646-2147483647x2147483647"), ElementsAre(2147483646));
 }
 
 TEST(Frames, RefuseWhatIsNotAList) {
   for (const char* text : {"", ",", "1,", "1-", "-", "--1", "a", "1-2-3", "1..3", "1 - 2", "+1", "1.5", "5x2",
-                           "1-9x", "1-9x2x2", "1-9y2", "1-9 x2", "1x2-9"}) {
+                           "1-9x", "1-9x2x2", "1-9y", "1-9y2x2", "1-9 x2", "1x2-9"}) {
     ExpectError(ExitCode::kUsage, "is not a frame", [&] { cli::ParseFrames(text); });
   }
-  ExpectError(ExitCode::kUsage, "did you mean 0-47?", [] { cli::ParseFrames("5,47-0"); });
   ExpectError(ExitCode::kUsage, "2147483648", [] { cli::ParseFrames("2147483648"); });
   ExpectError(ExitCode::kUsage, "more than 1000000", [] { cli::ParseFrames("0-2147483647"); });
   ExpectError(ExitCode::kUsage, "more than 1000000", [] { cli::ParseFrames("0-2147483647x2"); });

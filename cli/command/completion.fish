@@ -1,0 +1,55 @@
+# Fish completion of vintrel: commands, options, and their values.  The names of presets and parameters come from
+# the tool itself.
+
+complete -c vintrel -f
+complete -c vintrel -s h -l help -d 'Print help'
+complete -c vintrel -n __fish_use_subcommand -l version -d 'Print the version'
+complete -c vintrel -n __fish_use_subcommand -a render -d 'Draw snow on a picture, a sequence or a video'
+complete -c vintrel -n __fish_use_subcommand -a sheet -d 'Render a few frames of a shot into one picture'
+complete -c vintrel -n __fish_use_subcommand -a info -d 'Say what the tool sees in a file'
+complete -c vintrel -n __fish_use_subcommand -a presets -d 'List the looks that --preset takes'
+complete -c vintrel -n __fish_use_subcommand -a params -d 'List the parameters that --set takes'
+complete -c vintrel -n __fish_use_subcommand -a about -d 'Say what the effect says about itself'
+
+function __vintrel_params
+    vintrel params 2>/dev/null | awk -F '  +' -v mark=$argv[1] 'NR > 1 { print $3 mark }'
+end
+
+set -l files '__fish_seen_subcommand_from render sheet info'
+set -l shot '__fish_seen_subcommand_from render sheet'
+set -l render '__fish_seen_subcommand_from render'
+complete -c vintrel -n $files -F
+complete -c vintrel -n $shot -s i -l input -r -F -d 'The input'
+complete -c vintrel -n $shot -s o -l output -r -F -d 'What to write'
+complete -c vintrel -n $shot -l blank -x -a '1280x720 1920x1080 3840x2160' -d 'A transparent input of this size'
+complete -c vintrel -n $shot -l scene -r -F -d 'Take all of it from a scene file'
+complete -c vintrel -n $shot -l preset -r -F -a "(vintrel presets 2>/dev/null | awk '{ print \$1 }')" -d 'A look'
+complete -c vintrel -n $shot -l set -x -a '(__vintrel_params =)' -d 'Set a parameter'
+complete -c vintrel -n $shot -l key -x -a '(__vintrel_params @)' -d 'Keys of a parameter'
+complete -c vintrel -n $shot -l seed -x -d 'Another arrangement of flakes'
+complete -c vintrel -n $shot -l only-snow -d 'Snow alone, on a transparent background'
+complete -c vintrel -n $shot -l frames -x -d 'The frames to render'
+complete -c vintrel -n $shot -s r -l fps -x -a '23.976 24 25 29.97 30 50 59.94 60' -d 'Frames a second'
+complete -c vintrel -n $shot -l shutter -x -d 'Motion blur'
+complete -c vintrel -n $shot -l depth -x -a '8 16 half float' -d 'What to render in'
+complete -c vintrel -n $shot -l alpha -x -a 'straight premultiplied' -d 'Alpha of video'
+complete -c vintrel -n $shot -l compression -x -a 'none rle zip zips packbits lzw piz pxr24 b44 b44a dwaa dwab' \
+    -d 'Of pictures'
+complete -c vintrel -n $shot -l codec -x -a 'h264 hevc prores ffv1' -d 'Of video'
+complete -c vintrel -n $shot -l quality -x -d 'Of JPEG and video'
+complete -c vintrel -n $shot -l sound -x -a 'auto copy aac none' -d 'Of video'
+complete -c vintrel -n $shot -l proxy -x -a '2 4' -d 'Render at 1/N of the size'
+complete -c vintrel -n $shot -l pixel-aspect -x -d 'A pixel\'s width over its height'
+complete -c vintrel -n $shot -l jobs -x -d 'Frames at the same time'
+complete -c vintrel -n $shot -l missing -x -a 'error skip black' -d 'For gaps in a sequence'
+complete -c vintrel -n $shot -s q -l quiet -d 'No progress, no closing line'
+complete -c vintrel -n $render -l part -x -d 'One share of the frames'
+complete -c vintrel -n $render -l resume -d 'Leave out frames that are done'
+complete -c vintrel -n $render -l keep-going -d 'Go on after a frame that fails'
+complete -c vintrel -n $render -l no-overwrite -d 'Refuse to replace files'
+complete -c vintrel -n $render -s y -l overwrite -d 'Replace files'
+complete -c vintrel -n $render -l progress -x -a 'text json' -d 'For people or programs'
+complete -c vintrel -n $render -l save-scene -r -F -d 'Write down what was asked for'
+complete -c vintrel -n $render -l dry-run -d 'Print the scene and the plan'
+complete -c vintrel -n '__fish_seen_subcommand_from sheet' -l count -x -d 'Pictures on the sheet'
+complete -c vintrel -n '__fish_seen_subcommand_from info' -l json -d 'As one JSON object'
