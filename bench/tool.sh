@@ -1,5 +1,6 @@
 #!/bin/sh
-# Times the whole tool: its start, one frame, and a sequence of 24 frames with the effect's share of it.
+# Times the whole tool: its start, one frame, and sequences and a video of 24 frames, with the effect's share of
+# them and what ffmpeg takes, where it is there, to encode the same frames with the same settings.
 #   bench/tool.sh path/to/vintrel [PICTURE] [ROUNDS]
 # PICTURE is the example street of 1920 x 1080 unless given.  Figures are medians of the rounds; the share is
 # of processor time (by GNU time), which other work on the machine disturbs less.
@@ -31,6 +32,18 @@ timed() {
 # rendered NAME OUTPUT FRAMES FLAKES
 rendered() { timed "$1" "$tool" render "$picture" -q -o "$out/$2" --frames "$3" --set flakes="$4"; }
 
+# encoded FORMAT: what the tool has written, read and encoded again by ffmpeg.
+encoded() {
+  case "$1" in
+    png) set -- png -start_number 24 -i "$out/s.%04d.png" -compression_level 6 -start_number 24 "$out/f.%04d.png" ;;
+    exr) set -- exr -start_number 24 -i "$out/s.%04d.exr" -compression zip16 -format half "$out/f.%04d.exr" ;;
+    mkv) set -- mkv -i "$out/s.mkv" -c:v ffv1 "$out/f.mkv" ;;
+  esac
+  format="$1"
+  shift
+  timed "$format.ffmpeg" ffmpeg -nostdin -v error -y "$@"
+}
+
 median() { sort -n "$out/$1" | sed -n "$(((rounds + 1) / 2))p"; }
 
 # The forms take turns.
@@ -41,6 +54,11 @@ while [ "$round" -lt "$rounds" ]; do
   for format in png exr; do
     rendered "$format.snow" "s.####.$format" 24-47 10000
     rendered "$format.none" "n.####.$format" 24-47 0
+  done
+  rendered mkv.snow s.mkv 24-47 10000
+  rendered mkv.none n.mkv 24-47 0
+  ! command -v ffmpeg >/dev/null || for format in png exr mkv; do
+    encoded "$format"
   done
   round=$((round + 1))
 done
@@ -58,10 +76,13 @@ done
 
 printf 'start (--version)  %8.1f ms\n' "$(median start.wall)"
 printf 'one frame          %8.1f ms\n' "$(median one.wall)"
-for format in png exr; do
+for format in png exr mkv; do
   awk -v frames="$frames" -v format="$format" -v wall="$(median "$format.snow.wall")" \
     -v snow="$(median "$format.snow.cpu")" -v none="$(median "$format.none.cpu")" 'BEGIN {
       printf "%d frames, %s     %8.1f frames/s; of %.1f ms of processor time each, snow takes %.1f ms (%.0f %%)\n",
         frames, format, frames * 1000 / wall, snow / frames, (snow - none) / frames, (snow - none) * 100 / snow
+    }'
+  [ ! -f "$out/$format.ffmpeg.cpu" ] || awk -v frames="$frames" -v cpu="$(median "$format.ffmpeg.cpu")" 'BEGIN {
+      printf "    ffmpeg, read and encoded again: %.1f ms of processor time each\n", cpu / frames
     }'
 done
