@@ -37,6 +37,17 @@ std::vector<Fact> FactsOf(const OpenedSource& opened) {
     const std::string rate = fmt::format("{}/{}", traits.rate->timeScale, traits.rate->timeStep);
     facts.push_back({"rate", rate + " frames a second", rate});
   }
+  const auto add = [&](const auto& pairs) {
+    for (const auto& [name, text] : pairs) {
+      facts.push_back({name, text, text});
+    }
+  };
+  if (opened.video != nullptr) {
+    add(opened.video->About());
+  }
+  if (traits.extras) {
+    add(traits.extras->facts);
+  }
   return facts;
 }
 
@@ -56,16 +67,6 @@ std::string DescribeInput(const std::string& path, InfoForm form) {
   std::vector<std::vector<std::string>> rows;
   for (const Fact& fact : facts) {
     rows.push_back({"", fact.name, fact.text});  // indented by the empty column
-  }
-  if (opened.video != nullptr) {
-    for (const auto& [name, value] : opened.video->About()) {
-      add(name.c_str(), value);
-    }
-  }
-  if (traits.extras) {
-    for (const auto& [name, value] : traits.extras->facts) {
-      add(name.c_str(), value);
-    }
   }
   for (const std::string& note : opened.notes) {
     rows.push_back({"", "note", note});
