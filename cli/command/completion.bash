@@ -59,7 +59,7 @@ _vintrel_value() {
 
 _vintrel() {
   local commands='render sheet info presets params about'
-  local flags='--help --only-snow --quiet -h -q'
+  local flags='--help --only-snow --retime --quiet -h -q'
   local values='--input --blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
     --compression --codec --quality --sound --proxy --pixel-aspect --jobs --missing -i -o -r'
   local render_flags='--resume --keep-going --no-overwrite --overwrite --dry-run -y' render_values='--part --progress --save-scene'

@@ -38,6 +38,7 @@ complete -c vintrel -n $shot -l compression -x -a 'none rle zip zips packbits lz
 complete -c vintrel -n $shot -l codec -x -a 'h264 hevc prores ffv1' -d 'Of video'
 complete -c vintrel -n $shot -l quality -x -d 'Of JPEG and video'
 complete -c vintrel -n $shot -l sound -x -a 'auto copy aac none' -d 'Of video'
+complete -c vintrel -n $shot -l retime -d 'Of video: the picture shown at each moment'
 complete -c vintrel -n $shot -l proxy -x -a '2 4' -d 'Render at 1/N of the size'
 complete -c vintrel -n $shot -l pixel-aspect -x -d 'A pixel\'s width over its height'
 complete -c vintrel -n $shot -l jobs -x -d 'Frames at the same time'

@@ -35,6 +35,7 @@ _vintrel() {
     '--only-snow[snow alone, on a transparent background]'
     '--frames[the frames to render]:list:'
     '(-r --fps)'{-r,--fps}'[frames a second]:rate:(23.976 24 25 29.97 30 50 59.94 60)'
+    '--retime[of video: the picture shown at each moment]'
     '--shutter[motion blur]:degrees:'
     '--depth[what to render in]:depth:(8 16 half float)'
     '--alpha[alpha of video]:kind:(straight premultiplied)'

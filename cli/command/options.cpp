@@ -77,6 +77,7 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
       .add_option("-r,--fps", options.fps,
                   "Frames a second: 24, 23.976, 30000/1001 (default: the input's, or 24)")
       ->type_name("RATE");
+  command.add_flag("--retime", options.retime, "Of video: at --fps, the picture shown at each moment");
   command.add_option("--shutter", options.shutterDegrees, "Motion blur, 1 to 720 degrees (default 180)")
       ->type_name("DEGREES")
       ->check(CheckNumber<double>);

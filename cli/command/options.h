@@ -28,6 +28,7 @@ struct ShotOptions {
   std::string frames;
   std::string part;
   std::string fps;
+  bool retime = false;
   std::optional<double> shutterDegrees;
   std::string depth;
   std::string alpha;

@@ -84,6 +84,7 @@ void ApplyPicture(const ShotOptions& options, Scene& scene) {
   if (!options.sound.empty()) {
     scene.encoding.sound = About("--sound", [&] { return ParseSound(options.sound); });
   }
+  scene.retime = scene.retime || options.retime;
   if (options.proxy) {
     About("--proxy", [&] { CheckProxy(*options.proxy); });
     scene.proxy = *options.proxy;

@@ -22,12 +22,26 @@ bool IsOff(const minihost::ParameterSet& parameters, const char* name) {
   return std::get<double>(parameters.At(index, 0)) == 0;
 }
 
+std::optional<FrameRate> RetimedOf(const Scene& scene) {
+  if (!scene.retime) {
+    return {};
+  }
+  if (scene.fps.empty()) {
+    Refuse(ExitCode::kUsage, "retime needs a frame rate; add one, such as --fps 25");
+  }
+  return ParseFrameRate(scene.fps);
+}
+
 void OpenInput(const Scene& scene, RenderPlan& plan) {
   if (scene.blank) {
     const minihost::Depth depth = scene.depth.value_or(minihost::Depth::kBits8);
     plan.source = std::make_unique<BlankSource>(*scene.blank, depth);
   } else if (!scene.input.empty()) {
-    OpenedSource opened = OpenSource(scene.input, {.depth = scene.depth, .videoAlpha = scene.alpha});
+    OpenedSource opened = OpenSource(
+        scene.input, {.depth = scene.depth, .videoAlpha = scene.alpha, .retimed = RetimedOf(scene)});
+    if (scene.retime && opened.video == nullptr) {
+      Refuse(ExitCode::kUsage, "retime is for videos, and '{}' is none; leave it out", scene.input);
+    }
     plan.source = std::move(opened.frames);
     plan.video = opened.video;
     plan.notes = std::move(opened.notes);

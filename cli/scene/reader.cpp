@@ -77,6 +77,14 @@ constexpr RenderKey kRenderKeys[] = {
        scene.fps = TextOrNumber(value);
        ParseFrameRate(scene.fps);
      }},
+    {"retime",
+     [](const toml::node& value, Scene& scene) {
+       const auto retime = value.value_exact<bool>();
+       if (!retime) {
+         Refuse(ExitCode::kUsage, "must be true or false, not {}", DescribeNode(value));
+       }
+       scene.retime = *retime;
+     }},
     {"shutter",
      [](const toml::node& value, Scene& scene) {
        scene.shutterDegrees = Number(value);

@@ -5,6 +5,7 @@
 //   output = "snow.####.png"
 //   frames = "1-100x2"               or a number
 //   fps = "24000/1001"               or a number
+//   retime = true                    of video: at fps, the picture shown at each moment
 //   shutter = 180                    degrees
 //   depth = "16"                     8, 16, half or float
 //   alpha = "straight"               or premultiplied

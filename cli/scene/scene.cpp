@@ -37,8 +37,9 @@ bool SameParameters(const minihost::ParameterSet& one, const minihost::Parameter
 }
 
 auto RenderSettings(const Scene& scene) {
-  return std::tie(scene.input, scene.blank, scene.output, scene.frames, scene.fps, scene.shutterDegrees,
-                  scene.depth, scene.alpha, scene.encoding, scene.proxy, scene.pixelAspect);
+  return std::tie(scene.input, scene.blank, scene.output, scene.frames, scene.fps, scene.retime,
+                  scene.shutterDegrees, scene.depth, scene.alpha, scene.encoding, scene.proxy,
+                  scene.pixelAspect);
 }
 
 }  // namespace

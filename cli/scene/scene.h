@@ -18,6 +18,7 @@ struct Scene {
   std::string output;                      // a path or a pattern
   std::string frames;                      // as ParseFrames reads it; empty: the input's, or frame 0
   std::string fps;                         // as ParseFrameRate reads it; empty: the input's, or 24
+  bool retime = false;                     // of a video: the picture shown at each moment, at `fps`
   double shutterDegrees = 180;             // 1..720
   std::optional<minihost::Depth> depth;    // empty: the input's
   AlphaForm alpha = AlphaForm::kStraight;  // of a video; pictures say it themselves

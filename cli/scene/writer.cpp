@@ -116,6 +116,9 @@ std::string RenderText(const Scene& scene) {
   if (!scene.fps.empty()) {
     add("fps", Quoted(scene.fps));
   }
+  if (scene.retime) {
+    add("retime", "true");
+  }
   add("shutter", fmt::format("{}  # degrees", scene.shutterDegrees));
   if (scene.depth) {
     add("depth", Quoted(FormatDepth({*scene.depth, scene.encoding.isHalf})));

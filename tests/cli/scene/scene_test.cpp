@@ -219,6 +219,7 @@ class RandomScene {
     }
     if (Chance()) {
       scene.encoding.compression = "none";
+      scene.retime = true;
     }
     scene.proxy = 1 << Whole(0, 2);
     if (Chance()) {
