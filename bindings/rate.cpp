@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace bindings {
@@ -38,7 +37,7 @@ Rate NearestRate(double framesPerSecond) {
 
 double MostFrames(const Rate& rate) {
   constexpr double kDay = 24.0 * 60 * 60 * 60;  // at 60 frames a second
-  return std::min(kDay, std::numeric_limits<std::int32_t>::max() / rate.timeStep - 2.0);
+  return std::min(kDay, std::floor(2147483647.0 / rate.timeStep) - 2.0);
 }
 
 }  // namespace bindings

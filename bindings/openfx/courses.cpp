@@ -120,10 +120,11 @@ std::shared_ptr<const Courses> Store::FindCourses(std::int64_t frame, const Host
     edits = edits_;
   }
   const auto length = [](const Known& one) {
-    return one.courses->empty()
-               ? 0
-               : std::ranges::max(*one.courses | std::views::values |
-                                  std::views::transform([](const auto& v) { return v.size(); }));
+    std::size_t longest = 0;
+    for (const auto& course : *one.courses) {
+      longest = std::max(longest, course.second.size());
+    }
+    return longest;
   };
   known.sort([&](const Known& a, const Known& b) { return length(a) > length(b); });
   for (const Known& one : known) {

@@ -65,6 +65,7 @@ std::string DescribeInput(const std::string& path, InfoForm form) {
     return JsonLine(object);
   }
   std::vector<std::vector<std::string>> rows;
+  rows.reserve(facts.size() + opened.notes.size());
   for (const Fact& fact : facts) {
     rows.push_back({"", fact.name, fact.text});  // indented by the empty column
   }

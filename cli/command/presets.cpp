@@ -5,6 +5,7 @@ namespace cli {
 
 std::string PresetTable(const std::vector<Preset>& presets) {
   std::vector<std::vector<std::string>> rows;
+  rows.reserve(presets.size());
   for (const Preset& preset : presets) {
     rows.push_back({preset.id, preset.name, preset.description});
   }

@@ -28,7 +28,7 @@ std::string Text(const toml::node& node) {
 }
 
 std::string ReadLine(const toml::node& node) {
-  const std::string text = Text(node);
+  std::string text = Text(node);
   if (text.find('\n') != text.npos) {
     Refuse(ExitCode::kUsage, "must be one line");
   }
@@ -130,7 +130,9 @@ void ApplyRender(const toml::table& section, Scene& scene) {
       RefuseAt(key->source(), "[render] has no key '{}'{}; it takes {}", key->str(),
                SuggestNearest(key->str(), names), fmt::join(names, ", "));
     }
-    At(value->source(), [&] { About(key->str(), [&] { known->apply(*value, scene); }); });
+    // Bindings may be captured by name only, as far as one of our compilers is concerned.
+    At(value->source(),
+       [&, &key = key, &value = value] { About(key->str(), [&] { known->apply(*value, scene); }); });
   }
 }
 
@@ -141,8 +143,9 @@ PresetLabel ReadLabel(const toml::table& section) {
     if (key->str() != "name" && key->str() != "description") {
       RefuseAt(key->source(), "[preset] has no key '{}'; it takes name and description", key->str());
     }
-    const std::string text =
-        At(value->source(), [&] { return About(key->str(), [&] { return ReadLine(*value); }); });
+    const std::string text = At(value->source(), [&key = key, &value = value] {
+      return About(key->str(), [&] { return ReadLine(*value); });
+    });
     (key->str() == "name" ? label.name : label.description) = text;
   }
   return label;

@@ -142,7 +142,7 @@ void VideoReader::NoteWhatIsIgnored() {
                     static_cast<double>(traits_.rate->timeScale) / traits_.rate->timeStep));
   }
   if (!index.Damage().empty()) {
-    notes_.push_back("the file " + Damage());
+    notes_.push_back("the file " + VideoReader::Damage());
   }
 }
 

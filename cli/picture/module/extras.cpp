@@ -7,7 +7,7 @@
 
 // As in OpenImageIO/tiffutils.h, which would want the headers of the TIFF library as well.
 OIIO_NAMESPACE_BEGIN
-OIIO_API void encode_exif(const ImageSpec& spec, std::vector<char>& blob);
+OIIO_API void encode_exif(const ImageSpec& spec, std::vector<char>& blob);  // NOLINT: their name
 OIIO_NAMESPACE_END
 
 namespace cli {
