@@ -31,7 +31,7 @@ TEST(FrameSource, IsBlankInAnyDepthAndReducedByItsProxy) {
       EXPECT_TRUE(picture->image.PixelDepth() == depth && proxy.Traits().depth == depth);
       EXPECT_TRUE(picture->image.Width() == width && proxy.Traits().width == width);
       EXPECT_TRUE(picture->image.Height() == height && proxy.Traits().height == height);
-      minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
+      minihost::WithPixel(depth, [&, &width = width, &height = height]<class Pixel>(Pixel) {
         const Pixel last = picture->image.Row<Pixel>(height - 1)[static_cast<std::size_t>(width - 1)];
         EXPECT_TRUE(last.alpha == 0 && last.red == 0 && last.green == 0 && last.blue == 0);
       });

@@ -157,7 +157,7 @@ TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
                                      {"zip:10", "zip:9"},
                                      {"zip:", "is not possible"},
                                      {"zip:-1", "is not possible"}}) {
-      ExpectError(ExitCode::kUsage, part, [&] { cli::CheckCompression(format, text); });
+      ExpectError(ExitCode::kUsage, part, [&, &text = text] { cli::CheckCompression(format, text); });
     }
   }
 }
