@@ -10,7 +10,7 @@ namespace {
 
 using minihost::Depth;
 
-// How the host and the effect count a channel.
+// How the host and the effect count a channel.  Like PixelType of the effect, which bindings may not include.
 template <class Pixel>
 struct Way;
 template <>

@@ -11,8 +11,8 @@
 namespace {
 
 // The steps are NextFlake's, in its order, each value computed for every lane and then chosen.  What a loop
-// reads of the record it reads into locals first: a store to a lane might change the record, as far as the
-// compiler knows.
+// reads of the record it reads into locals first, alike in every step: a store to a lane might change the
+// record, as far as the compiler knows.
 
 // States before each lane's flake in the first batch.
 Lanes<std::uint32_t> FirstLanes(std::int32_t seed, std::uint32_t draws) {

@@ -3,7 +3,7 @@
 
 #include "effect/render/frame/record.h"
 
-/// DrawFlakes for any record.
+/// DrawFlakes for any record.  The three loops declare their three depths alike, each for itself.
 template <class T>
 PF_Err DrawFlakesPlainly(const FrameSetup<T>& frame);
 
