@@ -1,106 +1,13 @@
 #include "bindings/openfx/picture.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <type_traits>
+
+#include "bindings/openfx/row.h"
 
 namespace openfx {
 namespace {
 
 using minihost::Depth;
-
-// How the host and the effect count a channel.  Like PixelType of the effect, which bindings may not include.
-template <class Pixel>
-struct Way;
-template <>
-struct Way<PF_Pixel> {
-  using Sample = std::uint8_t;
-  static constexpr std::uint32_t kHostWhite = 255;
-  static constexpr std::uint32_t kWhite = 255;
-};
-template <>
-struct Way<PF_Pixel16> {
-  using Sample = std::uint16_t;
-  static constexpr std::uint32_t kHostWhite = 65535;
-  static constexpr std::uint32_t kWhite = 32768;
-};
-template <>
-struct Way<PF_PixelFloat> {
-  using Sample = float;
-};
-
-// round(value * to / from), halves up; exact at both ends.
-constexpr std::uint32_t Scale(std::uint32_t value, std::uint32_t from, std::uint32_t to) {
-  return from == to ? std::min(value, to) : (std::min(value, from) * to + from / 2) / from;
-}
-static_assert(Scale(65535, 65535, 32768) == 32768 && Scale(32768, 32768, 65535) == 65535 &&
-              Scale(0, 65535, 32768) == 0);
-
-// Where alpha is 0 a premultiplied color is light without a surface: it passes as it is.  In whole numbers it
-// cannot be told from a flake too faint for an alpha of 1, which leaves no light.
-float Straight(float color, float alpha) {
-  return alpha != 0 ? color / alpha : color;
-}
-float Premultiplied(float color, float alpha) {
-  return alpha != 0 ? color * alpha : color;
-}
-
-template <class Pixel>
-Pixel FromHost(const std::byte* bytes, Alpha kind) {
-  using Sample = typename Way<Pixel>::Sample;
-  Sample host[4];
-  std::memcpy(host, bytes, sizeof host);
-  if constexpr (std::is_same_v<Sample, float>) {
-    const float alpha = kind == Alpha::kOpaque ? 1 : host[3];
-    if (kind == Alpha::kPremultiplied) {
-      return {alpha, Straight(host[0], alpha), Straight(host[1], alpha), Straight(host[2], alpha)};
-    }
-    return {alpha, host[0], host[1], host[2]};
-  } else {
-    constexpr std::uint32_t kHostWhite = Way<Pixel>::kHostWhite;
-    const std::uint32_t alpha = kind == Alpha::kOpaque ? kHostWhite : host[3];
-    const auto channel = [&](std::uint32_t value) {
-      // Straight: round(color * white / alpha).
-      if (kind == Alpha::kPremultiplied && alpha != 0) {
-        value = Scale(value, alpha, kHostWhite);
-      }
-      return static_cast<Sample>(Scale(value, kHostWhite, Way<Pixel>::kWhite));
-    };
-    return {static_cast<Sample>(Scale(alpha, kHostWhite, Way<Pixel>::kWhite)), channel(host[0]),
-            channel(host[1]), channel(host[2])};
-  }
-}
-
-// An opaque picture is what shows on black.
-template <class Pixel>
-void ToHost(const Pixel& pixel, Alpha kind, std::byte* bytes) {
-  using Sample = typename Way<Pixel>::Sample;
-  Sample host[4];
-  if constexpr (std::is_same_v<Sample, float>) {
-    const auto channel = [&](float color) {
-      return kind == Alpha::kStraight        ? color
-             : kind == Alpha::kPremultiplied ? Premultiplied(color, pixel.alpha)
-                                             : color * pixel.alpha;
-    };
-    host[0] = channel(pixel.red);
-    host[1] = channel(pixel.green);
-    host[2] = channel(pixel.blue);
-    host[3] = kind == Alpha::kOpaque ? 1 : pixel.alpha;
-  } else {
-    constexpr std::uint32_t kHostWhite = Way<Pixel>::kHostWhite;
-    const std::uint32_t alpha = Scale(pixel.alpha, Way<Pixel>::kWhite, kHostWhite);
-    const auto channel = [&](std::uint32_t color) {
-      color = Scale(color, Way<Pixel>::kWhite, kHostWhite);
-      return static_cast<Sample>(kind == Alpha::kStraight ? color : Scale(color, kHostWhite, alpha));
-    };
-    host[0] = channel(pixel.red);
-    host[1] = channel(pixel.green);
-    host[2] = channel(pixel.blue);
-    host[3] = static_cast<Sample>(kind == Alpha::kOpaque ? kHostWhite : alpha);
-  }
-  std::memcpy(bytes, host, sizeof host);
-}
 
 Alpha AlphaOf(const std::string& text) {
   return text == "OfxImageAlphaPremultiplied" ? Alpha::kPremultiplied
@@ -124,6 +31,12 @@ Depth DepthOf(const Properties& picture) {
     return Depth::kFloat;
   }
   throw ActionError{kErrImageFormat, "Vintrel draws on 8 and 16 bits and on float, not on " + depth};
+}
+
+/// What lies in `part` of a row of `layer`.
+template <class Pixel>
+std::span<Pixel> PartOf(std::span<Pixel> row, const Rect& layer, const Rect& part) {
+  return row.subspan(static_cast<std::size_t>(part.x1 - layer.x1), static_cast<std::size_t>(part.Width()));
 }
 
 }  // namespace
@@ -184,11 +97,7 @@ void Picture::CopyTo(minihost::Image& image, const Rect& layer) const {
   minihost::WithPixel(depth_, [&](auto pixel) {
     using Pixel = decltype(pixel);
     for (int y = part.y1; y < part.y2; ++y) {
-      const std::span<Pixel> row = image.Row<Pixel>(layer.y2 - 1 - y);
-      const std::byte* from = PixelAt(part.x1, y);
-      for (int x = part.x1; x < part.x2; ++x, from += sizeof(Pixel)) {
-        row[static_cast<std::size_t>(x - layer.x1)] = FromHost<Pixel>(from, alpha_);
-      }
+      ReadRow<Pixel>(PixelAt(part.x1, y), alpha_, PartOf(image.Row<Pixel>(layer.y2 - 1 - y), layer, part));
     }
   });
 }
@@ -198,11 +107,7 @@ void Picture::CopyFrom(const minihost::Image& image, const Rect& layer, const Re
   minihost::WithPixel(depth_, [&](auto pixel) {
     using Pixel = decltype(pixel);
     for (int y = part.y1; y < part.y2; ++y) {
-      const std::span<const Pixel> row = image.Row<Pixel>(layer.y2 - 1 - y);
-      std::byte* to = PixelAt(part.x1, y);
-      for (int x = part.x1; x < part.x2; ++x, to += sizeof(Pixel)) {
-        ToHost<Pixel>(row[static_cast<std::size_t>(x - layer.x1)], alpha_, to);
-      }
+      WriteRow<Pixel>(PartOf(image.Row<Pixel>(layer.y2 - 1 - y), layer, part), alpha_, PixelAt(part.x1, y));
     }
   });
 }

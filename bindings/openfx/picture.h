@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "bindings/openfx/host.h"
+#include "bindings/openfx/row.h"
 #include "minihost/picture/image.h"
 
 namespace openfx {
@@ -23,8 +24,6 @@ Rect Intersection(const Rect& a, const Rect& b);
 
 /// Four ints of a property.
 Rect RectOf(const Properties& properties, const char* name);
-
-enum class Alpha { kStraight, kPremultiplied, kOpaque };
 
 /// A picture on loan from a clip at a time; handed back at the end of its scope.
 class Picture {
