@@ -129,7 +129,9 @@ OfxStatus Act(std::string_view action, const Suites& suites, OfxImageEffectHandl
     Render(suites, effect, inArgs);
   } else if (action == "OfxActionLoad") {
     TheEffect();
-  } else if (action != "OfxActionUnload" && action != "OfxActionDestroyInstance") {
+  } else if (action == "OfxActionPurgeCaches" || action == "OfxActionUnload") {
+    FreeSpareMemory();
+  } else if (action != "OfxActionDestroyInstance") {
     return kReplyDefault;
   }
   return kOk;

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <string>
 
 #include "bindings/openfx/courses.h"
 #include "bindings/openfx/parameters.h"
 #include "bindings/openfx/picture.h"
+#include "bindings/openfx/spare_images.h"
 #include "bindings/rate.h"
 #include "hostapi/commands.h"
 #include "minihost/instance.h"
@@ -21,6 +23,11 @@ using minihost::Image;
 Store& TheStore() {
   static Store store;
   return store;
+}
+
+SpareImages& TheSpareImages() {
+  static SpareImages images;
+  return images;
 }
 
 /// The fraction nearest to a ratio, of the smallest numbers that come within a millionth: 16/15 for 1.066667.
@@ -163,6 +170,10 @@ void NoteEdit() {
   TheStore().NoteEdit();
 }
 
+void FreeSpareMemory() {
+  TheSpareImages().Clear();
+}
+
 void Render(const Suites& suites, OfxImageEffectHandle effect, const Properties& arguments) {
   const double time = arguments.Double("OfxPropTime", 0);
   const Picture output(suites, effect, "Output", time);
@@ -181,10 +192,14 @@ void Render(const Suites& suites, OfxImageEffectHandle effect, const Properties&
   }
   // Without a source it snows on a layer with nothing on it.
   const bool isCovered = source.IsThere() && source.Bounds().Contains(layer);
-  Image input(layer.Width(), layer.Height(), output.PixelDepth(),
-              isCovered ? minihost::Clearing::kNone : minihost::Clearing::kTransparentBlack);
+  BorrowedImage borrowedInput(TheSpareImages(), layer.Width(), layer.Height(), output.PixelDepth());
+  BorrowedImage borrowedOutput(TheSpareImages(), layer.Width(), layer.Height(), output.PixelDepth());
+  Image& input = *borrowedInput;
+  Image& rendered = *borrowedOutput;
+  if (!isCovered) {
+    std::memset(input.Data(), 0, input.RowBytes() * static_cast<std::size_t>(input.Height()));
+  }
   source.CopyTo(input, layer);
-  Image rendered(layer.Width(), layer.Height(), output.PixelDepth(), minihost::Clearing::kNone);
 
   const HostParameters host(suites, effect, TheEffect()->Parameters());
   Watch watch(suites, effect);

@@ -16,4 +16,7 @@ void Render(const Suites& suites, OfxImageEffectHandle effect, const Properties&
 /// The next renders read all values again.
 void NoteEdit();
 
+/// What is kept of pictures between renders.
+void FreeSpareMemory();
+
 }  // namespace openfx
