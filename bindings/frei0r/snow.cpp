@@ -1,6 +1,7 @@
 #include "bindings/frei0r/snow.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -23,11 +24,16 @@ TimeUnit UnitOf(double setting) {
   return setting >= 1.0 / 3 ? TimeUnit::kSeconds : TimeUnit::kAuto;
 }
 
+// The effect has alpha first: as whole pixels, which the compiler takes many at once, that is a rotation.
+static_assert(std::endian::native == std::endian::little);
+
 void ReadRows(const std::uint8_t* in, Image& image) {
   for (int row = 0; row < image.Height(); ++row) {
     for (PF_Pixel& pixel : image.Row<PF_Pixel>(row)) {
-      pixel = {in[3], in[0], in[1], in[2]};
-      in += sizeof pixel;
+      std::uint32_t word;
+      std::memcpy(&word, in, sizeof word);
+      pixel = std::bit_cast<PF_Pixel>(std::rotl(word, 8));
+      in += sizeof word;
     }
   }
 }
@@ -35,9 +41,9 @@ void ReadRows(const std::uint8_t* in, Image& image) {
 void WriteRows(const Image& image, std::uint8_t* out) {
   for (int row = 0; row < image.Height(); ++row) {
     for (const PF_Pixel& pixel : image.Row<PF_Pixel>(row)) {
-      const std::uint8_t bytes[] = {pixel.red, pixel.green, pixel.blue, pixel.alpha};
-      std::memcpy(out, bytes, sizeof bytes);
-      out += sizeof bytes;
+      const std::uint32_t word = std::rotr(std::bit_cast<std::uint32_t>(pixel), 8);
+      std::memcpy(out, &word, sizeof word);
+      out += sizeof word;
     }
   }
 }
