@@ -5,7 +5,12 @@
 
 template <class T>
 PF_Err DrawFlakes(const FrameSetup<T>& frame) {
-  return CanDrawFast(frame) ? DrawFlakesFast(frame, BestCpuPath()) : DrawFlakesPlainly(frame);
+  if (CanDrawFast(frame)) {
+    if (const std::optional<PF_Err> status = DrawFlakesFast(frame, BestCpuPath())) {
+      return *status;
+    }
+  }
+  return DrawFlakesPlainly(frame);
 }
 
 template PF_Err DrawFlakes(const FrameSetup<PF_Pixel>&);

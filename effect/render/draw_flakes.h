@@ -7,8 +7,8 @@
 /// when the host answers with an interruption; the flakes up to then stay in the picture.  Returns the result
 /// of the last sample or progress call, or 0 when there was none.
 ///
-/// Takes the fast loop where CanDrawFast, on the widest CPU path of the machine, and the plain one elsewhere;
-/// throws std::bad_alloc without memory for it.
+/// Takes the fast loop where CanDrawFast, on the widest CPU path of the machine, and the plain one elsewhere
+/// and without memory for the fast one.
 template <class T>
 PF_Err DrawFlakes(const FrameSetup<T>& frame);
 

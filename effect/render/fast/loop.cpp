@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
 
 #include "effect/pixel/fast/blend_list.h"
 #include "effect/render/fast/scratch.h"
@@ -74,6 +75,16 @@ bool RoundsRootsCorrectly(double (*root)(double)) {
   return std::ranges::all_of(kHardest, [root](const auto& hard) { return root(hard.square) == hard.root; });
 }
 
+// Null without memory.
+template <class T>
+std::unique_ptr<BatchScratch<T>> MakeScratch(const FrameSetup<T>& frame) {
+  try {
+    return std::make_unique<BatchScratch<T>>(frame);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 
 template <class T>
@@ -90,8 +101,11 @@ bool CanDrawFast(const FrameSetup<T>& frame) {
 }
 
 template <class T>
-PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
-  const auto scratch = std::make_unique<BatchScratch<T>>(frame);
+std::optional<PF_Err> DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
+  const std::unique_ptr<BatchScratch<T>> scratch = MakeScratch(frame);
+  if (scratch == nullptr) {
+    return std::nullopt;
+  }
   FlakeBatch& batch = scratch->batch;
   PF_Err status = PF_Err_NONE;
   constexpr std::int64_t kFlakes = kLanes;
@@ -115,6 +129,6 @@ PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path) {
 template bool CanDrawFast(const FrameSetup<PF_Pixel>&);
 template bool CanDrawFast(const FrameSetup<PF_Pixel16>&);
 template bool CanDrawFast(const FrameSetup<PF_PixelFloat>&);
-template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
-template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
-template PF_Err DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);
+template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
+template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
+template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);

@@ -1,6 +1,8 @@
 // The flake loop by batches: the calls of the host and the bits of the picture are those of the plain loop.
 #pragma once
 
+#include <optional>
+
 #include "effect/pixel/fast/cpu_path.h"
 #include "effect/render/frame/record.h"
 
@@ -10,13 +12,14 @@
 template <class T>
 bool CanDrawFast(const FrameSetup<T>& frame);
 
-/// DrawFlakes for frames that CanDrawFast, on a path that the machine supports.  Throws std::bad_alloc.
+/// DrawFlakes for frames that CanDrawFast, on a path that the machine supports.  Nothing, and nothing done,
+/// without memory for the batches.
 template <class T>
-PF_Err DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path);
+std::optional<PF_Err> DrawFlakesFast(const FrameSetup<T>& frame, CpuPath path);
 
 extern template bool CanDrawFast(const FrameSetup<PF_Pixel>&);
 extern template bool CanDrawFast(const FrameSetup<PF_Pixel16>&);
 extern template bool CanDrawFast(const FrameSetup<PF_PixelFloat>&);
-extern template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
-extern template PF_Err DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
-extern template PF_Err DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);
+extern template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_Pixel>&, CpuPath);
+extern template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_Pixel16>&, CpuPath);
+extern template std::optional<PF_Err> DrawFlakesFast(const FrameSetup<PF_PixelFloat>&, CpuPath);
