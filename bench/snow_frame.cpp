@@ -152,7 +152,9 @@ void SnowFrame<T>::Fill() {
   record_.sampleFn = Sample<T>;
   SetFieldGeometry(record_, view);
   SetFlakeColor(record_, ReadColor(record_));
-  SetTravel(record_, IntegrateMotion(record_, SequenceState()));
+  MotionSums sums;
+  IntegrateMotion(record_, SequenceState(), sums);
+  SetTravel(record_, sums);
   SetSeeds(record_);
   record_.illumWorld = &lightWorld_;
   SetShutterMotion(record_);

@@ -27,15 +27,28 @@ void AddWeighted(MotionSums& sums, const MotionSums& sample, double weight) {
   sums.frequency += weight * sample.frequency;
 }
 
-MotionSums IntegrateFromStart(const FrameField& frame) {
+PF_Err AskAbort(const FrameField& frame) {
+  return frame.inData->inter.abort(frame.inData->effect_ref);
+}
+
+// Between two questions whether to go on, some ten milliseconds of samples: a time that a host never meant
+// takes minutes to reach.
+constexpr std::int64_t kFramesToAbortCheck = 1 << 16;
+
+PF_Err IntegrateFromStart(const FrameField& frame, MotionSums& sums) {
   const double layerFrames = static_cast<double>(frame.renderTime) / static_cast<double>(frame.localTimeStep);
   const double wholeFrames = std::floor(layerFrames);
   const double fraction = layerFrames - wholeFrames;
 
-  MotionSums sums;
+  sums = {};
   std::int32_t time = 0;
   const auto last = static_cast<std::int64_t>(wholeFrames);
   for (std::int64_t i = 0; i <= last; ++i) {
+    if (i != 0 && i % kFramesToAbortCheck == 0) {
+      if (const PF_Err interrupted = AskAbort(frame); interrupted != PF_Err_NONE) {
+        return interrupted;
+      }
+    }
     AddWeighted(sums, SampleMotion(frame, time, frame.localTimeStep), 1.0);
     time = WrapAdd(time, frame.localTimeStep);
   }
@@ -44,18 +57,18 @@ MotionSums IntegrateFromStart(const FrameField& frame) {
     time = WrapAdd(time, frame.localTimeStep);
     AddWeighted(sums, SampleMotion(frame, time, frame.localTimeStep), fraction);
   }
-  return sums;
+  return PF_Err_NONE;
 }
 
 }  // namespace
 
-MotionSums IntegrateMotion(const FrameField& frame, const SequenceState& cached) {
+PF_Err IntegrateMotion(const FrameField& frame, const SequenceState& cached, MotionSums& sums) {
   if (WrapSubtract(frame.renderTime, frame.localTimeStep) != cached.cachedTime) {
-    return IntegrateFromStart(frame);
+    return IntegrateFromStart(frame, sums);
   }
-  MotionSums sums = {cached.speedSum, cached.windSum, cached.frequencySum};
+  sums = {cached.speedSum, cached.windSum, cached.frequencySum};
   AddWeighted(sums, SampleMotion(frame, frame.renderTime, frame.timeStep), 1.0);
-  return sums;
+  return PF_Err_NONE;
 }
 
 void SetTravel(FrameField& frame, const MotionSums& sums) {
@@ -65,9 +78,12 @@ void SetTravel(FrameField& frame, const MotionSums& sums) {
 }
 
 PF_Err ContinueMotion(const Fxenv& env, FrameField& frame) {
-  const MotionSums sums = IntegrateMotion(frame, ReadSequenceState(env.outData->sequence_data));
-  if (const PF_Err interrupted = env.inData->inter.abort(env.inData->effect_ref);
-      interrupted != PF_Err_NONE) {
+  MotionSums sums;
+  const SequenceState cached = ReadSequenceState(env.outData->sequence_data);
+  if (const PF_Err interrupted = IntegrateMotion(frame, cached, sums); interrupted != PF_Err_NONE) {
+    return interrupted;
+  }
+  if (const PF_Err interrupted = AskAbort(frame); interrupted != PF_Err_NONE) {
     return interrupted;
   }
   SequenceState state;

@@ -13,11 +13,13 @@ struct MotionSums {
   double frequency = 0.0;
 };
 
-/// The sums at the render time.  When the render follows `cached` by exactly one layer frame they continue
-/// from it with one sample each; otherwise they are taken anew from time 0, three samples for each layer
-/// frame, plus a share of a later sample for a time between frames.  The two agree where the time is on a
-/// layer frame and the parameters have not been edited between.
-MotionSums IntegrateMotion(const FrameField& frame, const SequenceState& cached);
+/// Sets `sums` to those at the render time.  When the render follows `cached` by exactly one layer frame they
+/// continue from it with one sample each; otherwise they are taken anew from time 0, three samples for each
+/// layer frame, plus a share of a later sample for a time between frames.  The two agree where the time is on
+/// a layer frame and the parameters have not been edited between.
+///
+/// Returns the host's status when it cancels the render: of many layer frames it is asked now and then.
+PF_Err IntegrateMotion(const FrameField& frame, const SequenceState& cached, MotionSums& sums);
 
 /// Sets the travel up to the frame, and `wigglePhase` in cycles.
 void SetTravel(FrameField& frame, const MotionSums& sums);
