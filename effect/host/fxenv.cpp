@@ -21,8 +21,12 @@ class SuiteLoan {
     acquired_ = basic_.AcquireSuite(name_, version_, &suite_) == 0;
   }
   ~SuiteLoan() {
-    if (suite_ != nullptr) {
+    if (suite_ == nullptr) {
+      return;
+    }
+    try {
       basic_.ReleaseSuite(name_, version_);
+    } catch (...) {  // the result of a release does not count either
     }
   }
   SuiteLoan(const SuiteLoan&) = delete;
@@ -44,9 +48,10 @@ PF_PixelFormat Fxenv::PixelFormat() {
   if (pixelFormat != PF_PixelFormat_INVALID || output == nullptr) {
     return pixelFormat;
   }
-  const SuiteLoan worlds(*inData->pica_basicP, kPFWorldSuite, 2);
-  if (worlds.Get() != nullptr) {
-    static_cast<const PF_WorldSuite2*>(worlds.Get())->PF_GetPixelFormat(output, &pixelFormat);
+  const SuiteLoan loan(*inData->pica_basicP, kPFWorldSuite, 2);
+  const auto* const worlds = static_cast<const PF_WorldSuite2*>(loan.Get());
+  if (worlds != nullptr && worlds->PF_GetPixelFormat != nullptr) {
+    worlds->PF_GetPixelFormat(output, &pixelFormat);
   } else {
     const bool deep = (output->world_flags & PF_WorldFlag_DEEP) != 0;
     pixelFormat = deep ? PF_PixelFormat_ARGB64 : PF_PixelFormat_ARGB32;

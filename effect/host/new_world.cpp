@@ -1,5 +1,7 @@
 #include "effect/host/new_world.h"
 
+#include <utility>
+
 PF_Err FX_NewWorld::New(int width, int height, PF_PixelFormat pixelFormat, bool clear) {
   if (const PF_Err error = Dispose(); error != PF_Err_NONE) {
     return error;
@@ -22,15 +24,20 @@ PF_Err FX_NewWorld::New(int width, int height, PF_PixelFormat pixelFormat, bool 
   return error;
 }
 
+FX_NewWorld::~FX_NewWorld() {
+  try {
+    Dispose();
+  } catch (...) {  // the result does not count either
+  }
+}
+
 PF_Err FX_NewWorld::Dispose() {
   if (!allocated) {
     return PF_Err_NONE;
   }
-  const PF_ProgPtr effect = env->inData->effect_ref;
-  const PF_Err error = format == PF_PixelFormat_ARGB128
-                           ? env->suites.WorldSuite2()->PF_DisposeWorld(effect, &world)
-                           : env->suites.WorldSuite1()->dispose_world(effect, &world);
-  world = {};
   allocated = false;
-  return error;
+  PF_EffectWorld held = std::exchange(world, PF_EffectWorld{});
+  const PF_ProgPtr effect = env->inData->effect_ref;
+  return format == PF_PixelFormat_ARGB128 ? env->suites.WorldSuite2()->PF_DisposeWorld(effect, &held)
+                                          : env->suites.WorldSuite1()->dispose_world(effect, &held);
 }

@@ -8,7 +8,8 @@
 class FX_NewWorld {
  public:
   explicit FX_NewWorld(Fxenv& environment) : env(&environment) {}
-  ~FX_NewWorld() { Dispose(); }
+  /// As Dispose; what the host throws ends here.
+  ~FX_NewWorld();
   FX_NewWorld(const FX_NewWorld&) = delete;
   FX_NewWorld& operator=(const FX_NewWorld&) = delete;
 
@@ -20,7 +21,8 @@ class FX_NewWorld {
   /// Null while nothing is held.
   PF_LayerDef* Layer() { return allocated && world.data != nullptr ? &world : nullptr; }
 
-  /// Gives the world back and returns the host's status; 0 when nothing is held.
+  /// Gives the world back and returns the host's status; 0 when nothing is held.  Nothing is held afterwards,
+  /// whatever the host returns or throws.
   PF_Err Dispose();
 
  private:

@@ -49,9 +49,15 @@ PF_Err PreRender(PF_InData* in_data, PF_OutData* /*out_data*/, PF_PreRenderExtra
 
   const AEGP_SuiteHandler suites(in_data->pica_basicP);
   const PF_HandleSuite1& handles = *suites.HandleSuite1();
-  const auto dispose = [&handles](PF_Handle handle) { handles.host_dispose_handle(handle); };
-  std::unique_ptr<void*, decltype(dispose)> handle(handles.host_new_handle(sizeof(PreRenderGeometry)),
-                                                   dispose);
+  const auto dispose = [&handles](PF_Handle handle) {
+    try {
+      handles.host_dispose_handle(handle);
+    } catch (...) {  // on the way out, where nothing may be thrown
+    }
+  };
+  // A failed check-out is followed by no render, which would take the geometry.
+  std::unique_ptr<void*, decltype(dispose)> handle(
+      error == PF_Err_NONE ? handles.host_new_handle(sizeof(PreRenderGeometry)) : nullptr, dispose);
   void* const memory = handle != nullptr ? handles.host_lock_handle(handle.get()) : nullptr;
   if (memory != nullptr) {
     const PreRenderGeometry geometry = GeometryOf(inResult);

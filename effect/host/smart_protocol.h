@@ -7,7 +7,8 @@
 
 /// Asks for the input over exactly the requested rectangle, reports the rectangles that the render will
 /// produce (neither widened for flakes that enter from outside), and leaves a PreRenderGeometry in
-/// `pre_render_data`.  Returns the check-out's status; without memory for the geometry the render step fails.
+/// `pre_render_data`.  Returns the check-out's status, and leaves nothing there when it failed; without
+/// memory for the geometry the render step fails.
 PF_Err PreRender(PF_InData* in_data, PF_OutData* out_data, PF_PreRenderExtra* extra);
 
 /// Grows `dst` to cover `src`.  An empty `dst` becomes a copy of `src`, even of an empty one.

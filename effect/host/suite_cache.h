@@ -9,9 +9,9 @@
 #include "hostapi/suites.h"
 
 /// Acquires a suite the first time it is asked for and holds it until the cache is destroyed, which releases
-/// every suite under the name and version it was acquired with.  A suite that the host cannot supply, or one
-/// that the catalogue does not know, throws the plain integer PF_Err_BAD_CALLBACK_PARAM; the entry turns that
-/// into the command's result.
+/// every suite under the name and version it was acquired with.  A suite that the host cannot supply, one
+/// that lacks an operation which the effect needs of it, or one that the catalogue does not know, throws the
+/// plain integer PF_Err_BAD_CALLBACK_PARAM; the entry turns that into the command's result.
 ///
 /// A cache belongs to one command on one thread.
 class AEGP_SuiteHandler {
@@ -22,18 +22,27 @@ class AEGP_SuiteHandler {
   AEGP_SuiteHandler(const AEGP_SuiteHandler&) = delete;
   AEGP_SuiteHandler& operator=(const AEGP_SuiteHandler&) = delete;
 
-  const PF_HandleSuite1* HandleSuite1() const { return Cached<PF_HandleSuite1, kHandleSlot>(); }
-  const PF_WorldSuite1* WorldSuite1() const { return Cached<PF_WorldSuite1, kWorldSlot1>(); }
-  const PF_WorldSuite2* WorldSuite2() const { return Cached<PF_WorldSuite2, kWorldSlot2>(); }
-  const PF_ParamUtilsSuite1* ParamUtilsSuite1() const {
-    return Cached<PF_ParamUtilsSuite1, kParamUtilsSlot>();
+  const PF_HandleSuite1* HandleSuite1() const {
+    return Cached<kHandleSlot>(&PF_HandleSuite1::host_new_handle, &PF_HandleSuite1::host_lock_handle,
+                               &PF_HandleSuite1::host_dispose_handle);
   }
-  const PF_Sampling8Suite1* Sampling8Suite1() const { return Cached<PF_Sampling8Suite1, kSampling8Slot>(); }
+  const PF_WorldSuite1* WorldSuite1() const {
+    return Cached<kWorldSlot1>(&PF_WorldSuite1::new_world, &PF_WorldSuite1::dispose_world);
+  }
+  const PF_WorldSuite2* WorldSuite2() const {
+    return Cached<kWorldSlot2>(&PF_WorldSuite2::PF_NewWorld, &PF_WorldSuite2::PF_DisposeWorld);
+  }
+  const PF_ParamUtilsSuite1* ParamUtilsSuite1() const {
+    return Cached<kParamUtilsSlot>(&PF_ParamUtilsSuite1::PF_UpdateParamUI);
+  }
+  const PF_Sampling8Suite1* Sampling8Suite1() const {
+    return Cached<kSampling8Slot>(&PF_Sampling8Suite1::subpixel_sample);
+  }
   const PF_Sampling16Suite1* Sampling16Suite1() const {
-    return Cached<PF_Sampling16Suite1, kSampling16Slot>();
+    return Cached<kSampling16Slot>(&PF_Sampling16Suite1::subpixel_sample16);
   }
   const PF_SamplingFloatSuite1* SamplingFloatSuite1() const {
-    return Cached<PF_SamplingFloatSuite1, kSamplingFloatSlot>();
+    return Cached<kSamplingFloatSlot>(&PF_SamplingFloatSuite1::subpixel_sample_float);
   }
 
   /// Any suite of the catalogue, by the slot that FindSuite names.
@@ -43,8 +52,9 @@ class AEGP_SuiteHandler {
   void* LoadSuite(const char* name, std::int32_t version) const;
   void ReleaseSuite(const char* name, std::int32_t version) const;
 
-  /// Releases what the slots hold without clearing them; the destructor is its only caller.
-  void ReleaseAllSuites() const;
+  /// Releases what the slots hold without clearing them; the destructor is its only caller.  An exception of
+  /// the host's ends there: the suites after it are released all the same.
+  void ReleaseAllSuites() const noexcept;
 
   [[noreturn]] void MissingSuiteError() const;
 
@@ -57,10 +67,15 @@ class AEGP_SuiteHandler {
   static constexpr std::size_t kSampling16Slot = FindSuite(kPFSampling16Suite, 1);
   static constexpr std::size_t kSamplingFloatSlot = FindSuite(kPFSamplingFloatSuite, 1);
 
-  template <class Table, std::size_t slot>
-  const Table* Cached() const {
+  // The suite of a slot, with all of the operations named.
+  template <std::size_t slot, class Table, class... Functions>
+  const Table* Cached(Functions Table::*... needed) const {
     static_assert(slot < kSuiteCatalogue.size());
-    return static_cast<const Table*>(Suite(slot));
+    const auto* const table = static_cast<const Table*>(Suite(slot));
+    if (((table->*needed == nullptr) || ...)) {
+      MissingSuiteError();
+    }
+    return table;
   }
 
   const SPBasicSuite* basicSuite;                                       // never null

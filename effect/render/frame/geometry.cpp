@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "effect/host/pre_render_geometry.h"
 
@@ -13,11 +14,11 @@ PF_Err SetFrameExtent(Fxenv& env, FrameField& frame) {
       return PF_Err_OUT_OF_MEMORY;
     }
     const PF_HandleSuite1* const handles = env.suites.HandleSuite1();
-    const PF_Handle handle = static_cast<PF_Handle>(preRenderData);
+    // Out of the record before it is disposed of, so that nobody finds a handle there that is gone.
+    const auto handle = static_cast<PF_Handle>(std::exchange(preRenderData, nullptr));
     PreRenderGeometry geometry;
     std::memcpy(&geometry, *handle, sizeof geometry);
     handles->host_dispose_handle(handle);
-    preRenderData = nullptr;
 
     frame.frameWidth = geometry.extentWidth * scale.xScaleInv;
     frame.frameHeight = geometry.extentHeight * scale.yScaleInv;
