@@ -10,14 +10,15 @@
 #include "cli/picture/still_sink.h"
 #include "cli/picture/writer.h"
 #include "cli/report/error.h"
-#include "cli/video/writer.h"
+#include "cli/video/format.h"
+#include "cli/video/sink.h"
 
 namespace cli {
 namespace {
 
 // The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
 // first to the last when none is left out between.
-std::optional<SoundRange> RangeOf(const RenderPlan& plan) {
+std::optional<FileRange> RangeOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
   if (plan.video == nullptr || frames.empty()) {
     return {};
@@ -29,7 +30,7 @@ std::optional<SoundRange> RangeOf(const RenderPlan& plan) {
   return plan.video->Range(frames.front(), frames.back());
 }
 
-std::optional<SoundRange> SoundOf(const RenderPlan& plan) {
+std::optional<FileRange> SoundOf(const RenderPlan& plan) {
   return RangeOf(plan) ? plan.video->Sound(plan.job.frames.front(), plan.job.frames.back()) : std::nullopt;
 }
 
@@ -81,7 +82,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                                 .sound = SoundOf(plan),
                                 .carried = RangeOf(plan),
                                 .encoding = scene.encoding};
-    auto video = std::make_unique<VideoWriter>(scene.output, traits);
+    auto video = std::make_unique<VideoSink>(scene.output, traits);
     std::vector<std::string> notes = video->Notes();
     return {std::move(video), true, std::move(notes)};
   }

@@ -77,8 +77,9 @@ OpenedSource OpenSequence(const std::filesystem::path& path, const InputSettings
   return opened;
 }
 
-OpenedSource OpenVideo(const std::filesystem::path& path, const InputSettings& settings) {
-  auto video = std::make_unique<VideoReader>(path, settings.depth, settings.videoAlpha, settings.retimed);
+OpenedSource OpenClip(const std::filesystem::path& path, const InputSettings& settings) {
+  auto video =
+      OpenVideo(path, {.depth = settings.depth, .alpha = settings.videoAlpha, .retimed = settings.retimed});
   OpenedSource opened;
   opened.notes = video->Notes();
   if (video->IsStill()) {
@@ -101,7 +102,7 @@ OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& 
   // The reader of pictures has the words for what is not a file.
   if (isFile && !LooksLikePicture(path)) {
     try {
-      return OpenVideo(path, settings);
+      return OpenClip(path, settings);
     } catch (const ToolError&) {
       if (!IsNamedLikePicture(path)) {
         throw;

@@ -9,7 +9,7 @@
 
 #include "cli/frames/source.h"
 #include "cli/scene/settings.h"
-#include "cli/video/reader.h"
+#include "cli/video/source.h"
 
 namespace cli {
 
@@ -21,7 +21,7 @@ struct InputSettings {
 
 struct OpenedSource {
   std::unique_ptr<FrameSource> frames;
-  const VideoReader* video = nullptr;  // `frames` when it is a video: for its tags and its sound
+  const VideoSource* video = nullptr;  // `frames` when it is a video: for its tags and its sound
   std::vector<std::string> notes{};    // for the user
 };
 

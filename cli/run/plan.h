@@ -8,13 +8,13 @@
 #include "cli/frames/source.h"
 #include "cli/run/pipeline.h"
 #include "cli/scene/scene.h"
-#include "cli/video/reader.h"
+#include "cli/video/source.h"
 
 namespace cli {
 
 struct RenderPlan {
   std::unique_ptr<FrameSource> source;
-  const VideoReader* video = nullptr;  // the source, or what lies under it, when it is a video
+  const VideoSource* video = nullptr;  // the source, or what lies under it, when it is a video
   SourceTraits traits;                 // of the source as it is rendered
   FrameRate rate;
   bool takesAll = false;           // every frame that the input has, none named

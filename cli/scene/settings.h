@@ -32,7 +32,7 @@ enum class SoundWish {
 /// How the files that a render makes are encoded.  Empty: as the format does it by itself.
 struct EncodingSettings {
   std::string compression{};     // of pictures (cli/picture/writer.h)
-  std::string codec{};           // of video (cli/video/writer.h)
+  std::string codec{};           // of video (cli/video/format.h)
   std::optional<int> quality{};  // of JPEG, and the encoder's own constant-quality scale of video
   SoundWish sound = SoundWish::kAuto;
   bool isHalf = false;  // samples of EXR in half precision, whatever the input has

@@ -11,8 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "cli/video/reader.h"
-#include "cli/video/writer.h"
+#include "cli/video/module/reader.h"
+#include "cli/video/sink.h"
 #include "tests/support/cli/temporary_folder.h"
 
 /// What the shell command prints; fails the test when the command does.
@@ -56,7 +56,7 @@ inline cli::VideoTraits TraitsFrom(const cli::VideoReader& video) {
           source.pixelAspect, *source.rate,  video.Tags(), video.Sound(0, *source.lastFrame)};
 }
 
-inline void WriteFrames(cli::VideoReader& video, cli::VideoWriter& writer, std::int32_t first,
+inline void WriteFrames(cli::VideoReader& video, cli::VideoSink& writer, std::int32_t first,
                         std::int32_t last) {
   for (std::int32_t frame = first; frame <= last; ++frame) {
     const auto picture = video.Read(frame);
@@ -68,16 +68,16 @@ inline void WriteFrames(cli::VideoReader& video, cli::VideoWriter& writer, std::
 /// Reads a video and writes it with nothing drawn.
 inline void CopyVideo(const std::filesystem::path& from, const std::filesystem::path& to,
                       std::optional<minihost::Depth> depth = {}) {
-  cli::VideoReader video(from, depth);
-  cli::VideoWriter writer(to, TraitsFrom(video));
+  cli::VideoReader video(from, {.depth = depth});
+  cli::VideoSink writer(to, TraitsFrom(video));
   WriteFrames(video, writer, 0, *video.Traits().lastFrame);
   writer.Finish();
 }
 
 /// Between the colours of frame 5 of two videos, in codes of 255.
 inline double MeanDifference(const std::filesystem::path& a, const std::filesystem::path& b) {
-  const auto first = cli::VideoReader(a, minihost::Depth::kBits8).Read(5);
-  const auto second = cli::VideoReader(b, minihost::Depth::kBits8).Read(5);
+  const auto first = cli::VideoReader(a, {.depth = minihost::Depth::kBits8}).Read(5);
+  const auto second = cli::VideoReader(b, {.depth = minihost::Depth::kBits8}).Read(5);
   double sum = 0;
   for (int row = 0; row < first->image.Height(); ++row) {
     const auto others = second->image.Row<PF_Pixel>(row);

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/pixels_in.h"
-#include "cli/video/pixels_out.h"
+#include "cli/video/module/pixels_in.h"
+#include "cli/video/module/pixels_out.h"
 
 namespace {
 

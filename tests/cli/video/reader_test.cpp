@@ -1,5 +1,5 @@
 // Video in: the right frame, upright, in its colours, and words for what is wrong with the file.
-#include "cli/video/reader.h"
+#include "cli/video/module/reader.h"
 
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
@@ -152,7 +152,7 @@ TEST_F(VideoRead, ShowsThePictureOfEachMoment) {
   MakeClip(clip,
            "-f lavfi -i \"nullsrc=s=64x48:r=10:d=2,geq=16+9*N:128:128,select='lt(n,10)+not(mod(n,2))'\" "
            "-vsync vfr -c:v ffv1 -pix_fmt yuv420p -metadata title=Street");
-  VideoReader video(clip, {}, {}, cli::FrameRate{20, 1});
+  VideoReader video(clip, {.retimed = cli::FrameRate{20, 1}});
   EXPECT_TRUE(video.HasVaryingRate());
   EXPECT_NEAR(*video.Traits().lastFrame, 38, 1);
   EXPECT_EQ(video.Traits().rate->timeScale, 20);

@@ -1,5 +1,5 @@
 // Video out: exact pixels, tags that others read, whole files, sound.
-#include "cli/video/writer.h"
+#include "cli/video/sink.h"
 
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
@@ -10,6 +10,7 @@
 #include <csignal>
 #include <fstream>
 
+#include "cli/video/format.h"
 #include "tests/cli/video/clip.h"
 #include "tests/support/cli/expect_error.h"
 
@@ -17,8 +18,8 @@ namespace {
 
 using cli::ExitCode;
 using cli::VideoReader;
+using cli::VideoSink;
 using cli::VideoTraits;
-using cli::VideoWriter;
 using minihost::Depth;
 using testing::AllOf;
 using testing::Contains;
@@ -105,7 +106,7 @@ TEST_F(VideoWrite, AppearsWholeOrNotAtAll) {
     SCOPED_TRACE(name);
     std::ofstream(folder_ / name) << "old";
     {
-      VideoWriter writer(folder_ / name, traits);
+      VideoSink writer(folder_ / name, traits);
       WriteFrames(video, writer, 0, 5);
     }
     EXPECT_EQ(ReadAll(folder_ / name), "old");
@@ -115,7 +116,7 @@ TEST_F(VideoWrite, AppearsWholeOrNotAtAll) {
     const rlimit tiny{40'000, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tiny), 0);
     ExpectError(ExitCode::kOutput, std::string(name) + "': File too large", [&] {
-      VideoWriter writer(folder_ / name, traits);
+      VideoSink writer(folder_ / name, traits);
       WriteFrames(video, writer, 0, 9);
       writer.Finish();
     });
@@ -125,10 +126,10 @@ TEST_F(VideoWrite, AppearsWholeOrNotAtAll) {
   }
   EXPECT_THAT(folder_.Names(), ElementsAre("a.mkv", "a.mov", "a.mp4", "clip.mkv"));
 
-  ExpectError(ExitCode::kUsage, ".mp4, .mov or .mkv", [&] { VideoWriter(folder_ / "a.avi", traits); });
-  ExpectError(ExitCode::kOutput, "mkdir", [&] { VideoWriter(folder_ / "no/a.mkv", traits); });
+  ExpectError(ExitCode::kUsage, ".mp4, .mov or .mkv", [&] { VideoSink(folder_ / "a.avi", traits); });
+  ExpectError(ExitCode::kOutput, "mkdir", [&] { VideoSink(folder_ / "no/a.mkv", traits); });
   traits.width = 127;
-  ExpectError(ExitCode::kOutput, "127 x 128; crop", [&] { VideoWriter(folder_ / "b.mp4", traits); });
+  ExpectError(ExitCode::kOutput, "127 x 128; crop", [&] { VideoSink(folder_ / "b.mp4", traits); });
   EXPECT_THAT(folder_.Names(), ElementsAre("a.mkv", "a.mov", "a.mp4", "clip.mkv"));
 }
 
@@ -143,7 +144,7 @@ TEST_F(VideoWrite, CarriesTheSoundOfItsFrames) {
     SCOPED_TRACE(name);
     traits.sound = video.Sound(10, 34);
     ASSERT_TRUE(traits.sound);
-    VideoWriter writer(folder_ / name, traits);
+    VideoSink writer(folder_ / name, traits);
     EXPECT_THAT(writer.Notes(), IsEmpty());
     WriteFrames(video, writer, 10, 34);
     writer.Finish();
@@ -163,7 +164,7 @@ TEST_F(VideoWrite, CarriesTheSoundOfItsFrames) {
   traits = TraitsFrom(clicking);
   traits.sound = clicking.Sound(20, 49);
   {
-    VideoWriter writer(folder_ / "click.mov", traits);
+    VideoSink writer(folder_ / "click.mov", traits);
     WriteFrames(clicking, writer, 20, 49);
     writer.Finish();
   }
@@ -174,7 +175,7 @@ TEST_F(VideoWrite, CarriesTheSoundOfItsFrames) {
   // What a container cannot hold is encoded anew: the click stays at its frame, through edit lists too.
   const auto write = [&](const char* name, cli::SoundWish wish) {
     traits.encoding.sound = wish;
-    VideoWriter writer(folder_ / name, traits);
+    VideoSink writer(folder_ / name, traits);
     EXPECT_EQ(writer.Notes().empty(), wish != cli::SoundWish::kAuto);
     WriteFrames(clicking, writer, 20, 49);
     writer.Finish();
@@ -214,7 +215,7 @@ TEST_F(VideoWrite, TakesTheCodecAndQualityThatAreAskedFor) {
     traits.encoding.codec = c.codec;
     std::array<std::string, 2> bytes;
     for (std::string& written : bytes) {
-      VideoWriter writer(folder_ / c.name, traits);
+      VideoSink writer(folder_ / c.name, traits);
       const bool loses = std::string(c.codec) == "h264";
       EXPECT_THAT(fmt::format("{}", fmt::join(writer.Notes(), "")),
                   HasSubstr(loses ? "HDR shows steps" : ""));
@@ -230,7 +231,7 @@ TEST_F(VideoWrite, TakesTheCodecAndQualityThatAreAskedFor) {
     }
     EXPECT_LT(MeanDifference(folder_ / "clip.mkv", folder_ / c.name), 5);
     traits.encoding.quality = c.quality;
-    VideoWriter writer(folder_ / c.name, traits);
+    VideoSink writer(folder_ / c.name, traits);
     WriteFrames(video, writer, 0, 9);
     writer.Finish();
     EXPECT_FALSE(ReadAll(folder_ / c.name) == bytes[0]);
@@ -262,7 +263,7 @@ TEST_F(VideoWrite, CarriesTitleChaptersAndTimecode) {
   VideoTraits traits = TraitsFrom(video);
   traits.carried = video.Range(7, 9);
   for (const char* name : {"a.mov", "a.mkv"}) {
-    VideoWriter writer(folder_ / name, traits);
+    VideoSink writer(folder_ / name, traits);
     EXPECT_THAT(writer.Notes(), Contains(HasSubstr("1 subtitle track of 'clip.mov' is left out")));
     WriteFrames(video, writer, 7, 9);
     writer.Finish();

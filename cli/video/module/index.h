@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cli/scene/frame_rate.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/libav.h"
 
 namespace cli {
 

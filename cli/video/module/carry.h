@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/video/libav.h"
-#include "cli/video/sound.h"
+#include "cli/video/module/libav.h"
+#include "cli/video/traits.h"
 
 namespace cli {
 
@@ -13,6 +13,6 @@ namespace cli {
 /// rate is known; the header is not yet written.  Chapters are cut to the range, and the timecode is that of
 /// its first frame.  Returns notes on what is left out.  Throws ToolError(kInput) when the file cannot be
 /// read.
-std::vector<std::string> CarryOver(const SoundRange& source, AVFormatContext& output, AVStream& video);
+std::vector<std::string> CarryOver(const FileRange& source, AVFormatContext& output, AVStream& video);
 
 }  // namespace cli

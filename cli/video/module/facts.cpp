@@ -1,4 +1,4 @@
-#include "cli/video/facts.h"
+#include "cli/video/module/facts.h"
 
 #include <fmt/format.h>
 

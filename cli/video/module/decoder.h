@@ -6,8 +6,8 @@
 #include <set>
 #include <stdexcept>
 
-#include "cli/video/index.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/index.h"
+#include "cli/video/module/libav.h"
 
 namespace cli {
 

@@ -1,8 +1,8 @@
 // Pixels of video frames to pictures, with or without alpha, in any depth.
 #pragma once
 
-#include "cli/video/color.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/color.h"
+#include "cli/video/module/libav.h"
 #include "minihost/picture/image.h"
 
 namespace cli {

@@ -1,4 +1,4 @@
-#include "cli/video/aac.h"
+#include "cli/video/module/aac.h"
 
 #include <algorithm>
 #include <cmath>

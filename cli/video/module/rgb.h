@@ -11,8 +11,8 @@
 #include <cstdint>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/color.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/color.h"
+#include "cli/video/module/libav.h"
 
 namespace cli {
 

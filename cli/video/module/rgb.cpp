@@ -1,4 +1,4 @@
-#include "cli/video/rgb.h"
+#include "cli/video/module/rgb.h"
 
 #include <fmt/format.h>
 

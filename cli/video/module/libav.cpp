@@ -1,4 +1,4 @@
-#include "cli/video/libav.h"
+#include "cli/video/module/libav.h"
 
 extern "C" {
 #include <libavutil/error.h>

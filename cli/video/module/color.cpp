@@ -1,4 +1,4 @@
-#include "cli/video/color.h"
+#include "cli/video/module/color.h"
 
 #include <algorithm>
 
@@ -34,7 +34,7 @@ ColorTags CompleteTags(ColorTags tags, AVPixelFormat format, int height) {
     tags.matrix = AVCOL_SPC_RGB;
     return tags;
   }
-  if (!IsKnown(tags.matrix)) {
+  if (!IsKnown(MatrixOf(tags))) {
     tags.matrix = MatrixByHeight(height);
   }
   const bool high = tags.matrix == AVCOL_SPC_BT709;

@@ -1,4 +1,4 @@
-#include "cli/video/index.h"
+#include "cli/video/module/index.h"
 
 #include <fmt/format.h>
 

@@ -1,15 +1,13 @@
-#include "cli/video/writer.h"
+#include "cli/video/module/writer.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <stdexcept>
 
-#include "cli/file/extension.h"
-#include "cli/report/choice.h"
 #include "cli/report/error.h"
-#include "cli/video/carry.h"
-#include "cli/video/pixels_out.h"
+#include "cli/video/module/carry.h"
+#include "cli/video/module/pixels_out.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -45,49 +43,8 @@ class Options {
   AVDictionary* entries_ = nullptr;
 };
 
-VideoFormat FormatOrRefuse(const std::filesystem::path& path) {
-  if (const auto format = VideoFormatOf(path)) {
-    return *format;
-  }
-  Refuse(ExitCode::kUsage, "video '{}' must end in .mp4, .mov or .mkv", path.filename().string());
-}
-
-constexpr Choices<VideoCodec, 4> kCodecs = {{VideoCodec::kH264, "h264"},
-                                            {VideoCodec::kHevc, "hevc"},
-                                            {VideoCodec::kProres, "prores"},
-                                            {VideoCodec::kFfv1, "ffv1"}};
-
-constexpr const char* NameOfFormat(VideoFormat format) {
-  return format == VideoFormat::kMp4 ? ".mp4" : format == VideoFormat::kMov ? ".mov" : ".mkv";
-}
-
-bool Takes(VideoFormat format, VideoCodec codec) {
-  switch (codec) {
-    case VideoCodec::kH264:
-    case VideoCodec::kHevc:
-      return true;
-    case VideoCodec::kProres:
-      return format != VideoFormat::kMp4;
-    case VideoCodec::kFfv1:
-      break;
-  }
-  return format == VideoFormat::kMkv;
-}
-
 bool IsSubsampled(VideoCodec codec) {
   return codec == VideoCodec::kH264 || codec == VideoCodec::kHevc;
-}
-
-void CheckQuality(VideoCodec codec, int quality) {
-  if (codec == VideoCodec::kFfv1) {
-    Refuse(ExitCode::kUsage, "quality {}: ffv1 is without loss and has no scale of quality", quality);
-  }
-  const int least = codec == VideoCodec::kProres ? 1 : 0;
-  const int most = codec == VideoCodec::kProres ? 31 : 51;
-  if (quality < least || quality > most) {
-    Refuse(ExitCode::kUsage, "quality {} is not on the scale of {}, {} (best) to {}", quality,
-           NameOf(kCodecs, codec), least, most);
-  }
 }
 
 AVPixelFormat PixelFormatOf(VideoCodec codec, const VideoTraits& traits) {
@@ -155,47 +112,19 @@ void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices,
 
 }  // namespace
 
-VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings) {
-  constexpr VideoCodec kOwn[] = {VideoCodec::kH264, VideoCodec::kProres, VideoCodec::kFfv1};
-  const VideoCodec codec =
-      settings.codec.empty() ? kOwn[static_cast<int>(format)] : ParseChoice(kCodecs, settings.codec);
-  if (!Takes(format, codec)) {
-    Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, NameOfFormat(format),
-           codec == VideoCodec::kProres ? ".mov or .mkv" : ".mkv");
-  }
-  if (settings.quality) {
-    CheckQuality(codec, *settings.quality);
-  }
-  return codec;
-}
-
-// Of one shape with PictureFormatOf on purpose: the two rooms do not know of each other.
-std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
-  const std::string extension = LowerExtension(path);
-  if (extension == ".mp4") {
-    return VideoFormat::kMp4;
-  }
-  if (extension == ".mov") {
-    return VideoFormat::kMov;
-  }
-  if (extension == ".mkv") {
-    return VideoFormat::kMkv;
-  }
-  return {};
-}
-
-VideoWriter::VideoWriter(const std::filesystem::path& path, const VideoTraits& traits)
+VideoWriter::VideoWriter(const std::filesystem::path& path, const std::filesystem::path& file,
+                         const VideoTraits& traits)
     : path_(path),
-      format_(FormatOrRefuse(path)),
+      fileName_(LibavName(file)),
+      format_(VideoFormatOf(path).value()),
       kind_(CodecOf(format_, traits.encoding)),
-      pending_(path),
       packet_(Allocated(av_packet_alloc())) {
   SilenceLibav();
   if (IsSubsampled(kind_) && (traits.width % 2 || traits.height % 2)) {
     RefuseOutput(
         path_, fmt::format("{} takes an even width and height, and the picture is {} x {}; "
                            "crop it by a column or a row, or write {}",
-                           format_ == VideoFormat::kMp4 ? "MP4" : NameOf(kCodecs, kind_), traits.width,
+                           format_ == VideoFormat::kMp4 ? "MP4" : NameOfCodec(kind_), traits.width,
                            traits.height, format_ == VideoFormat::kMp4 ? ".mov or .mkv" : "without --codec"));
   }
   NoteLosses(traits);
@@ -238,17 +167,16 @@ void VideoWriter::Check(int error) const {
 
 void VideoWriter::OpenOutput() {
   constexpr const char* kMuxers[] = {"mp4", "mov", "matroska"};
-  // Under its hidden name, because MP4 is read once more when its index moves to the front.
-  const std::string name = LibavName(pending_.HiddenPath());
+  // By its name, because MP4 is read once more when its index moves to the front.
   AVFormatContext* file = nullptr;
   const int error =
-      avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], name.c_str());
+      avformat_alloc_output_context2(&file, nullptr, kMuxers[static_cast<int>(format_)], fileName_.c_str());
   if (error < 0) {
     RefuseOutput(path_, LibavMessage(error));
   }
   file_.reset(file);
   file_->flags |= AVFMT_FLAG_BITEXACT;  // no date, no random numbers
-  Check(avio_open(&file_->pb, name.c_str(), AVIO_FLAG_WRITE));
+  Check(avio_open(&file_->pb, fileName_.c_str(), AVIO_FLAG_WRITE));
 }
 
 void VideoWriter::OpenCodec(const VideoTraits& traits) {
@@ -295,9 +223,9 @@ int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int
   codec_->time_base = {traits.rate.timeStep, traits.rate.timeScale};
   codec_->framerate = {traits.rate.timeScale, traits.rate.timeStep};
   codec_->sample_aspect_ratio = av_d2q(traits.pixelAspect, kFinestAspect);
-  codec_->colorspace = tags.matrix;
-  codec_->color_primaries = tags.primaries;
-  codec_->color_trc = tags.transfer;
+  codec_->colorspace = MatrixOf(tags);
+  codec_->color_primaries = static_cast<AVColorPrimaries>(tags.primaries);
+  codec_->color_trc = static_cast<AVColorTransferCharacteristic>(tags.transfer);
   codec_->color_range = IsYuv(pixels) ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
   if (file_->oformat->flags & AVFMT_GLOBALHEADER) {
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -307,7 +235,7 @@ int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int
   return avcodec_open2(codec_.get(), &encoder, options.Get());
 }
 
-void VideoWriter::OpenSound(const SoundRange& sound, SoundWish wish) {
+void VideoWriter::OpenSound(const FileRange& sound, SoundWish wish) {
   sound_.emplace(sound, *file_, wish);
   notes_.insert(notes_.end(), sound_->Notes().begin(), sound_->Notes().end());
 }
@@ -377,7 +305,11 @@ void VideoWriter::Finish() {
   Check(0);
   const int closed = avio_closep(&file_->pb);
   Check(closed);
-  pending_.Commit();
+}
+
+std::unique_ptr<VideoEncoding> EncodeVideo(const std::filesystem::path& path,
+                                           const std::filesystem::path& file, const VideoTraits& traits) {
+  return std::make_unique<VideoWriter>(path, file, traits);
 }
 
 }  // namespace cli

@@ -1,4 +1,4 @@
-#include "cli/video/decoder.h"
+#include "cli/video/module/decoder.h"
 
 #include <fmt/format.h>
 

@@ -5,23 +5,22 @@
 #include <string>
 
 #include "cli/scene/settings.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/libav.h"
+#include "cli/video/traits.h"
 #include "minihost/picture/image.h"
 
 namespace cli {
-
-/// What a video says about the meaning of its colour.
-struct ColorTags {
-  AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
-  AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
-  AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
-};
 
 /// How codes of luma and chroma stand for red, green and blue.
 struct YuvCoding {
   AVColorSpace matrix = AVCOL_SPC_BT709;  // one that IsKnown
   AVColorRange range = AVCOL_RANGE_MPEG;  // MPEG is limited: 16..235 of 255; JPEG is full
 };
+
+/// The numbers of the tags are the libraries' too.
+inline AVColorSpace MatrixOf(const ColorTags& tags) {
+  return static_cast<AVColorSpace>(tags.matrix);
+}
 
 /// Whether the matrix can be read and written: BT.601, BT.709, BT.2020, SMPTE 240M and FCC.
 bool IsKnown(AVColorSpace matrix);

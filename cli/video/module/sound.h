@@ -1,30 +1,23 @@
 // The sound of a video, carried over from file to file: as it is, or encoded anew.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "cli/scene/settings.h"
-#include "cli/video/aac.h"
-#include "cli/video/libav.h"
+#include "cli/video/module/aac.h"
+#include "cli/video/module/libav.h"
+#include "cli/video/traits.h"
 
 namespace cli {
-
-/// A stretch of a file's sound, in seconds on the file's clock.
-struct SoundRange {
-  std::filesystem::path path;
-  double begin = 0;
-  double end = 0;
-};
 
 /// Copies packets of all sound streams to an output of which the frame at `range.begin` is the first.
 class SoundCopy {
  public:
   /// Adds streams to `output`, which has no header yet and outlives this. Throws ToolError(kInput) when the
   /// file cannot be read, and ToolError(kOutput) when `wish` is to copy and the output cannot hold it.
-  SoundCopy(const SoundRange& range, AVFormatContext& output, SoundWish wish = SoundWish::kAuto);
+  SoundCopy(const FileRange& range, AVFormatContext& output, SoundWish wish = SoundWish::kAuto);
 
   /// Writes what begins before `seconds`, counted from the start of the range. Returns 0 or the libraries'
   /// error of the output.
@@ -50,7 +43,7 @@ class SoundCopy {
   bool Fetch();
   int Send();
 
-  SoundRange range_;
+  FileRange range_;
   SoundWish wish_;
   AVFormatContext& output_;
   AvInput input_;

@@ -1,4 +1,4 @@
-#include "cli/video/sound.h"
+#include "cli/video/module/sound.h"
 
 #include <fmt/format.h>
 
@@ -52,7 +52,7 @@ bool CanHold(const AVOutputFormat& container, const AVStream& sound) {
 
 }  // namespace
 
-SoundCopy::SoundCopy(const SoundRange& range, AVFormatContext& output, SoundWish wish)
+SoundCopy::SoundCopy(const FileRange& range, AVFormatContext& output, SoundWish wish)
     : range_(range),
       wish_(wish),
       output_(output),

@@ -1,4 +1,4 @@
-#include "cli/video/pixels_out.h"
+#include "cli/video/module/pixels_out.h"
 
 #include <cstdint>
 #include <span>
@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/rgb.h"
+#include "cli/video/module/rgb.h"
 
 namespace cli {
 namespace {

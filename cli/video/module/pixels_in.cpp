@@ -1,4 +1,4 @@
-#include "cli/video/pixels_in.h"
+#include "cli/video/module/pixels_in.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "cli/frames/sample_convert.h"
-#include "cli/video/rgb.h"
+#include "cli/video/module/rgb.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>

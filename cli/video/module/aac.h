@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "cli/video/libav.h"
+#include "cli/video/module/libav.h"
 
 struct SwrContext;
 struct AVAudioFifo;

@@ -1,7 +1,7 @@
 // Pictures to pixels of video frames, in the formats that are written.
 #pragma once
 
-#include "cli/video/libav.h"
+#include "cli/video/module/libav.h"
 #include "minihost/picture/image.h"
 
 namespace cli {

@@ -1,4 +1,4 @@
-#include "cli/video/reader.h"
+#include "cli/video/module/reader.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,8 @@
 #include <string_view>
 
 #include "cli/report/error.h"
-#include "cli/video/pixels_in.h"
+#include "cli/video/module/facts.h"
+#include "cli/video/module/pixels_in.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -60,13 +61,12 @@ std::optional<int> OrientationOf(const AVStream& stream) {
 
 }  // namespace
 
-VideoReader::VideoReader(const std::filesystem::path& path, std::optional<minihost::Depth> depth,
-                         AlphaForm alpha, std::optional<FrameRate> retimed)
-    : path_(path), alpha_(alpha), decoder_(path) {
-  if (retimed) {
-    decoder_.Retime(*retimed);
+VideoReader::VideoReader(const std::filesystem::path& path, const VideoInput& input)
+    : path_(path), alpha_(input.alpha), decoder_(path) {
+  if (input.retimed) {
+    decoder_.Retime(*input.retimed);
   }
-  FillTraits(depth);
+  FillTraits(input.depth);
   NoteWhatIsIgnored();
 }
 
@@ -106,8 +106,8 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
     notes_.emplace_back(
         "colour of constant luminance is read as that of "
         "non-constant luminance");
-  } else if (!IsKnown(tags_.matrix)) {
-    const char* name = av_color_space_name(tags_.matrix);
+  } else if (!IsKnown(MatrixOf(tags_))) {
+    const char* name = av_color_space_name(MatrixOf(tags_));
     const AVColorSpace assumed = MatrixByHeight(video.height);
     notes_.push_back(tags_.matrix == AVCOL_SPC_UNSPECIFIED
                          ? fmt::format("the colour matrix is not tagged; {} lines are read as {}",
@@ -117,7 +117,7 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
     tags_.matrix = assumed;
   }
   const bool full = std::string_view(av_get_pix_fmt_name(format)).starts_with("yuvj");
-  coding_ = {tags_.matrix, full ? AVCOL_RANGE_JPEG : video.color_range};
+  coding_ = {MatrixOf(tags_), full ? AVCOL_RANGE_JPEG : video.color_range};
   if (coding_.range == AVCOL_RANGE_UNSPECIFIED) {
     coding_.range = AVCOL_RANGE_MPEG;
     notes_.emplace_back(
@@ -153,12 +153,16 @@ std::string VideoReader::Damage() const {
                                               index.PictureCount() == 1 ? "" : "s", index.Damage());
 }
 
+Facts VideoReader::About() const {
+  return FactsOf(decoder_.File(), decoder_.Stream());
+}
+
 bool VideoReader::IsStill() const {
   const std::string_view format = decoder_.File().iformat->name;
   return decoder_.Index().PictureCount() == 1 && (format.ends_with("_pipe") || format == "image2");
 }
 
-std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t last) const {
+std::optional<FileRange> VideoReader::Sound(std::int32_t first, std::int32_t last) const {
   const AVFormatContext& file = decoder_.File();
   const bool hasSound = std::any_of(file.streams, file.streams + file.nb_streams, [](const AVStream* stream) {
     return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
@@ -169,7 +173,7 @@ std::optional<SoundRange> VideoReader::Sound(std::int32_t first, std::int32_t la
   return Range(first, last);
 }
 
-SoundRange VideoReader::Range(std::int32_t first, std::int32_t last) const {
+FileRange VideoReader::Range(std::int32_t first, std::int32_t last) const {
   const double frameSeconds = static_cast<double>(traits_.rate->timeStep) / traits_.rate->timeScale;
   const double start = decoder_.Index().StartSeconds();
   return {path_, start + first * frameSeconds, start + (last + 1.0) * frameSeconds};
@@ -202,6 +206,10 @@ std::optional<Picture> VideoReader::Read(std::int32_t frame) {
     refuse(failure.what());
   }
   return picture;
+}
+
+std::unique_ptr<VideoSource> OpenVideo(const std::filesystem::path& path, const VideoInput& input) {
+  return std::make_unique<VideoReader>(path, input);
 }
 
 }  // namespace cli

@@ -1,4 +1,4 @@
-#include "cli/video/carry.h"
+#include "cli/video/module/carry.h"
 
 #include <fmt/format.h>
 
@@ -41,7 +41,7 @@ AVChapter& AddChapter(AVFormatContext& file) {
   return *chapter;
 }
 
-void CopyChapters(const AVFormatContext& from, const SoundRange& range, AVFormatContext& to) {
+void CopyChapters(const AVFormatContext& from, const FileRange& range, AVFormatContext& to) {
   constexpr AVRational kMillisecond{1, 1000};
   const auto milliseconds = [](double seconds) { return std::llround(seconds * kMillisecond.den); };
   for (unsigned i = 0; i < from.nb_chapters; ++i) {
@@ -92,7 +92,7 @@ int CountTracks(const AVFormatContext& file, AVMediaType type) {
 
 }  // namespace
 
-std::vector<std::string> CarryOver(const SoundRange& source, AVFormatContext& output, AVStream& video) {
+std::vector<std::string> CarryOver(const FileRange& source, AVFormatContext& output, AVStream& video) {
   AvInput input;
   const int error = OpenInput(source.path, input);
   if (error < 0) {

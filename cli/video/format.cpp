@@ -1,0 +1,81 @@
+#include "cli/video/format.h"
+
+#include <string>
+
+#include "cli/file/extension.h"
+#include "cli/report/choice.h"
+#include "cli/report/error.h"
+
+namespace cli {
+namespace {
+
+constexpr Choices<VideoCodec, 4> kCodecs = {{VideoCodec::kH264, "h264"},
+                                            {VideoCodec::kHevc, "hevc"},
+                                            {VideoCodec::kProres, "prores"},
+                                            {VideoCodec::kFfv1, "ffv1"}};
+
+constexpr const char* NameOfFormat(VideoFormat format) {
+  return format == VideoFormat::kMp4 ? ".mp4" : format == VideoFormat::kMov ? ".mov" : ".mkv";
+}
+
+bool Takes(VideoFormat format, VideoCodec codec) {
+  switch (codec) {
+    case VideoCodec::kH264:
+    case VideoCodec::kHevc:
+      return true;
+    case VideoCodec::kProres:
+      return format != VideoFormat::kMp4;
+    case VideoCodec::kFfv1:
+      break;
+  }
+  return format == VideoFormat::kMkv;
+}
+
+void CheckQuality(VideoCodec codec, int quality) {
+  if (codec == VideoCodec::kFfv1) {
+    Refuse(ExitCode::kUsage, "quality {}: ffv1 is without loss and has no scale of quality", quality);
+  }
+  const int least = codec == VideoCodec::kProres ? 1 : 0;
+  const int most = codec == VideoCodec::kProres ? 31 : 51;
+  if (quality < least || quality > most) {
+    Refuse(ExitCode::kUsage, "quality {} is not on the scale of {}, {} (best) to {}", quality,
+           NameOfCodec(codec), least, most);
+  }
+}
+
+}  // namespace
+
+std::string_view NameOfCodec(VideoCodec codec) {
+  return NameOf(kCodecs, codec);
+}
+
+VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings) {
+  constexpr VideoCodec kOwn[] = {VideoCodec::kH264, VideoCodec::kProres, VideoCodec::kFfv1};
+  const VideoCodec codec =
+      settings.codec.empty() ? kOwn[static_cast<int>(format)] : ParseChoice(kCodecs, settings.codec);
+  if (!Takes(format, codec)) {
+    Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, NameOfFormat(format),
+           codec == VideoCodec::kProres ? ".mov or .mkv" : ".mkv");
+  }
+  if (settings.quality) {
+    CheckQuality(codec, *settings.quality);
+  }
+  return codec;
+}
+
+// Of one shape with PictureFormatOf on purpose: the two rooms do not know of each other.
+std::optional<VideoFormat> VideoFormatOf(const std::filesystem::path& path) {
+  const std::string extension = LowerExtension(path);
+  if (extension == ".mp4") {
+    return VideoFormat::kMp4;
+  }
+  if (extension == ".mov") {
+    return VideoFormat::kMov;
+  }
+  if (extension == ".mkv") {
+    return VideoFormat::kMkv;
+  }
+  return {};
+}
+
+}  // namespace cli
