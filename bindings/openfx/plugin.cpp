@@ -191,8 +191,3 @@ VINTREL_EXPORT OfxPlugin* OfxGetPlugin(int index) {
   static OfxPlugin plugin = {"OfxImageEffectPluginAPI", 1, "vintrel.snow", 1, 0, SetHost, MainAction};
   return index == 0 ? &plugin : nullptr;
 }
-
-VINTREL_EXPORT OfxStatus OfxSetHost(const OfxHost* host) {
-  theHost.store(host);
-  return kOk;
-}

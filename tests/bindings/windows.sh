@@ -21,7 +21,7 @@ frei0r="f0r_construct f0r_deinit f0r_destruct f0r_get_param_info f0r_get_param_v
   f0r_set_param_value f0r_update"
 for module in "$out/$bundle/Win64/Vintrel.ofx" "$out/vintrel.dll" "$out/vintrel_source.dll"; do
   promised="$frei0r"
-  [ "${module%.ofx}" = "$module" ] || promised="OfxGetNumberOfPlugins OfxGetPlugin OfxSetHost"
+  [ "${module%.ofx}" = "$module" ] || promised="OfxGetNumberOfPlugins OfxGetPlugin"
   exported=$($prefix-objdump -p "$module" |
     awk '/^.Ordinal.Name Pointer. Table/ { on = 1 } NF == 0 { on = 0 } on && $1 == "[" { print $NF }' | sort | tr '\n' ' ')
   # shellcheck disable=SC2086  # a list of words
