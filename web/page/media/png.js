@@ -2,6 +2,7 @@
 //
 // The browser's own deflate does the work, beside the thread that asks; a canvas would round what lies under alpha.
 
+import { crc32 } from './crc32.js';
 import { isOpaque } from './pixels.js';
 
 const kSignature = Uint8Array.of(0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a);
@@ -51,20 +52,4 @@ function chunk(type, body) {
   bytes.set(body, 8);
   view.setUint32(body.length + 8, crc32(bytes.subarray(4, body.length + 8)));
   return bytes;
-}
-
-const kCrcOfByte = Int32Array.from({ length: 256 }, (_, byte) => {
-  let crc = byte;
-  for (let bit = 0; bit < 8; ++bit) {
-    crc = crc & 1 ? (crc >>> 1) ^ 0xedb88320 : crc >>> 1;
-  }
-  return crc;
-});
-
-function crc32(bytes) {
-  let crc = -1;
-  for (let at = 0; at < bytes.length; ++at) {
-    crc = (crc >>> 8) ^ kCrcOfByte[(crc ^ bytes[at]) & 255];
-  }
-  return ~crc >>> 0;
 }
