@@ -1,6 +1,10 @@
 #include "minihost/effect.h"
 
-#if !defined(_WIN32)
+// Windows has bindings alone and WebAssembly the page, and both have their effect in them.
+#if defined(_WIN32) || defined(__EMSCRIPTEN__)
+#define MINIHOST_HAS_MODULES 0
+#else
+#define MINIHOST_HAS_MODULES 1
 #include <dlfcn.h>
 #endif
 
@@ -36,10 +40,10 @@ void RequireClean(const Ledger& ledger, const char* command) {
 }  // namespace
 
 void Effect::CloseModule::operator()(void* module) const noexcept {
-#if defined(_WIN32)
-  static_cast<void>(module);
-#else
+#if MINIHOST_HAS_MODULES
   dlclose(module);
+#else
+  static_cast<void>(module);
 #endif
 }
 
@@ -47,12 +51,7 @@ std::shared_ptr<const Effect> Effect::Linked(EntryPoint entry, const Faults& fau
   return std::shared_ptr<const Effect>(new Effect(nullptr, entry, faults));
 }
 
-#if defined(_WIN32)
-// Windows has bindings alone, which have their effect in them.
-std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, const Faults&) {
-  throw std::runtime_error("cannot load " + module.string() + ": not on this system");
-}
-#else
+#if MINIHOST_HAS_MODULES
 std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, const Faults& faults) {
   // A bare file name would be searched for in the system's folders.
   const std::string path = std::filesystem::absolute(module).string();
@@ -66,6 +65,10 @@ std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, 
     throw std::runtime_error("the module " + path + " exports no MainEntry");
   }
   return std::shared_ptr<const Effect>(new Effect(std::move(loaded), entry, faults));
+}
+#else
+std::shared_ptr<const Effect> Effect::Load(const std::filesystem::path& module, const Faults&) {
+  throw std::runtime_error("cannot load " + module.string() + ": not on this system");
 }
 #endif
 

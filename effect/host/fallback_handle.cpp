@@ -1,6 +1,7 @@
 #include "effect/host/fallback_handle.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace {
@@ -14,7 +15,10 @@ struct Block {
 }  // namespace
 
 PF_Handle NewHandle(std::uint64_t size) {
-  void* const storage = ::operator new(sizeof(Block) + size, std::nothrow);
+  if (size > SIZE_MAX - sizeof(Block)) {
+    return nullptr;
+  }
+  void* const storage = ::operator new(sizeof(Block) + static_cast<std::size_t>(size), std::nothrow);
   if (storage == nullptr) {
     return nullptr;
   }

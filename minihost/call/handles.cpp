@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace minihost {
 
@@ -20,9 +21,12 @@ HandleTable::HandleTable() = default;
 HandleTable::~HandleTable() = default;
 
 PF_Handle HandleTable::New(std::uint64_t size) noexcept {
+  if (!std::in_range<std::size_t>(size)) {
+    return nullptr;
+  }
   try {
     auto block = std::make_unique<Block>();
-    block->size = std::max<std::size_t>(size, 1);
+    block->size = std::max<std::size_t>(static_cast<std::size_t>(size), 1);
     block->bytes = std::malloc(block->size);
     if (block->bytes == nullptr) {
       return nullptr;
