@@ -2,15 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-#include <cstdlib>
-#include <numeric>
 #include <utility>
 
 #include "cli/report/error.h"
 #include "cli/run/open_source.h"
 #include "cli/scene/frame_range.h"
 #include "cli/scene/frame_rate.h"
+#include "cli/scene/frame_terms.h"
 #include "cli/scene/parameter_assignment.h"
 #include "cli/scene/parameter_names.h"
 
@@ -71,24 +69,6 @@ std::string FramesOf(const Scene& scene, const SourceTraits& traits) {
   return "0";
 }
 
-// The host counts ticks in 32 bits.
-void CheckCountable(const std::vector<std::int32_t>& frames, const FrameRate& rate) {
-  const std::int64_t most = INT32_MAX / rate.timeStep - 1;
-  for (const std::int32_t frame : frames) {
-    if (std::abs(std::int64_t{frame}) > most) {
-      Refuse(ExitCode::kUsage, "frame {} is beyond {}, the last that can be counted at {}/{} frames a second",
-             frame, most, rate.timeScale, rate.timeStep);
-    }
-  }
-}
-
-PF_RationalScale RationalOf(double aspect) {
-  constexpr std::int32_t kDenominator = 1'000'000;
-  const auto numerator = static_cast<std::int32_t>(std::lround(aspect * kDenominator));
-  const std::int32_t divisor = std::gcd(numerator, kDenominator);
-  return {numerator / divisor, static_cast<std::uint32_t>(kDenominator / divisor)};
-}
-
 }  // namespace
 
 RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect) {
@@ -113,11 +93,12 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
         "at {}/{} frames a second the result lasts {:.2f} s", plan.rate.timeScale, plan.rate.timeStep,
         static_cast<double>(job.frames.size()) * plan.rate.timeStep / plan.rate.timeScale));
   }
-  CheckCountable(job.frames, plan.rate);
-  job.timing = {static_cast<std::uint32_t>(plan.rate.timeScale), plan.rate.timeStep, plan.rate.timeStep,
-                scene.shutterDegrees};
+  for (const std::int32_t frame : job.frames) {
+    CheckCountable(frame, plan.rate);
+  }
+  job.timing = TimingOf(plan.rate, scene.shutterDegrees);
   job.downsampleX = job.downsampleY = {1, static_cast<std::uint32_t>(scene.proxy)};
-  job.pixelAspect = RationalOf(scene.pixelAspect.value_or(plan.traits.pixelAspect));
+  job.pixelAspect = PixelAspectOf(scene.pixelAspect.value_or(plan.traits.pixelAspect));
   job.addedAlpha = plan.addsAlpha ? AddedAlpha::kFromEffect : AddedAlpha::kNone;
   return plan;
 }
