@@ -16,8 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using Includes = std::map<std::string, std::set<std::string>>;  // from a file to what it includes in quotes
 
-const std::vector<std::string> kTrees = {"hostapi",  "effect", "minihost", "cli",
-                                         "bindings", "bench",  "tests"};
+const std::vector<std::string> kTrees = {"hostapi",  "effect",     "minihost", "cli",
+                                         "bindings", "web/engine", "bench",    "tests"};
 
 Includes ReadIncludes(std::set<std::string>* system = nullptr) {
   const std::regex directive(R"re(^\s*#\s*include\s*(["<])([^">]+)[">])re");
@@ -85,6 +85,9 @@ const std::vector<Rule> kRules = {
     {"bindings/", {"minihost/", "hostapi/"}, {"minihost/call/"}},
     {"bindings/frei0r/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
     {"bindings/openfx/", {"bindings/rate.h", "minihost/", "hostapi/"}, {"minihost/call/"}},
+    {"web/engine/",
+     {"cli/scene/", "cli/report/", "cli/frames/sample_convert.h", "minihost/", "hostapi/"},
+     {"minihost/call/"}},
     {"bench/",
      {"effect/", "minihost/", "bindings/", "tests/bindings/openfx/host.h", "hostapi/"},
      {"minihost/call/"}},
