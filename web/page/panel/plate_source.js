@@ -8,11 +8,11 @@ const kFramesAhead = 4;
 /**
  * Plates of the input that PanelClient's panel() tells of: { name, path, width, height, pixelAspect, fps, first, last,
  * isStill, notes, frameAt(n), close() }. `frameAt(n)` promises the plate of a frame and begins to fetch the next ones;
- * a still is the same plate at any frame. Which frames there are is the tool's to say: others reject with its words.
+ * a still is the same plate at any frame and has no `fps`. Which frames there are is the tool's to say: others reject with its words.
  */
 export function plateSourceOf(client, input) {
-  const { name, path, width, height, pixelAspect, fps, first, last, isStill } = input;
-  const notes = [...(input.notes ?? []), ...depthNotes(input)];
+  const { name, path, width, height, pixelAspect, first, last, isStill, notes } = input;
+  const fps = input.fps?.replace(/\/1$/, '');
   const plates = new ByteCache(kMostBytes);
 
   function fetchFrame(number) {
@@ -45,13 +45,4 @@ export function plateSourceOf(client, input) {
     },
     close: () => plates.clear(),
   };
-}
-
-function depthNotes({ name, depth }) {
-  if (depth === 8) {
-    return [];
-  }
-  return [
-    `${name} ${depth === 32 ? 'is float' : `has ${depth} bits a channel`}; the page shows 8 bits, the tool renders all`,
-  ];
 }

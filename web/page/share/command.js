@@ -17,7 +17,8 @@ export function commandOf(state, declarations, { frames = 'one', input, output }
   const { plate, parameters, time } = state;
   const file = output ?? (frames === 'one' ? 'snow.png' : 'snow.mp4');
   const picked = framesText(frames === 'one' ? { first: time.frame, last: time.frame } : time);
-  const files = [input ?? inputWord(inputOf(plate)), '-o', file, '--frames', picked];
+  const under = plate.kind === 'blank' ? ['--blank', plate.name] : [input ?? inputWord(inputOf(plate))];
+  const files = [...under, '-o', file, '--frames', picked];
   const look = [];
   if (plate.kind === 'video' || plate.kind === 'panel' || String(time.fps) !== '24') {
     look.push('--fps', String(time.fps));

@@ -12,18 +12,20 @@ import { hasKeys, hasValue, readKeyPlace, readValue, sameCourse, sortedKeys, val
 const kVersion = 1;
 const kMostCharacters = 100_000;
 const kUsualTime = { first: 0, last: 119, fps: '24', shutter: 180, loop: true };
+const kPlateNames = { shipped: 'plate', blank: 'blank' };
+const kMostSide = 8192;
 const kEaseTexts = { linear: '', smooth: ':s', hold: ':h' };
 const kEaseOfLetter = { s: 'smooth', h: 'hold' };
 
 /**
- * The hash of a state, with its `#`. A plate is named when it is one of the shipped ones; a picture of the visitor's
- * own stays with the visitor, and so does its name.
+ * The hash of a state, with its `#`. A plate is named when it is a shipped one or blank; a picture of the
+ * visitor's own stays with the visitor, and so does its name.
  */
 export function stateToHash({ plate, parameters, time }, declarations) {
   const parts = [`v=${kVersion}`];
   const add = (name, text) => parts.push(`${name}=${escaped(text)}`);
-  if (plate.kind === 'shipped') {
-    add('plate', plate.name);
+  if (plate.kind === 'shipped' || plate.kind === 'blank') {
+    add(kPlateNames[plate.kind], plate.name);
   }
   add('at', String(time.frame));
   if (time.first !== kUsualTime.first || time.last !== kUsualTime.last) {
@@ -90,6 +92,13 @@ const readers = new Map(
     plate(text, state) {
       state.plate = { kind: 'shipped', name: text };
     },
+    blank(text, state) {
+      if (isFrameSize(text)) {
+        state.plate = { kind: 'blank', name: text };
+      } else {
+        refuse('blank', text, state);
+      }
+    },
     at: timeReader('frame', readFrame),
     fps: timeReader('fps', (text) => (parseRate(text) ? text : null)),
     shutter: timeReader('shutter', (text) => {
@@ -118,6 +127,12 @@ function timeReader(field, read) {
       state.time[field] = value;
     }
   };
+}
+
+// As "1920x1080". A link is not to take all of a visitor's memory.
+function isFrameSize(text) {
+  const sides = /^(\d{1,5})x(\d{1,5})$/.exec(text)?.slice(1).map(Number);
+  return sides !== undefined && sides.every((side) => side >= 1 && side <= kMostSide);
 }
 
 function readFrame(text) {

@@ -26,18 +26,19 @@ export function framesText({ first, last }) {
   return first === last ? String(first) : `${first}-${last}`;
 }
 
-/** The scene that renders all frames of the state. `input` and `output` are file names. */
+/** The scene that renders all frames of the state. `input` and `output` are file names; a blank plate has no input. */
 export function sceneOfState({ plate, parameters, time }, { input = inputOf(plate), output = 'snow.mp4' } = {}) {
+  const under = plate.kind === 'blank' ? { blank: plate.name } : { input };
   return {
-    render: { input, output, frames: framesText(time), fps: String(time.fps), shutter: time.shutter },
+    render: { ...under, output, frames: framesText(time), fps: String(time.fps), shutter: time.shutter },
     parameters,
   };
 }
 
 /**
  * What a scene says about the page's state: { plate, parameters, time, notes }. `plate` is there when the scene names
- * a shipped one (`shippedPlates` are their names), `time` holds what the scene says, `notes` are sentences about what
- * the page leaves out.
+ * a blank or a shipped one (`shippedPlates` are their names), `time` holds what the scene says, `notes` are sentences
+ * about what the page leaves out.
  */
 export function stateOfScene({ render, parameters }, declarations, shippedPlates) {
   const notes = [];
@@ -57,16 +58,16 @@ export function stateOfScene({ render, parameters }, declarations, shippedPlates
     notes.push(`the page has no use for ${leftOut.join(', ')} in the scene's [render]`);
   }
   return {
-    plate: plateOf(render.input, shippedPlates, notes),
+    plate: plateOf(render, shippedPlates, notes),
     parameters: changed(parameters, declarations),
     time,
     notes,
   };
 }
 
-function plateOf(input, shippedPlates, notes) {
+function plateOf({ input, blank }, shippedPlates, notes) {
   if (!input) {
-    return undefined;
+    return blank ? { kind: 'blank', name: blank } : undefined;
   }
   const name = input.replace(/^.*\//, '').replace(/\.png$/, '');
   if (shippedPlates.includes(name)) {
