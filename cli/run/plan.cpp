@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "cli/report/error.h"
-#include "cli/run/open_source.h"
 #include "cli/scene/frame_range.h"
 #include "cli/scene/frame_rate.h"
 #include "cli/scene/frame_terms.h"
@@ -35,8 +34,7 @@ void OpenInput(const Scene& scene, RenderPlan& plan) {
     const minihost::Depth depth = scene.depth.value_or(minihost::Depth::kBits8);
     plan.source = std::make_unique<BlankSource>(*scene.blank, depth);
   } else if (!scene.input.empty()) {
-    OpenedSource opened = OpenSource(
-        scene.input, {.depth = scene.depth, .videoAlpha = scene.alpha, .retimed = RetimedOf(scene)});
+    OpenedSource opened = OpenSource(scene.input, InputSettingsOf(scene));
     if (scene.retime && opened.video == nullptr) {
       Refuse(ExitCode::kUsage, "retime is for videos, and '{}' is none; leave it out", scene.input);
     }
@@ -101,6 +99,10 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
   job.pixelAspect = PixelAspectOf(scene.pixelAspect.value_or(plan.traits.pixelAspect));
   job.addedAlpha = plan.addsAlpha ? AddedAlpha::kFromEffect : AddedAlpha::kNone;
   return plan;
+}
+
+InputSettings InputSettingsOf(const Scene& scene) {
+  return {.depth = scene.depth, .videoAlpha = scene.alpha, .retimed = RetimedOf(scene)};
 }
 
 std::string NameOfDepth(minihost::Depth depth) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/frames/source.h"
+#include "cli/run/open_source.h"
 #include "cli/run/pipeline.h"
 #include "cli/scene/scene.h"
 #include "cli/video/source.h"
@@ -26,6 +27,9 @@ struct RenderPlan {
 /// Opens the scene's input and works out its frames: those of the scene, or all that the input has, or frame
 /// 0. `scene.frames` and `scene.fps` then hold what was worked out.  Throws ToolError.
 RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect);
+
+/// How the scene's input is to be read.  Throws ToolError(kUsage) when it is to be retimed to no rate.
+InputSettings InputSettingsOf(const Scene& scene);
 
 /// "8 bits", "16 bits" or "float".
 std::string NameOfDepth(minihost::Depth depth);
