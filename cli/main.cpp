@@ -29,6 +29,9 @@ ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line, cli::Messag
   if (app.got_subcommand("sheet")) {
     return cli::RenderSheet(line.shot, line.sheetCells, effect, messages);
   }
+  if (app.got_subcommand("panel")) {
+    return cli::OpenPanel(line.panel, effect, messages);
+  }
   if (app.got_subcommand("info")) {
     cli::PrintToStdout(
         cli::DescribeInput(line.infoFile, line.infoAsJson ? cli::InfoForm::kJson : cli::InfoForm::kText));

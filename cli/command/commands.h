@@ -26,6 +26,13 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
 ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect,
                      Messages& messages);
 
+/// `vintrel panel`: serves the page that sets the look of a scene to the browser of this machine, with the
+/// address on standard output, until Ctrl-C or until the page has been gone for a minute.
+///
+/// Returns kDone or kInterrupted; throws ToolError.
+ExitCode OpenPanel(const PanelOptions& options, std::shared_ptr<const minihost::Effect> effect,
+                   Messages& messages);
+
 enum class InfoForm { kText, kJson };
 
 /// `vintrel info`: what there is to say about a picture, a sequence or a video: size, depth, alpha, pixel

@@ -58,7 +58,7 @@ _vintrel_value() {
 }
 
 _vintrel() {
-  local commands='render sheet info presets params about'
+  local commands='render sheet panel info presets params about'
   local flags='--help --only-snow --retime --quiet -h -q'
   local values='--input --blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
     --compression --codec --quality --sound --proxy --pixel-aspect --jobs --missing -i -o -r'
@@ -74,6 +74,7 @@ _vintrel() {
   case $command in
     render) flags+=" $render_flags" values+=" $render_values" ;;
     sheet) values+=" $sheet_values" ;;
+    panel) flags='--help -h --no-browser' values='--scene --port' ;;
     info) flags='--help -h --json' values='' ;;
     *) flags='--help -h' values='' ;;
   esac
@@ -88,7 +89,7 @@ _vintrel() {
     _vintrel_value "$tool" "$option" "${current#"$begin"}"
   elif [[ $current == -* ]]; then
     _vintrel_words "$current" "$flags $values"
-  elif [[ $command == render || $command == sheet || $command == info ]]; then
+  elif [[ $command == render || $command == sheet || $command == panel || $command == info ]]; then
     compopt -o default
   fi
 

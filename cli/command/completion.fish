@@ -6,6 +6,7 @@ complete -c vintrel -s h -l help -d 'Print help'
 complete -c vintrel -n __fish_use_subcommand -l version -d 'Print the version'
 complete -c vintrel -n __fish_use_subcommand -a render -d 'Draw snow on a picture, a sequence or a video'
 complete -c vintrel -n __fish_use_subcommand -a sheet -d 'Render a few frames of a shot into one picture'
+complete -c vintrel -n __fish_use_subcommand -a panel -d 'Set the snow in a page of the browser'
 complete -c vintrel -n __fish_use_subcommand -a info -d 'Say what the tool sees in a file'
 complete -c vintrel -n __fish_use_subcommand -a presets -d 'List the looks that --preset takes'
 complete -c vintrel -n __fish_use_subcommand -a params -d 'List the parameters that --set takes'
@@ -15,7 +16,7 @@ function __vintrel_params
     vintrel params 2>/dev/null | awk -F '  +' -v mark=$argv[1] 'NR > 1 { print $3 mark }'
 end
 
-set -l files '__fish_seen_subcommand_from render sheet info'
+set -l files '__fish_seen_subcommand_from render sheet panel info'
 set -l shot '__fish_seen_subcommand_from render sheet'
 set -l render '__fish_seen_subcommand_from render'
 complete -c vintrel -n $files -F
@@ -53,4 +54,8 @@ complete -c vintrel -n $render -l progress -x -a 'text json' -d 'For people or p
 complete -c vintrel -n $render -l save-scene -r -F -d 'Write down what was asked for'
 complete -c vintrel -n $render -l dry-run -d 'Print the scene and the plan'
 complete -c vintrel -n '__fish_seen_subcommand_from sheet' -l count -x -d 'Pictures on the sheet'
+set -l panel '__fish_seen_subcommand_from panel'
+complete -c vintrel -n $panel -l scene -r -F -d 'Begin with a scene file'
+complete -c vintrel -n $panel -l no-browser -d 'Say the address, and open nothing'
+complete -c vintrel -n $panel -l port -x -d 'Port of 127.0.0.1'
 complete -c vintrel -n '__fish_seen_subcommand_from info' -l json -d 'As one JSON object'

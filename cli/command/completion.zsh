@@ -17,6 +17,7 @@ _vintrel() {
   local -a commands=(
     'render:draw snow on a picture, a sequence or a video'
     'sheet:render a few frames of a shot into one picture'
+    'panel:set the snow in a page of the browser'
     'info:say what the tool sees in a file'
     'presets:list the looks that --preset takes'
     'params:list the parameters that --set takes'
@@ -74,6 +75,10 @@ _vintrel() {
   case $command in
     render) _arguments -s $help $shot $render '1:input:_files' '2:output:_files' ;;
     sheet) _arguments -s $help $shot '--count[pictures on the sheet]:number:' '1:input:_files' '2:output:_files' ;;
+    panel)
+      _arguments $help '--scene[begin with a scene file]:scene:_files -g "*.toml"' \
+        '--no-browser[say the address, and open nothing]' '--port[port of 127.0.0.1]:port:' '1:input:_files'
+      ;;
     info) _arguments $help '--json[as one JSON object]' '1:file:_files' ;;
     *) _arguments $help ;;
   esac

@@ -140,6 +140,18 @@ void AddSheet(CLI::App& app, CommandLine& line) {
   sheet->footer("Example:\n  vintrel sheet shot.mov -o sheet.png --preset blizzard --frames 0-119");
 }
 
+void AddPanel(CLI::App& app, PanelOptions& options) {
+  CLI::App* panel =
+      app.add_subcommand("panel", "Set the snow in a page of the browser, on a picture or clip");
+  panel->add_option("INPUT", options.input, "Picture, numbered pictures or video to snow on");
+  panel->add_option("--scene", options.sceneFile, "Begin with a scene file")->type_name("FILE");
+  panel->add_flag("--no-browser", options.noBrowser, "Say the address, and open nothing");
+  panel->add_option("--port", options.port, "Port of 127.0.0.1 (default: any free one)")
+      ->type_name("N")
+      ->check(CheckNumber<int>);
+  panel->footer("Examples:\n  vintrel panel shot.mov\n  vintrel panel --scene shot.toml --no-browser");
+}
+
 }  // namespace
 
 std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
@@ -148,6 +160,7 @@ std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
   app->require_subcommand(1);
   AddRender(*app, line.shot);
   AddSheet(*app, line);
+  AddPanel(*app, line.panel);
   CLI::App* info = app->add_subcommand("info", "Say what the tool sees in a file");
   info->footer("Example:\n  vintrel info shot.mov");
   info->add_option("FILE", line.infoFile, "Picture, numbered pictures or video")->required();

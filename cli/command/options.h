@@ -50,15 +50,24 @@ struct ShotOptions {
   bool overwrite = false;  // as it is without
 };
 
+/// What `vintrel panel` is asked for.
+struct PanelOptions {
+  std::string input;
+  std::string sceneFile;
+  int port = 0;  // 0: any free one
+  bool noBrowser = false;
+};
+
 struct CommandLine {
   ShotOptions shot;
+  PanelOptions panel;
   int sheetCells = 12;
   std::string infoFile;
   bool infoAsJson = false;
 };
 
 /// A parser for every command, filling `line`, which must outlive it.  After parsing, `got_subcommand` tells
-/// the command: "render", "sheet", "info", "params", "presets" or "about"; there is exactly one.
+/// the command: "render", "sheet", "panel", "info", "params", "presets" or "about"; there is exactly one.
 std::shared_ptr<CLI::App> MakeParser(CommandLine& line);
 
 /// What a parser that has refused a command line says, with the nearest of what there is.
