@@ -36,6 +36,18 @@ Image::Image(int width, int height, Depth depth, Clearing clearing) {
   }
 }
 
+Image Image::Over(void* pixels, int width, int height, Depth depth, std::size_t rowBytes) {
+  RequireSide("width", width);
+  RequireSide("height", height);
+  Image image;
+  image.width_ = width;
+  image.height_ = height;
+  image.depth_ = depth;
+  image.rowBytes_ = rowBytes;
+  image.pixels_ = {static_cast<std::byte*>(pixels), FreeAligned(false)};
+  return image;
+}
+
 Image::Image(Image&& other) noexcept
     : width_(std::exchange(other.width_, 0)),
       height_(std::exchange(other.height_, 0)),
@@ -59,7 +71,10 @@ Image Image::Clone() const {
     return {};
   }
   Image copy(width_, height_, depth_, Clearing::kNone);
-  std::memcpy(copy.Data(), Data(), rowBytes_ * static_cast<std::size_t>(height_));
+  const std::size_t used = static_cast<std::size_t>(width_) * BytesPerPixel(depth_);
+  for (std::size_t row = 0; row < static_cast<std::size_t>(height_); ++row) {
+    std::memcpy(copy.Data() + row * copy.rowBytes_, Data() + row * rowBytes_, used);
+  }
   return copy;
 }
 

@@ -54,8 +54,8 @@ enum class Clearing {
   kNone,              // pixels and padding start undefined
 };
 
-/// Owns its pixels.  Rows run from the top and begin on 64-byte boundaries.  Moving leaves the source empty
-/// (0 x 0); a copy is made by name, with Clone.
+/// Owns its pixels, but for one made by Over.  Rows run from the top and begin on 64-byte boundaries.  Moving
+/// leaves the source empty (0 x 0); a copy is made by name, with Clone.
 class Image {
  public:
   /// Positions are 16.16 fixed point everywhere, so no side can be longer.
@@ -67,6 +67,10 @@ class Image {
   /// `width` and `height` are 1..kMaxSide pixels.  Throws std::invalid_argument outside of that, naming the
   /// value and the limit, and std::bad_alloc without memory.
   Image(int width, int height, Depth depth, Clearing clearing = Clearing::kTransparentBlack);
+
+  /// An image in memory that somebody else keeps for as long as it lives.  Rows are `rowBytes` apart, which
+  /// holds at least a row of pixels and is a whole number of channels.  Throws as the constructor does.
+  static Image Over(void* pixels, int width, int height, Depth depth, std::size_t rowBytes);
 
   Image(Image&& other) noexcept;
   Image& operator=(Image&& other) noexcept;
@@ -80,7 +84,7 @@ class Image {
   Depth PixelDepth() const noexcept { return depth_; }
   bool Empty() const noexcept { return width_ == 0; }
 
-  /// Bytes from one row to the next; a multiple of kRowAlignment.
+  /// Bytes from one row to the next; a multiple of kRowAlignment where the image owns its pixels.
   std::size_t RowBytes() const noexcept { return rowBytes_; }
 
   /// The first byte of the first row; null in an empty image.
@@ -107,8 +111,13 @@ class Image {
 
  private:
   struct FreeAligned {
+    FreeAligned() noexcept : isOwner(true) {}
+    explicit FreeAligned(bool owner) noexcept : isOwner(owner) {}
+    bool isOwner;
     void operator()(std::byte* pixels) const noexcept {
-      ::operator delete (pixels, std::align_val_t{kRowAlignment});
+      if (isOwner) {
+        ::operator delete (pixels, std::align_val_t{kRowAlignment});
+      }
     }
   };
 
