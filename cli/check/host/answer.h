@@ -1,0 +1,103 @@
+// How each function of the tables answers: by the host's own, or by the lie that is due.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "cli/check/host/allocation.h"
+#include "cli/check/host/lying_host.h"
+
+namespace cli::check {
+
+/// What is told, and what has been called so far.
+struct Plan {
+  std::optional<Fault> fault;
+  std::uint64_t told = 0;
+  std::array<std::uint64_t, kEntryCount> calls{};
+};
+
+/// The host of the command on its way, and its plan.
+struct Telling {
+  LyingHost* host = nullptr;
+  Plan plan;
+};
+Telling& CurrentTelling() noexcept;
+
+/// Counts a call.  The fault whose turn it is, or null.
+inline const Fault* NextLie(const HostCall& call) {
+  Telling& telling = CurrentTelling();
+  if (telling.host->isRecording) {
+    telling.host->record.push_back(call);
+  }
+  Plan& plan = telling.plan;
+  const std::uint64_t number = ++plan.calls[static_cast<std::size_t>(call.entry)];
+  if (!plan.fault || plan.fault->entry != call.entry) {
+    return nullptr;
+  }
+  const Fault& fault = *plan.fault;
+  if (number != fault.call && !(fault.fromThenOn && number > fault.call)) {
+    return nullptr;
+  }
+  ++plan.told;
+  return &fault;
+}
+
+/// A function that returns a status.  `nothing` claims success.
+template <class Forward, class Nothing>
+PF_Err Answer(const HostCall& call, Forward forward, Nothing nothing) {
+  const HostSide side;
+  const Fault* const lie = NextLie(call);
+  if (lie == nullptr) {
+    return forward();
+  }
+  switch (lie->lie) {
+    case Lie::kThrow:
+      throw PF_Err{lie->code};
+    case Lie::kError:
+      return lie->code;
+    default:
+      nothing();
+      return PF_Err_NONE;
+  }
+}
+
+template <class Forward>
+PF_Err Answer(const HostCall& call, Forward forward) {
+  return Answer(call, forward, [] {});
+}
+
+/// A function by which the effect gives something back: it arrives whatever is answered.
+template <class Forward>
+auto AnswerReturn(const HostCall& call, Forward forward) {
+  const HostSide side;
+  const Fault* const lie = NextLie(call);
+  if constexpr (std::is_void_v<decltype(forward())>) {
+    forward();
+    if (lie != nullptr) {
+      throw PF_Err{lie->code};
+    }
+  } else {
+    const PF_Err err = forward();
+    if (lie != nullptr && lie->lie == Lie::kThrow) {
+      throw PF_Err{lie->code};
+    }
+    return lie != nullptr ? lie->code : err;
+  }
+}
+
+/// A function that returns a pointer: null in place of a code.
+template <class Forward>
+auto AnswerPointer(const HostCall& call, Forward forward) -> decltype(forward()) {
+  const HostSide side;
+  const Fault* const lie = NextLie(call);
+  if (lie == nullptr) {
+    return forward();
+  }
+  if (lie->lie == Lie::kThrow) {
+    throw PF_Err{lie->code};
+  }
+  return nullptr;
+}
+
+}  // namespace cli::check
