@@ -1,0 +1,228 @@
+// Level 5: parameters and times of every value, sense or not.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <optional>
+
+#include "cli/check/level.h"
+#include "cli/check/random.h"
+#include "cli/check/random_look.h"
+#include "cli/check/scenario.h"
+
+namespace cli::check {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kWildNumbers[] = {0,
+                                   -0.0,
+                                   0.5,
+                                   -1,
+                                   1,
+                                   100,
+                                   -100,
+                                   1e6,
+                                   -1e6,
+                                   2147483647.0,
+                                   2147483648.0,
+                                   -2147483648.0,
+                                   -2147483649.0,
+                                   1e18,
+                                   1e38,
+                                   -1e38,
+                                   1e300,
+                                   -1e300,
+                                   5e-324,
+                                   kInfinity,
+                                   -kInfinity,
+                                   std::numeric_limits<double>::quiet_NaN()};
+constexpr std::int32_t kWildTimes[] = {INT_MIN, INT_MIN + 1, -100'000, -2,   -1,          0,      1,
+                                       2,       3,           40,       1001, INT_MAX - 1, INT_MAX};
+constexpr std::uint32_t kWildScales[] = {0, 1, 30, 30'000, INT_MAX, 0x80000000u, UINT_MAX};
+
+// As a host might hand it out.
+void SetNumber(PF_ParamDef& def, double number, std::int32_t whole) {
+  switch (def.param_type) {
+    case PF_Param_FLOAT_SLIDER:
+      def.u.fs_d.value = number;
+      break;
+    case PF_Param_SLIDER:
+      def.u.sd.value = whole;
+      break;
+    case PF_Param_POPUP:
+      def.u.pd.value = whole;
+      break;
+    case PF_Param_CHECKBOX:
+      def.u.bd.value = whole;
+      break;
+    case PF_Param_POINT:
+      def.u.td.x_value = whole;
+      def.u.td.y_value = static_cast<std::int32_t>(static_cast<std::uint32_t>(whole) * 2654435761u);
+      break;
+    default:
+      break;
+  }
+}
+
+class Values {
+ public:
+  Values(const LevelTask& task, Subject& subject) : task_(task), subject_(subject) {
+    for (const minihost::Depth depth : kDepths) {
+      stages_.push_back(std::make_unique<Stage>(Layout{12, 9, depth, 1}));
+    }
+    const auto* flakes = minihost::FindParameter(subject.Effect()->Parameters(), "Flakes");
+    flakes_ = flakes != nullptr ? flakes->index : 0;
+  }
+
+  void Valid(Tally::Check check) {
+    Random random(task_.seed);
+    for (std::uint64_t i = 0; i < task_.Tries(1'000'000); ++i) {
+      task_.tally.Try(check, "vector {} of seed {}", i, task_.seed);
+      minihost::Instance instance(subject_.Effect(),
+                                  RandomLook(random, subject_.Effect()->SharedParameters(), 24));
+      Stage& stage = AnyStage(random);
+      minihost::Frame frame = stage.Begin(random.Of(kProtocols), random.Between(0, 6));
+      frame.timing.shutterDegrees = random.Real(0, 720);
+      Expect(check, stage, instance, frame, 0);
+    }
+  }
+
+  // Some of the values are beyond every range, and others at each reading.
+  void Wild(Tally::Check check) {
+    Random random(task_.seed + 1);
+    minihost::Instance instance = subject_.Make({});
+    for (std::uint64_t i = 0; i < task_.Tries(300'000); ++i) {
+      task_.tally.Try(check, "vector {} of seed {}", i, task_.seed);
+      const std::uint64_t share = 1 + random.Below(12);
+      subject_.host.onParameter = [&](std::int32_t index, std::int32_t, PF_ParamDef& def) {
+        if (index == flakes_) {
+          def.u.fs_d.value = random.OneIn(4) ? random.Of(kFewFlakes) : 20;
+        } else if (random.OneIn(share)) {
+          SetNumber(def, random.Of(kWildNumbers), random.Of(kWildTimes));
+        }
+      };
+      Stage& stage = AnyStage(random);
+      Expect(check, stage, instance, stage.Begin(random.Of(kProtocols), 1), 0);
+      subject_.host.onParameter = nullptr;
+    }
+  }
+
+  // Times, steps, scales and shutter angles; where no time can be made of them, the background is the frame.
+  void Times(Tally::Check check) {
+    Random random(task_.seed + 2);
+    minihost::Instance instance = subject_.Make({{"Flakes", 20}});
+    for (std::uint64_t i = 0; i < task_.Tries(40'000); ++i) {
+      const std::int32_t time = random.Of(kWildTimes), step = random.Of(kWildTimes),
+                         localStep = random.Of(kWildTimes), shutter = random.Of(kWildTimes);
+      const std::uint32_t scale = random.Of(kWildScales);
+      task_.tally.Try(check, "time {} of {} a second, step {}, layer's step {}, shutter {}/65536", time,
+                      scale, step, localStep, shutter);
+      subject_.host.before = [&](const CommandView& command) {
+        command.in.current_time = time;
+        command.in.time_step = step;
+        command.in.local_time_step = localStep;
+        command.in.time_scale = scale;
+        command.in.shutter_angle = shutter;
+        return LyingHost::Pass::kOn;
+      };
+      Stage& stage = AnyStage(random);
+      // The layer is there at the host's own time alone, so that a smart render would be a fault.
+      minihost::Frame frame = stage.Begin(minihost::Protocol::kPlain, 1);
+      const bool isTime = time >= 0 && scale != 0 && localStep != 0;
+      Expect(check, stage, instance, frame, isTime ? std::nullopt : std::optional<PF_Err>(0));
+      subject_.host.before = nullptr;
+      task_.tally.Expect(check, isTime || stage.output.HasPixels(stage.stripes), "not the background");
+    }
+  }
+
+  // Frames that would take minutes end at once when the host wants it, and ask it often enough.
+  void Hopeless(Tally::Check check) {
+    Random random(task_.seed + 3);
+    const struct {
+      const char* name;
+      std::int32_t time;
+      Subject::Numbers look;
+    } rows[] = {
+        {"the latest time", INT_MAX, {{"Flakes", 20}}},
+        {"two million flakes over the picture",
+         1,
+         {{"Flakes", 2'000'000}, {"Size", 15}, {"Scene Depth", 100}}},
+    };
+    for (const auto& [name, time, look] : rows) {
+      for (const minihost::Protocol protocol : kProtocols) {
+        for (const auto& stage : stages_) {
+          task_.tally.Try(check, "{}, {}, {}", name, NameOf(protocol),
+                          NameOf(stage->output.Picture().PixelDepth()));
+          minihost::Instance instance = subject_.Make(look);
+          minihost::Frame frame = stage->Begin(protocol, time);
+          const auto stopFrom = Clock::now() + std::chrono::milliseconds(random.Below(5));
+          Clock::time_point lastAsked = Clock::now();
+          double longest = 0;
+          const auto ask = [&] {
+            const auto now = Clock::now();
+            longest = std::max(longest, std::chrono::duration<double>(now - lastAsked).count());
+            lastAsked = now;
+            return now >= stopFrom ? minihost::Verdict::kStop : minihost::Verdict::kContinue;
+          };
+          frame.hooks.abort = ask;
+          frame.hooks.progress = [&](int, int) { return ask(); };
+          Expect(check, *stage, instance, frame, minihost::kRenderStopped);
+          ask();
+          // A machine that does other things as well is given its time.
+          task_.tally.Expect(check, longest < 2, fmt::format("did not ask for {:.2f} seconds", longest));
+        }
+      }
+    }
+  }
+
+ private:
+  static constexpr double kFewFlakes[] = {0,   0.99,       1,     -5,
+                                          3.7, -kInfinity, 1e300, std::numeric_limits<double>::quiet_NaN()};
+
+  Stage& AnyStage(Random& random) { return *stages_[random.Below(stages_.size())]; }
+
+  // A code of 0 or that of a stopped render is right where none is given.
+  void Expect(Tally::Check check, Stage& stage, minihost::Instance& instance, minihost::Frame frame,
+              std::optional<PF_Err> promised) {
+    if (!frame.hooks.abort) {
+      // Nobody waits longer than this for a small picture.
+      const auto end = Clock::now() + std::chrono::milliseconds(5);
+      const auto ask = [end] {
+        return Clock::now() > end ? minihost::Verdict::kStop : minihost::Verdict::kContinue;
+      };
+      frame.hooks.abort = ask;
+      frame.hooks.progress = [ask](int, int) { return ask(); };
+    }
+    const PF_Err code = instance.Render(frame).err;
+    const bool isRight = promised ? code == *promised : code == 0 || code == minihost::kRenderStopped;
+    task_.tally.Expect(check, isRight || code == minihost::kRenderStopped, fmt::format("returned {}", code));
+    const std::string damage = Damage(stage);
+    task_.tally.Expect(check, damage.empty(), damage);
+    const std::string complaints = Complaints(instance);
+    task_.tally.Expect(check, complaints.empty(), complaints);
+  }
+
+  const LevelTask& task_;
+  Subject& subject_;
+  std::vector<std::unique_ptr<Stage>> stages_;
+  std::int32_t flakes_ = 0;
+};
+
+}  // namespace
+
+void CheckValues(const LevelTask& task) {
+  Subject subject(task.module);
+  Values values(task, subject);
+  values.Valid(task.tally.Begin("valid parameters at random", "frames"));
+  values.Wild(task.tally.Begin("parameters beyond their ranges", "frames"));
+  values.Times(task.tally.Begin("times that make no sense", "frames"));
+  values.Hopeless(task.tally.Begin("hopeless frames ask whether to go on", "frames"));
+}
+
+}  // namespace cli::check
