@@ -22,6 +22,9 @@ using cli::ExitCode;
 using cli::ToolError;
 
 ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line, cli::Messages& messages) {
+  if (app.got_subcommand("check")) {
+    return cli::CheckModule(line.check, &MainEntry);
+  }
   const auto effect = minihost::Effect::Linked(&MainEntry);
   if (app.got_subcommand("render")) {
     return cli::RenderShot(line.shot, effect, messages);

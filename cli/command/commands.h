@@ -45,4 +45,8 @@ std::string PresetTable(const std::vector<Preset>& presets);
 /// `vintrel params`: a line for each parameter that can be set, below a line of headings.
 std::string ParameterTable(const minihost::ParameterList& list);
 
+/// `vintrel check`: the battery on a module, or on the effect in the tool; what came of it goes to standard
+/// output.  Returns kDone when all held, else kFrameFailed; throws ToolError for what cannot be tried.
+ExitCode CheckModule(const CheckOptions& options, minihost::EntryPoint ownEffect);
+
 }  // namespace cli

@@ -52,13 +52,15 @@ _vintrel_value() {
     --codec) _vintrel_words "$value" h264 hevc prores ffv1 ;;
     --sound) _vintrel_words "$value" auto copy aac none ;;
     --proxy) _vintrel_words "$value" 2 4 ;;
+    --levels) _vintrel_words "$value" 1 1-8 9,10 ;;
+    --against) compopt -o default ;;
     --missing) _vintrel_words "$value" error skip black ;;
     --progress) _vintrel_words "$value" text json ;;
   esac
 }
 
 _vintrel() {
-  local commands='render sheet panel info presets params about'
+  local commands='render sheet panel info presets params check about'
   local flags='--help --only-snow --retime --quiet -h -q'
   local values='--input --blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
     --compression --codec --quality --sound --proxy --pixel-aspect --jobs --missing -i -o -r'
@@ -76,6 +78,7 @@ _vintrel() {
     sheet) values+=" $sheet_values" ;;
     panel) flags='--help -h --no-browser' values='--scene --port' ;;
     info) flags='--help -h --json' values='' ;;
+    check) flags='--help -h --quick --json' values='--levels --seed --against --jobs' ;;
     *) flags='--help -h' values='' ;;
   esac
   if [[ $current == --*=* ]]; then  # --preset=NAME
@@ -89,7 +92,7 @@ _vintrel() {
     _vintrel_value "$tool" "$option" "${current#"$begin"}"
   elif [[ $current == -* ]]; then
     _vintrel_words "$current" "$flags $values"
-  elif [[ $command == render || $command == sheet || $command == panel || $command == info ]]; then
+  elif [[ $command == render || $command == sheet || $command == panel || $command == info || $command == check ]]; then
     compopt -o default
   fi
 

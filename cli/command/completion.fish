@@ -10,13 +10,14 @@ complete -c vintrel -n __fish_use_subcommand -a panel -d 'Set the snow in a page
 complete -c vintrel -n __fish_use_subcommand -a info -d 'Say what the tool sees in a file'
 complete -c vintrel -n __fish_use_subcommand -a presets -d 'List the looks that --preset takes'
 complete -c vintrel -n __fish_use_subcommand -a params -d 'List the parameters that --set takes'
+complete -c vintrel -n __fish_use_subcommand -a check -d 'Try an effect module in a host that lies'
 complete -c vintrel -n __fish_use_subcommand -a about -d 'Say what the effect says about itself'
 
 function __vintrel_params
     vintrel params 2>/dev/null | awk -F '  +' -v mark=$argv[1] 'NR > 1 { print $3 mark }'
 end
 
-set -l files '__fish_seen_subcommand_from render sheet panel info'
+set -l files '__fish_seen_subcommand_from render sheet panel info check'
 set -l shot '__fish_seen_subcommand_from render sheet'
 set -l render '__fish_seen_subcommand_from render'
 complete -c vintrel -n $files -F
@@ -58,4 +59,10 @@ set -l panel '__fish_seen_subcommand_from panel'
 complete -c vintrel -n $panel -l scene -r -F -d 'Begin with a scene file'
 complete -c vintrel -n $panel -l no-browser -d 'Say the address, and open nothing'
 complete -c vintrel -n $panel -l port -x -d 'Port of 127.0.0.1'
-complete -c vintrel -n '__fish_seen_subcommand_from info' -l json -d 'As one JSON object'
+complete -c vintrel -n '__fish_seen_subcommand_from info check' -l json -d 'As one JSON object'
+set -l check '__fish_seen_subcommand_from check'
+complete -c vintrel -n $check -l levels -x -d 'Which levels'
+complete -c vintrel -n $check -l seed -x -d 'Of all that is random'
+complete -c vintrel -n $check -l quick -d 'Fewer random tries'
+complete -c vintrel -n $check -l against -r -F -d 'A build to compare with'
+complete -c vintrel -n $check -l jobs -x -d 'Levels at the same time'

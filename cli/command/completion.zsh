@@ -21,6 +21,7 @@ _vintrel() {
     'info:say what the tool sees in a file'
     'presets:list the looks that --preset takes'
     'params:list the parameters that --set takes'
+    'check:try an effect module in a host that lies'
     'about:say what the effect says about itself'
   )
   local -a help=('(-h --help)'{-h,--help}'[print help]')
@@ -80,6 +81,11 @@ _vintrel() {
         '--no-browser[say the address, and open nothing]' '--port[port of 127.0.0.1]:port:' '1:input:_files'
       ;;
     info) _arguments $help '--json[as one JSON object]' '1:file:_files' ;;
+    check)
+      _arguments $help '--levels[which levels]:list:' '--seed[of all that is random]:number:' \
+        '--quick[fewer random tries]' '*--against[a build to compare with]:module:_files' \
+        '--jobs[levels at the same time]:number:' '--json[as one JSON object]' '1:module:_files'
+      ;;
     *) _arguments $help ;;
   esac
 }

@@ -152,6 +152,22 @@ void AddPanel(CLI::App& app, PanelOptions& options) {
   panel->footer("Examples:\n  vintrel panel shot.mov\n  vintrel panel --scene shot.toml --no-browser");
 }
 
+void AddCheck(CLI::App& app, CheckOptions& options) {
+  CLI::App* check = app.add_subcommand("check", "Try an effect module in a host that lies and interrupts");
+  check->add_option("MODULE", options.module, "The module (default: the effect that is in the tool)");
+  check->add_option("--levels", options.levels, "Which of the levels 1 to 10: 1,3-5 (default: all)")
+      ->type_name("LIST");
+  check->add_option("--seed", options.seed, "Of all that is random (default 1)")->type_name("N");
+  check->add_flag("--quick", options.isQuick, "A twentieth of the random tries");
+  check->add_option("--against", options.against, "A build whose pictures are to be equal; may be repeated")
+      ->type_name("MODULE");
+  check->add_option("--jobs", options.jobs, "Levels at the same time (default: one for each processor)")
+      ->type_name("N")
+      ->check(CheckNumber<int>);
+  check->add_flag("--json", options.asJson, "The report as one JSON object");
+  check->footer("Example:\n  vintrel check Vintrel.so --levels 1,8 --seed 7");
+}
+
 }  // namespace
 
 std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
@@ -169,10 +185,11 @@ std::shared_ptr<CLI::App> MakeParser(CommandLine& line) {
       ->footer("Example:\n  vintrel render street.png -o snow.png --preset flurry");
   app->add_subcommand("params", "List the parameters that --set takes")
       ->footer("Example:\n  vintrel params | grep -i wiggle");
+  AddCheck(*app, line.check);
   app->add_subcommand("about", "Say what the effect says about itself")->footer("Example:\n  vintrel about");
   app->footer(
       "'vintrel COMMAND --help' says more.\n"
-      "Exit codes: 0 done, 1 a frame failed, 2 command line, 3 input, 4 output, 130 interrupted.");
+      "Exit codes: 0 done, 1 a frame or a check failed, 2 command line, 3 input, 4 output, 130 interrupted.");
   for (CLI::App* command : app->get_subcommands({})) {
     for (CLI::Option* option : command->get_options()) {
       if (option->get_expected_min() > 0) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,16 +59,29 @@ struct PanelOptions {
   bool noBrowser = false;
 };
 
+/// What `vintrel check` is asked for.
+struct CheckOptions {
+  std::string module;  // empty: the effect that is part of the tool
+  std::vector<std::string> against;
+  std::string levels;
+  std::uint64_t seed = 1;
+  bool isQuick = false;
+  bool asJson = false;
+  int jobs = 0;
+};
+
 struct CommandLine {
   ShotOptions shot;
   PanelOptions panel;
+  CheckOptions check;
   int sheetCells = 12;
   std::string infoFile;
   bool infoAsJson = false;
 };
 
 /// A parser for every command, filling `line`, which must outlive it.  After parsing, `got_subcommand` tells
-/// the command: "render", "sheet", "panel", "info", "params", "presets" or "about"; there is exactly one.
+/// the command: "render", "sheet", "panel", "info", "params", "presets", "check" or "about"; there is exactly
+/// one.
 std::shared_ptr<CLI::App> MakeParser(CommandLine& line);
 
 /// What a parser that has refused a command line says, with the nearest of what there is.

@@ -14,7 +14,7 @@ namespace cli {
 /// What the process returns.  Scripts rely on the numbers; they do not change.
 enum class ExitCode : int {
   kDone = 0,
-  kFrameFailed = 1,    // a frame could not be rendered
+  kFrameFailed = 1,    // a frame could not be rendered, or a check of an effect failed
   kUsage = 2,          // the command line is wrong
   kInput = 3,          // a file could not be read
   kOutput = 4,         // a file could not be written
