@@ -2,7 +2,7 @@
 
 import { parseRate } from '../share/rate.js';
 import { MediaError } from './media_error.js';
-import { WorkerCalls } from './worker_calls.js';
+import { workerAt } from './worker_calls.js';
 
 const kFormats = [
   { id: 'mp4', label: 'MP4 (H.264)', codecs: ['avc'] },
@@ -10,29 +10,27 @@ const kFormats = [
 ];
 const kFramesAhead = 8;
 
+/** Where clips are encoded. */
+export const clipWorker = workerAt(new URL('./clip_worker.js', import.meta.url));
+
 /**
- * What this browser can write at a size and a rate's text: [{ id, label, available, reason, note }]. `reason` says why a format is not
- * available, `note` what happens to the picture's size; both may be empty.
+ * What this browser can write at a size and a rate's text: [{ id, label, available, reason, note }]. `reason` says why
+ * a format is not available, `note` what happens to the picture's size; both may be empty.
  */
-export async function clipFormats({ width, height, fps }) {
+export async function clipFormats({ width, height, fps = '24' }) {
   if (typeof VideoEncoder === 'undefined') {
     const reason = 'this browser has no encoder for pages (WebCodecs)';
     return kFormats.map(({ id, label }) => ({ id, label, available: false, reason, note: '' }));
   }
-  const calls = new WorkerCalls(workerUrl());
-  try {
-    const even = evenSize(width, height);
-    const rate = parseRate(fps);
-    return await Promise.all(
-      kFormats.map(async ({ id, label, codecs }) => {
-        const codec = await calls.call('encodable', { codecs, rate, ...even });
-        const reason = codec ? '' : `this browser does not encode ${label} at ${even.width} × ${even.height}`;
-        return { id, label, available: codec !== null, reason, note: noteOf(width, height) };
-      }),
-    );
-  } finally {
-    calls.end();
-  }
+  const even = evenSize(width, height);
+  const rate = parseRate(fps);
+  return Promise.all(
+    kFormats.map(async ({ id, label, codecs }) => {
+      const codec = await clipWorker().call('encodable', { codecs, rate, ...even });
+      const reason = codec ? '' : `this browser does not encode ${label} at ${even.width} × ${even.height}`;
+      return { id, label, available: codec !== null, reason, note: noteOf(width, height) };
+    }),
+  );
 }
 
 /**
@@ -53,45 +51,38 @@ export async function exportClip({ renderFrame, frames, fps, width, height, form
     throw new MediaError('this browser has no encoder for pages (WebCodecs); export a picture, or copy the command');
   }
   signal?.throwIfAborted();
-  const calls = new WorkerCalls(workerUrl());
-  const stop = () => calls.end();
-  signal?.addEventListener('abort', stop);
+  const calls = clipWorker();
+  const size = evenSize(width, height);
+  const codec = await calls.call('encodable', { codecs: known.codecs, rate, ...size });
+  if (!codec) {
+    throw new MediaError(`this browser does not encode ${known.label} at ${size.width} × ${size.height}`);
+  }
+  const clip = await calls.call('begin', { format, codec, rate, ...size });
   try {
-    const size = evenSize(width, height);
-    const codec = await calls.call('encodable', { codecs: known.codecs, rate, ...size });
-    if (!codec) {
-      throw new MediaError(`this browser does not encode ${known.label} at ${size.width} × ${size.height}`);
+    for await (const frame of renderedAhead(numbers, renderFrame)) {
+      signal?.throwIfAborted();
+      await calls.call('add', { clip, frame: frame.picture });
+      onProgress({ done: frame.done, count: numbers.length });
     }
-    await calls.call('begin', { format, codec, rate, ...size });
-    await addAll(numbers, renderFrame, calls, signal, onProgress);
-    return await calls.call('finish');
-  } catch (error) {
     signal?.throwIfAborted();
-    throw error;
+    return await calls.call('finish', clip);
   } finally {
-    signal?.removeEventListener('abort', stop);
-    calls.end();
+    calls.call('cancel', clip).catch(() => {}); // of one that is finished, nothing
   }
 }
 
-async function addAll(numbers, renderFrame, calls, signal, onProgress) {
+/** The frames in their order, while the next ones are being rendered. */
+async function* renderedAhead(numbers, renderFrame) {
   const ahead = [];
-  let begun = 0;
-  for (let done = 0; done < numbers.length;) {
-    while (begun < numbers.length && ahead.length < kFramesAhead) {
-      const frame = Promise.resolve(renderFrame(numbers[begun++]));
-      frame.catch(() => {}); // seen when its turn comes
+  for (let begun = 0, done = 1; done <= numbers.length; ++done) {
+    for (; begun < numbers.length && ahead.length < kFramesAhead; ++begun) {
+      const frame = Promise.resolve(renderFrame(numbers[begun]));
+      frame.catch(() => {}); // thrown when its turn comes
       ahead.push(frame);
     }
     const { width, height, data } = await ahead.shift();
-    signal?.throwIfAborted();
-    await calls.call('add', { width, height, data });
-    onProgress({ done: ++done, count: numbers.length });
+    yield { picture: { width, height, data }, done };
   }
-}
-
-function workerUrl() {
-  return new URL('./clip_worker.js', import.meta.url);
 }
 
 // Clips keep one color for two by two pixels.

@@ -61,6 +61,8 @@ export async function clipOf({ format, codec, width, height, rate }) {
         sample.close();
       }
     },
+    /** Ends the clip before its time. */
+    cancel: () => output.cancel(),
     /** The whole file. */
     async finish() {
       await output.finalize();

@@ -2,13 +2,14 @@
 
 import { kHeaderBytes, readHeader } from './header.js';
 import { MediaError } from './media_error.js';
-import { WorkerCalls } from './worker_calls.js';
+import { workerAt } from './worker_calls.js';
 
 // Plate and frame lie in the memory of every engine, four bytes a pixel each, beside what lights the flakes.
 const kMostPixels = 100e6;
 const kMostSide = 32767;
 
-let calls;
+const pictureWorker = workerAt(new URL('./picture_worker.js', import.meta.url));
+
 let lastId = 0;
 
 /**
@@ -21,7 +22,7 @@ export async function decodePicture(blob, name = blob.name ?? 'picture') {
   if (header) {
     checkSize(header, name);
   }
-  const picture = await workerCalls()
+  const picture = await pictureWorker()
     .call('decode', { blob, mostPixels: kMostPixels })
     .catch((error) => {
       throw new MediaError(error instanceof MediaError ? tooLarge(name, error.message) : unreadable(name, header));
@@ -40,12 +41,7 @@ export async function decodePicture(blob, name = blob.name ?? 'picture') {
 
 /** The Blob of a PNG with exactly these straight RGBA pixels. */
 export function encodePng({ width, height, data }) {
-  return workerCalls().call('encode', { width, height, data });
-}
-
-function workerCalls() {
-  calls ??= new WorkerCalls(new URL('./picture_worker.js', import.meta.url));
-  return calls;
+  return pictureWorker().call('encode', { width, height, data });
 }
 
 function checkSize({ width, height }, name) {

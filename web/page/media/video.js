@@ -2,12 +2,13 @@
 
 import { ByteCache } from './byte_cache.js';
 import { MediaError } from './media_error.js';
-import { WorkerCalls } from './worker_calls.js';
+import { workerAt } from './worker_calls.js';
 
 const kMostBytes = 384 << 20;
 const kMostPixels = 40e6;
 
-let lastId = 0;
+/** Where videos are decoded. */
+export const videoWorker = workerAt(new URL('./video_worker.js', import.meta.url));
 
 /**
  * Opens a video: { name, width, height, pixelAspect, fps, frames, codec, notes, frameAt(n), close() }.
@@ -17,31 +18,24 @@ let lastId = 0;
  * bits. Throws MediaError when the browser cannot read it; so does frameAt.
  */
 export async function openVideo(blob, name = blob.name ?? 'video') {
-  const calls = new WorkerCalls(new URL('./video_worker.js', import.meta.url));
-  const named = (error) => {
-    throw error instanceof MediaError ? new MediaError(`${name} ${error.message}`) : error;
-  };
-  try {
-    const about = await calls.call('open', blob).catch(named);
-    if (about.width * about.height > kMostPixels) {
-      throw new MediaError(
-        `${name} is too large: ${about.width} × ${about.height}, at most ${kMostPixels / 1e6} million pixels a frame`,
-      );
-    }
-    return videoOf(name, about, calls, named);
-  } catch (error) {
-    calls.end();
-    throw error;
-  }
-}
-
-function videoOf(name, { isConstant, ...about }, calls, named) {
-  const id = `video:${++lastId}`;
-  const plates = new ByteCache(kMostBytes);
+  const ask = (what, argument) =>
+    videoWorker()
+      .call(what, argument)
+      .catch((error) => {
+        throw error instanceof MediaError ? new MediaError(`${name} ${error.message}`) : error;
+      });
+  const { reader, isConstant, ...about } = await ask('open', blob);
   const { width, height, pixelAspect, fps, frames } = about;
+  const close = () => ask('close', reader);
+  if (width * height > kMostPixels) {
+    close();
+    const most = `at most ${kMostPixels / 1e6} million pixels a frame`;
+    throw new MediaError(`${name} is too large: ${width} × ${height}, ${most}`);
+  }
+  const plates = new ByteCache(kMostBytes);
   const decode = async (frame) => {
-    const data = await calls.call('frame', frame).catch(named);
-    return { id: `${id}:${frame}`, name, width, height, data, pixelAspect, notes: [] };
+    const data = await ask('frame', { reader, frame });
+    return { id: `video:${reader}:${frame}`, name, width, height, data, pixelAspect, notes: [] };
   };
   return {
     name,
@@ -60,7 +54,7 @@ function videoOf(name, { isConstant, ...about }, calls, named) {
     },
     close() {
       plates.clear();
-      calls.end();
+      close();
     },
   };
 }

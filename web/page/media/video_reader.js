@@ -25,7 +25,8 @@ export async function readerOf(blob) {
     throw new MediaError(`holds ${codec ?? 'unknown'} video, which this browser does not decode`);
   }
   const index = indexOf(await picturesOf(track));
-  return { about: { ...(await shapeOf(track)), ...index, codec }, frames: new FrameDecoder(track, index) };
+  const frames = new FrameDecoder(track, index);
+  return { about: { ...(await shapeOf(track)), ...index, codec }, frames, close: () => input.dispose() };
 }
 
 async function picturesOf(track) {

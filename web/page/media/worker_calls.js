@@ -2,6 +2,12 @@
 
 import { MediaError } from './media_error.js';
 
+/** How to call a worker that starts when it is first called, and stays. */
+export function workerAt(url) {
+  let calls;
+  return () => (calls ??= new WorkerCalls(url));
+}
+
 /** The calling side, on the page's thread. */
 export class WorkerCalls {
   #worker;
@@ -22,12 +28,6 @@ export class WorkerCalls {
       this.#waiting.set(id, { resolve, reject });
       this.#worker.postMessage({ id, name, argument }, transfer);
     });
-  }
-
-  /** Ends the worker; calls under way are rejected. */
-  end() {
-    this.#worker.terminate();
-    this.#fail(new DOMException('it was closed', 'AbortError'));
   }
 
   #take({ id, result, error }) {
