@@ -42,7 +42,12 @@ export async function openPage(browser, address, { path = '', ...options } = {})
   const context = await browser.newContext({ viewport: { width: 1440, height: 900 }, ...options });
   const page = await context.newPage();
   const problems = [];
-  page.on('console', (message) => message.type() === 'error' && problems.push(message.text()));
+  page.on('console', (message) => {
+    // The browser asks for the icon again whenever the address changes, network or not.
+    if (message.type() === 'error' && !message.location().url.endsWith('.svg')) {
+      problems.push(`${message.text()} ${message.location().url}`);
+    }
+  });
   page.on('pageerror', (error) => problems.push(String(error)));
   page.on('request', (request) => {
     if (!/^(blob|data):/.test(request.url()) && !request.url().startsWith(new URL(address).origin)) {
