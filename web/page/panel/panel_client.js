@@ -46,9 +46,9 @@ export class PanelClient {
   }
 
   /**
-   * Starts a render of the tool: { id, events, stop() }. `scene` is a scene's text, `output` a name as after `-o`, `frames` a
-   * list as after `--frames`. `events` is an async iterable of the tool's progress, each { event, ... }, that
-   * ends with "end"; stop() ends the render as Ctrl-C does. PanelConflict when files would be replaced unasked.
+   * Starts a render of the tool: { id, events, stop() }. `scene` is a scene's text, `output` a name as after `-o`,
+   * `frames` a list as after `--frames`. `events` is an async iterable of the tool's progress, each { event, ... },
+   * that ends with "end"; stop() ends the render as Ctrl-C does. PanelConflict when files would be replaced unasked.
    */
   async startRender({ scene, output, frames, replace = false, signal }) {
     const body = JSON.stringify({ scene, output, frames, replace });
