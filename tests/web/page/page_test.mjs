@@ -8,6 +8,7 @@ import test from 'node:test';
 import { promisify } from 'node:util';
 
 import { bytesFrom, startBrowser } from './support/browser.mjs';
+import { downloaded, drop, enter, frameOnPage, isInAddress } from './support/hands.mjs';
 import { pngsOfAllKinds } from './support/pictures.mjs';
 import { differenceOf, kSources, pixelsOfFile, renderedByTool, temporaryFolder } from './support/tool.mjs';
 
@@ -29,42 +30,6 @@ async function openPage(context, options) {
     assert.deepEqual(problems, []);
   });
   return page;
-}
-
-async function drop(page, name, bytes) {
-  const files = await page.evaluateHandle(
-    ([fileName, base64]) => {
-      const transfer = new DataTransfer();
-      transfer.items.add(new File([Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0))], fileName));
-      return transfer;
-    },
-    [name, Buffer.from(bytes).toString('base64')],
-  );
-  await page.dispatchEvent('main', 'drop', { dataTransfer: files });
-}
-
-/** The file that `act` makes the page hand to the visitor. */
-async function downloaded(page, folder, act) {
-  const [download] = await Promise.all([page.waitForEvent('download'), act()]);
-  const file = join(folder, download.suggestedFilename());
-  await download.saveAs(file);
-  return file;
-}
-
-async function frameOnPage(page, folder) {
-  return pixelsOfFile(
-    await downloaded(page, folder, async () => {
-      await page.getByRole('button', { name: 'Export' }).click();
-      await page.getByRole('menuitem', { name: 'This frame as PNG' }).click();
-    }),
-  );
-}
-
-const isInAddress = (page, text) => page.waitForFunction((wanted) => location.hash.includes(wanted), text);
-
-async function enter(field, text) {
-  await field.fill(text);
-  await field.press('Enter');
 }
 
 test('each control changes the frame as the tool does with the same value', async (context) => {

@@ -36,9 +36,10 @@ export async function startBrowser() {
 
 /**
  * A page of its own, loaded: { page, problems }. `problems` gathers errors in the console, exceptions that nobody
- * took, and requests to anywhere but `address`.
+ * took, and requests to anywhere but where the page comes from.
  */
 export async function openPage(browser, address, { path = '', ...options } = {}) {
+  const location = new URL(path, address);
   const context = await browser.newContext({ viewport: { width: 1440, height: 900 }, ...options });
   const page = await context.newPage();
   const problems = [];
@@ -50,11 +51,11 @@ export async function openPage(browser, address, { path = '', ...options } = {})
   });
   page.on('pageerror', (error) => problems.push(String(error)));
   page.on('request', (request) => {
-    if (!/^(blob|data):/.test(request.url()) && !request.url().startsWith(new URL(address).origin)) {
+    if (!/^(blob|data):/.test(request.url()) && !request.url().startsWith(`${location.origin}/`)) {
       problems.push(`the page asked for ${request.url()}`);
     }
   });
-  await page.goto(new URL(path, address).href);
+  await page.goto(location.href);
   return { page, problems };
 }
 

@@ -95,3 +95,9 @@ export function writeGrayVideo(file, codec, frames, rate) {
     [...input, '-c:v', codec, '-g', 12, '-bf', 2, '-crf', 4, '-pix_fmt', 'yuv420p', file].map(String),
   );
 }
+
+/** A video without loss, each frame another. */
+export function writeColorVideo(file, frames) {
+  const input = ['-v', 'error', '-y', '-f', 'lavfi', '-i', 'testsrc=s=640x360:r=25', '-frames:v', frames];
+  execFileSync('ffmpeg', [...input, '-c:v', 'ffv1', '-pix_fmt', 'bgr0', file].map(String));
+}
