@@ -80,7 +80,9 @@ VINTREL_INLINE void ShadeLanes(const FrameField& frame, BatchStreams& streams, F
 template <class T>
 VINTREL_INLINE std::int32_t LitLane(std::int32_t sampled, std::int32_t own, float weight) {
   const float lit = static_cast<float>(sampled - own) * weight + static_cast<float>(own);
-  return static_cast<typename PixelType<T>::Channel>(TruncateLane(lit));
+  const std::int32_t whole = TruncateLane(lit);
+  const std::int32_t notNegative = whole < 0 ? 0 : whole;
+  return notNegative < PixelType<T>::kWhite ? notNegative : PixelType<T>::kWhite;
 }
 
 // LitPixel of the plain form, from lights to colours.
