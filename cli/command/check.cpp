@@ -15,6 +15,15 @@ namespace {
 
 using check::LevelReport;
 
+// Levels are listed as frames are.
+std::vector<std::int32_t> ListOf(const std::string& text) {
+  try {
+    return ParseFrames(text);
+  } catch (const ToolError&) {
+    Refuse(ExitCode::kUsage, "--levels: '{}' is not a list of levels; write them as 1 or 1,3-5", text);
+  }
+}
+
 std::vector<int> LevelsOf(const std::string& text) {
   std::vector<int> levels;
   if (text.empty()) {
@@ -23,8 +32,7 @@ std::vector<int> LevelsOf(const std::string& text) {
     }
     return levels;
   }
-  const std::vector<std::int32_t> numbers = About("--levels", [&] { return ParseFrames(text); });
-  for (const std::int32_t number : numbers) {
+  for (const std::int32_t number : ListOf(text)) {
     const auto isIt = [number](const check::Level& level) { return level.number == number; };
     if (std::ranges::none_of(check::kLevels, isIt)) {
       Refuse(ExitCode::kUsage, "--levels: there is no level {}; they are 1 to {}", number,

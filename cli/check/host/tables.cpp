@@ -27,7 +27,7 @@ PF_Err CheckoutParam(PF_ProgPtr ref, std::int32_t index, std::int32_t time, std:
                      std::uint32_t scale, PF_ParamDef* def) {
   const auto forward = [&] {
     const PF_Err err = theirs.inter.checkout_param(ref, index, time, step, scale, def);
-    if (err == PF_Err_NONE && telling.host->onParameter) {
+    if (err == PF_Err_NONE && def != nullptr && telling.host->onParameter) {
       telling.host->onParameter(index, time, *def);
     }
     return err;

@@ -7,6 +7,7 @@
 #include "cli/check/random.h"
 #include "cli/check/random_look.h"
 #include "cli/check/scenario.h"
+#include "cli/check/wild.h"
 
 namespace cli::check {
 namespace {
@@ -20,10 +21,15 @@ struct Picture {
   std::vector<std::byte> pixels;
 };
 
+enum class Looks { kValid, kWild };
+
 class Gallery {
  public:
-  Gallery(const Module& module, std::uint64_t seed, LyingHost::Root root)
-      : subject_(module), seed_(seed), root_(root) {}
+  Gallery(const Module& module, std::uint64_t seed, Looks looks, LyingHost::Root root)
+      : subject_(module), seed_(seed), looks_(looks), root_(root) {
+    const auto* flakes = minihost::FindParameter(subject_.Effect()->Parameters(), "Flakes");
+    flakes_ = flakes != nullptr ? flakes->index : 0;
+  }
 
   Picture At(std::uint64_t number) {
     Random random(seed_ * 1'000'003 + number);
@@ -41,6 +47,9 @@ class Gallery {
     }
     subject_.host.Reset();
     subject_.host.root = root_;
+    if (looks_ == Looks::kWild) {
+      subject_.host.onParameter = WildParameters(random, 1 + random.Below(12), flakes_);
+    }
     Picture picture;
     picture.code = instance.Render(frame).err;
     picture.roots = subject_.host.rootsTaken;
@@ -52,7 +61,9 @@ class Gallery {
  private:
   Subject subject_;
   std::uint64_t seed_;
+  Looks looks_;
   LyingHost::Root root_;
+  std::int32_t flakes_ = 0;
 };
 
 std::string DifferenceOf(const Picture& a, const Picture& b) {
@@ -68,44 +79,60 @@ std::string DifferenceOf(const Picture& a, const Picture& b) {
   return {};
 }
 
-// One host at a time: the pictures of one module are kept until the other's are there.
-void Compare(const LevelTask& task, Tally::Check check, std::uint64_t count,
-             const std::vector<Picture>& first, const Module& module, LyingHost::Root root) {
-  Gallery gallery(module, task.seed, root);
-  std::uint64_t morePlain = 0;
-  for (std::uint64_t i = 0; i < count; ++i) {
-    task.tally.Try(check, "random frame {} of seed {}", i, task.seed);
-    const Picture picture = gallery.At(i);
-    const std::string difference = DifferenceOf(first[i], picture);
-    task.tally.Expect(check, difference.empty(), difference);
-    if (picture.roots > first[i].roots) {
-      ++morePlain;
+class Comparison {
+ public:
+  Comparison(const LevelTask& task, Looks looks, std::uint64_t count)
+      : task_(task), looks_(looks), count_(count) {
+    // One host at a time: the pictures of this one are kept until the others' are there.
+    Gallery gallery(task.module, task.seed, looks, LyingHost::Root::kRight);
+    for (std::uint64_t i = 0; i < count; ++i) {
+      first_.push_back(gallery.At(i));
     }
   }
-  if (root == LyingHost::Root::kDoubtful) {
-    // The plain loop takes its roots from the host, flake by flake.
-    task.tally.Expect(check, morePlain > count / 2,
-                      "the host's doubtful roots did not bring out another loop");
-    task.tally.Note(check, fmt::format("another loop in {} of {} frames", morePlain, count));
+
+  void With(std::string_view name, const Module& module, LyingHost::Root root) const {
+    const Tally::Check check = task_.tally.Begin(name, "frames");
+    Gallery gallery(module, task_.seed, looks_, root);
+    std::uint64_t morePlain = 0;
+    for (std::uint64_t i = 0; i < count_; ++i) {
+      task_.tally.Try(check, "random frame {} of seed {}", i, task_.seed);
+      const Picture picture = gallery.At(i);
+      const std::string difference = DifferenceOf(first_[i], picture);
+      task_.tally.Expect(check, difference.empty(), difference);
+      if (picture.roots > first_[i].roots) {
+        ++morePlain;
+      }
+    }
+    if (root == LyingHost::Root::kDoubtful) {
+      // The plain loop takes its roots from the host, flake by flake.
+      task_.tally.Expect(check, morePlain != 0, "the host's doubtful roots did not bring out another loop");
+      task_.tally.Note(check, fmt::format("another loop in {} of {} frames", morePlain, count_));
+    }
   }
-}
+
+ private:
+  const LevelTask& task_;
+  Looks looks_;
+  std::uint64_t count_;
+  std::vector<Picture> first_;
+};
 
 }  // namespace
 
 void CheckSameness(const LevelTask& task) {
-  const std::uint64_t count = task.Tries(20'000);
-  std::vector<Picture> first;
+  using Root = LyingHost::Root;
   {
-    Gallery gallery(task.module, task.seed, LyingHost::Root::kRight);
-    for (std::uint64_t i = 0; i < count; ++i) {
-      first.push_back(gallery.At(i));
+    const Comparison valid(task, Looks::kValid, task.Tries(20'000));
+    valid.With("again", task.module, Root::kRight);
+    valid.With("the plain loop", task.module, Root::kDoubtful);
+    for (const Module& other : task.against) {
+      valid.With(other.name, other, Root::kRight);
     }
   }
-  Compare(task, task.tally.Begin("again", "frames"), count, first, task.module, LyingHost::Root::kRight);
-  Compare(task, task.tally.Begin("the plain loop", "frames"), count, first, task.module,
-          LyingHost::Root::kDoubtful);
+  const Comparison wild(task, Looks::kWild, task.Tries(20'000));
+  wild.With("the plain loop, beyond the ranges", task.module, Root::kDoubtful);
   for (const Module& other : task.against) {
-    Compare(task, task.tally.Begin(other.name, "frames"), count, first, other, LyingHost::Root::kRight);
+    wild.With(fmt::format("{}, beyond the ranges", other.name), other, Root::kRight);
   }
 }
 

@@ -4,71 +4,20 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
-#include <cmath>
-#include <iterator>
-#include <limits>
 #include <optional>
 
 #include "cli/check/level.h"
 #include "cli/check/random.h"
 #include "cli/check/random_look.h"
 #include "cli/check/scenario.h"
+#include "cli/check/wild.h"
 
 namespace cli::check {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kWildNumbers[] = {0,
-                                   -0.0,
-                                   0.5,
-                                   -1,
-                                   1,
-                                   100,
-                                   -100,
-                                   1e6,
-                                   -1e6,
-                                   2147483647.0,
-                                   2147483648.0,
-                                   -2147483648.0,
-                                   -2147483649.0,
-                                   1e18,
-                                   1e38,
-                                   -1e38,
-                                   1e300,
-                                   -1e300,
-                                   5e-324,
-                                   kInfinity,
-                                   -kInfinity,
-                                   std::numeric_limits<double>::quiet_NaN()};
-constexpr std::int32_t kWildTimes[] = {INT_MIN, INT_MIN + 1, -100'000, -2,   -1,          0,      1,
-                                       2,       3,           40,       1001, INT_MAX - 1, INT_MAX};
 constexpr std::uint32_t kWildScales[] = {0, 1, 30, 30'000, INT_MAX, 0x80000000u, UINT_MAX};
-
-// As a host might hand it out.
-void SetNumber(PF_ParamDef& def, double number, std::int32_t whole) {
-  switch (def.param_type) {
-    case PF_Param_FLOAT_SLIDER:
-      def.u.fs_d.value = number;
-      break;
-    case PF_Param_SLIDER:
-      def.u.sd.value = whole;
-      break;
-    case PF_Param_POPUP:
-      def.u.pd.value = whole;
-      break;
-    case PF_Param_CHECKBOX:
-      def.u.bd.value = whole;
-      break;
-    case PF_Param_POINT:
-      def.u.td.x_value = whole;
-      def.u.td.y_value = static_cast<std::int32_t>(static_cast<std::uint32_t>(whole) * 2654435761u);
-      break;
-    default:
-      break;
-  }
-}
 
 class Values {
  public:
@@ -89,6 +38,7 @@ class Values {
       Stage& stage = AnyStage(random);
       minihost::Frame frame = stage.Begin(random.Of(kProtocols), random.Between(0, 6));
       frame.timing.shutterDegrees = random.Real(0, 720);
+      subject_.host.root = AnyRoot(random);
       Expect(check, stage, instance, frame, 0);
     }
   }
@@ -99,14 +49,8 @@ class Values {
     minihost::Instance instance = subject_.Make({});
     for (std::uint64_t i = 0; i < task_.Tries(300'000); ++i) {
       task_.tally.Try(check, "vector {} of seed {}", i, task_.seed);
-      const std::uint64_t share = 1 + random.Below(12);
-      subject_.host.onParameter = [&](std::int32_t index, std::int32_t, PF_ParamDef& def) {
-        if (index == flakes_) {
-          def.u.fs_d.value = random.OneIn(4) ? random.Of(kFewFlakes) : 20;
-        } else if (random.OneIn(share)) {
-          SetNumber(def, random.Of(kWildNumbers), random.Of(kWildTimes));
-        }
-      };
+      subject_.host.onParameter = WildParameters(random, 1 + random.Below(12), flakes_);
+      subject_.host.root = AnyRoot(random);
       Stage& stage = AnyStage(random);
       Expect(check, stage, instance, stage.Begin(random.Of(kProtocols), 1), 0);
       subject_.host.onParameter = nullptr;
@@ -118,8 +62,8 @@ class Values {
     Random random(task_.seed + 2);
     minihost::Instance instance = subject_.Make({{"Flakes", 20}});
     for (std::uint64_t i = 0; i < task_.Tries(40'000); ++i) {
-      const std::int32_t time = random.Of(kWildTimes), step = random.Of(kWildTimes),
-                         localStep = random.Of(kWildTimes), shutter = random.Of(kWildTimes);
+      const std::int32_t time = WildInteger(random), step = WildInteger(random),
+                         localStep = WildInteger(random), shutter = WildInteger(random);
       const std::uint32_t scale = random.Of(kWildScales);
       task_.tally.Try(check, "time {} of {} a second, step {}, layer's step {}, shutter {}/65536", time,
                       scale, step, localStep, shutter);
@@ -182,8 +126,10 @@ class Values {
   }
 
  private:
-  static constexpr double kFewFlakes[] = {0,   0.99,       1,     -5,
-                                          3.7, -kInfinity, 1e300, std::numeric_limits<double>::quiet_NaN()};
+  // The fast loop, and now and then the plain one.
+  static LyingHost::Root AnyRoot(Random& random) {
+    return random.OneIn(4) ? LyingHost::Root::kDoubtful : LyingHost::Root::kRight;
+  }
 
   Stage& AnyStage(Random& random) { return *stages_[random.Below(stages_.size())]; }
 
