@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <set>
+#include <span>
 
 #include "cli/check/level.h"
 
@@ -38,6 +39,11 @@ void Flags(const LevelTask& task, Subject& subject) {
   }
 }
 
+// Of whatever type they are: the records begin as zeros.
+bool HasSameBytes(const PF_ParamDef& a, const PF_ParamDef& b) {
+  return std::ranges::equal(std::as_bytes(std::span(&a, 1)), std::as_bytes(std::span(&b, 1)));
+}
+
 void Parameters(const LevelTask& task, Subject& subject) {
   const Tally::Check check = task.tally.Begin("parameters", "parameters");
   const std::vector<PF_ParamDef>& definitions = subject.Effect()->Definitions();
@@ -47,7 +53,7 @@ void Parameters(const LevelTask& task, Subject& subject) {
     const auto slot = static_cast<std::size_t>(parameter.index);
     const PF_ParamDef& definition = definitions[slot];
     task.tally.Try(check, "parameter {}", parameter.index);
-    task.tally.Expect(check, std::memcmp(&definition, &again->Definitions()[slot], sizeof definition) == 0,
+    task.tally.Expect(check, HasSameBytes(definition, again->Definitions()[slot]),
                       "another set-up declares it otherwise");
     if (parameter.index == 0) {
       continue;
