@@ -5,7 +5,7 @@ import { MediaError } from './media_error.js';
 import { workerAt } from './worker_calls.js';
 
 // Plate and frame lie in the memory of every engine, four bytes a pixel each, beside what lights the flakes.
-const kMostPixels = 100e6;
+const kMostPixels = 64e6;
 const kMostSide = 32767;
 
 const pictureWorker = workerAt(new URL('./picture_worker.js', import.meta.url));
