@@ -27,14 +27,14 @@ export async function decodePicture(blob, name = blob.name ?? 'picture') {
     .catch((error) => {
       throw new MediaError(error instanceof MediaError ? tooLarge(name, error.message) : unreadable(name, header));
     });
-  const { width, height, data, exact } = picture;
+  const { width, height, data, flaw } = picture;
   checkSize(picture, name);
   const notes = [];
   if (header?.bits > 8) {
     notes.push(`${name} has ${header.bits} bits a channel; 8 are shown`);
   }
-  if (!exact) {
-    notes.push(`this browser has no WebGL: colors under transparent pixels of ${name} are rounded`);
+  if (flaw) {
+    notes.push(`${name} is not quite as in its file: ${flaw}`);
   }
   return { id: `picture:${++lastId}`, name, width, height, data, pixelAspect: uprightAspect(header, picture), notes };
 }

@@ -12,9 +12,9 @@ answerCalls({
     if (width * height > mostPixels) {
       throw new MediaError(`it has ${width} × ${height} pixels`);
     }
-    const { data, exact } = await pixelsOf(bitmap);
+    const { data, flaw } = await pixelsOf(bitmap);
     bitmap.close();
-    return { result: { width, height, data, exact }, transfer: [data.buffer] };
+    return { result: { width, height, data, flaw }, transfer: [data.buffer] };
   },
   encode: pngOf,
 });

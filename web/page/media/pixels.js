@@ -4,12 +4,30 @@
 // lost. A WebGL texture takes pixels as they are; it is read back in strips that fit the largest texture.
 
 /**
- * Straight RGBA of an ImageBitmap that was made with premultiplyAlpha 'none' and colorSpaceConversion 'none':
- * { data, exact }. Where there is no WebGL a 2-D canvas stands in, and `exact` says whether that changed nothing.
+ * Straight RGBA of an ImageBitmap that was made `kAsItIs`: { data, flaw }. `flaw` is empty, or says what the browser
+ * did to the pixels: where there is no WebGL a 2-D canvas stands in, and some browsers alter whatever pages read back.
  */
 export async function pixelsOf(bitmap) {
   const gl = contextOfPixels();
-  return gl ? { data: await readThroughTexture(gl, bitmap), exact: true } : readThroughCanvas(bitmap);
+  if (!gl) {
+    const data = readThroughCanvas(bitmap);
+    return { data, flaw: isOpaque(data) ? '' : 'without WebGL, colors under transparent pixels are rounded' };
+  }
+  const flaw = (await isReadBackAsItIs(gl)) ? '' : 'this browser alters the pixels that pages read, to hide its user';
+  const data = await readThroughTexture(gl, bitmap);
+  gl.getExtension('WEBGL_lose_context')?.loseContext();
+  return { data, flaw };
+}
+
+async function isReadBackAsItIs(gl) {
+  const sample = new ImageData(
+    Uint8ClampedArray.from({ length: 4096 }, (_, index) => (index * 37) ^ (index >> 5)),
+    32,
+  );
+  const bitmap = await createImageBitmap(sample, kAsItIs);
+  const read = await readThroughTexture(gl, bitmap);
+  bitmap.close();
+  return read.every((byte, index) => byte === sample.data[index]);
 }
 
 function contextOfPixels() {
@@ -42,7 +60,6 @@ async function readThroughTexture(gl, bitmap) {
     }
   }
   const error = gl.getError();
-  gl.getExtension('WEBGL_lose_context')?.loseContext();
   if (error !== gl.NO_ERROR) {
     throw new Error(`the picture's pixels could not be read back (WebGL error ${error})`);
   }
@@ -58,8 +75,7 @@ function readThroughCanvas(bitmap) {
   const { width, height } = bitmap;
   const context = new OffscreenCanvas(width, height).getContext('2d', { willReadFrequently: true });
   context.drawImage(bitmap, 0, 0);
-  const { data } = context.getImageData(0, 0, width, height);
-  return { data, exact: isOpaque(data) };
+  return context.getImageData(0, 0, width, height).data;
 }
 
 /** Whether no pixel of straight RGBA lets anything through. */
