@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavutil/error.h>
 #include <libavutil/log.h>
+#include <libavutil/pixdesc.h>
 }
 
 namespace cli {
@@ -16,6 +17,21 @@ AvFrame AllocateFrame(AVPixelFormat format, int width, int height) {
     throw std::bad_alloc();
   }
   return frame;
+}
+
+AvFrame RowsOf(const AVFrame& frame, int first, int count) {
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
+  AvFrame rows(Allocated(av_frame_alloc()));
+  rows->format = frame.format;
+  rows->width = frame.width;
+  rows->height = count;
+  for (int plane = 0; plane < 4 && frame.data[plane] != nullptr; ++plane) {
+    const bool isChroma = plane == 1 || plane == 2;
+    const int row = isChroma ? first >> desc.log2_chroma_h : first;
+    rows->linesize[plane] = frame.linesize[plane];
+    rows->data[plane] = frame.data[plane] + static_cast<std::ptrdiff_t>(row) * frame.linesize[plane];
+  }
+  return rows;
 }
 
 int OpenInput(const std::filesystem::path& path, AvInput& file) {

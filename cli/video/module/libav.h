@@ -47,6 +47,10 @@ T* Allocated(T* thing) {
 /// A frame with room for its pixels, which are undefined.
 AvFrame AllocateFrame(AVPixelFormat format, int width, int height);
 
+/// So many rows of a planar frame from `first` on, on loan: the frame must outlive them.  `first` begins a
+/// block of chroma.
+AvFrame RowsOf(const AVFrame& frame, int first, int count);
+
 /// Opens a local file and looks what streams it has.  Returns 0 or more, or the libraries' error.
 int OpenInput(const std::filesystem::path& path, AvInput& file);
 

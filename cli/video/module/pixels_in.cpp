@@ -10,8 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "cli/frames/sample_convert.h"
-#include "cli/video/module/rgb.h"
+#include "cli/video/module/fast_convert.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -119,6 +118,18 @@ void Store(const RowColors& colors, std::span<Pixel> pixels) {
   }
 }
 
+/// Of the picture that a frame or a strip of it becomes.
+struct Rows {
+  Image& image;
+  int first;
+  int count;
+
+  template <class Pixel>
+  std::span<Pixel> Row(int row) const {
+    return image.Row<Pixel>(first + row);
+  }
+};
+
 /// Where the codes of one component lie when they are whole bytes or pairs of bytes, and nothing else is in
 /// them.
 struct PlainCodes {
@@ -190,6 +201,17 @@ void LookUp(std::array<const std::uint8_t*, 3> rgb, std::ptrdiff_t step, unsigne
   }
 }
 
+/// Planes of 16 bits whose white is at To65280.
+void Weave16(std::array<const std::uint8_t*, 3> rgb, std::span<PF_Pixel16> pixels) {
+  const auto* red = reinterpret_cast<const std::uint16_t*>(rgb[0]);
+  const auto* green = reinterpret_cast<const std::uint16_t*>(rgb[1]);
+  const auto* blue = reinterpret_cast<const std::uint16_t*>(rgb[2]);
+  for (std::size_t x = 0; x < pixels.size(); ++x) {
+    pixels[x] = {To32768::kWhite, FastConvert<To32768, To65280>(red[x]),
+                 FastConvert<To32768, To65280>(green[x]), FastConvert<To32768, To65280>(blue[x])};
+  }
+}
+
 /// Bytes in planes of their own whose codes are the samples.
 void Weave(const std::uint8_t* red, const std::uint8_t* green, const std::uint8_t* blue,
            std::span<PF_Pixel> pixels) {
@@ -198,10 +220,29 @@ void Weave(const std::uint8_t* red, const std::uint8_t* green, const std::uint8_
   }
 }
 
+/// Opaque pixels of the two ways in which RgbOfYuv counts, without a table.  False for others.
+template <class Pixel>
+bool StoreQuickly(std::array<const std::uint8_t*, 3> rgb, const PlainCodes& codes, double white,
+                  std::span<Pixel> pixels) {
+  if constexpr (std::is_same_v<Pixel, PF_Pixel>) {
+    if (codes.depth == 8 && codes.step == 1 && white == To255::kWhite) {
+      Weave(rgb[0], rgb[1], rgb[2], pixels);
+      return true;
+    }
+  }
+  if constexpr (std::is_same_v<Pixel, PF_Pixel16>) {
+    if (codes.depth == 16 && codes.step == 2 && white == To65280::kWhite) {
+      Weave16(rgb, pixels);
+      return true;
+    }
+  }
+  return false;
+}
+
 /// Straight colour whose codes lie plainly, by tables.  Gives the samples that going by fractions gives, and
 /// is several times as fast.  False when the frame is not so.
 template <class Pixel>
-bool StoreByTables(const AVFrame& colors, std::optional<double> white, const AVFrame* alphas, Image& image) {
+bool StoreByTables(const AVFrame& colors, std::optional<double> white, const AVFrame* alphas, Rows to) {
   using Way = WayOf<Pixel>;
   const int count = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(colors.format))->nb_components;
   const bool isGray = count < 3;
@@ -226,21 +267,16 @@ bool StoreByTables(const AVFrame& colors, std::optional<double> white, const AVF
   thread_local CodeTable<Way> alphaTable;
   const double colorWhite = white.value_or(whiteOf(red->depth));
   const auto* table = colorTable.For(red->depth, colorWhite);
-  const bool isSame =
-      std::is_same_v<Pixel, PF_Pixel> && red->depth == 8 && red->step == 1 && colorWhite == 255;
-  for (int row = 0; row < image.Height(); ++row) {
-    const auto pixels = image.Row<Pixel>(row);
+  for (int row = 0; row < to.count; ++row) {
+    const auto pixels = to.Row<Pixel>(row);
     const auto rowOf = [row](const PlainCodes& codes) { return codes.start + row * codes.rowStep; };
     const std::array rows{rowOf(*red), rowOf(*green), rowOf(*blue)};
-    if constexpr (std::is_same_v<Pixel, PF_Pixel>) {
-      if (isSame) {
-        Weave(rows[0], rows[1], rows[2], pixels);
+    if (!StoreQuickly(rows, *red, colorWhite, pixels)) {
+      if (red->IsWide()) {
+        LookUp<std::uint16_t>(rows, red->step, maskOf(red->depth), table, pixels);
+      } else {
+        LookUp<std::uint8_t>(rows, red->step, maskOf(red->depth), table, pixels);
       }
-    }
-    if (!isSame && red->IsWide()) {
-      LookUp<std::uint16_t>(rows, red->step, maskOf(red->depth), table, pixels);
-    } else if (!isSame) {
-      LookUp<std::uint8_t>(rows, red->step, maskOf(red->depth), table, pixels);
     }
     if (alpha) {
       const auto* samples = alphaTable.For(alpha->depth, whiteOf(alpha->depth));
@@ -255,10 +291,9 @@ bool StoreByTables(const AVFrame& colors, std::optional<double> white, const AVF
   return true;
 }
 
-}  // namespace
-
-Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, AlphaForm alpha) {
+void Decode(const AVFrame& frame, const YuvCoding& coding, AlphaForm alpha, Rows to) {
   const auto format = static_cast<AVPixelFormat>(frame.format);
+  const Depth depth = to.image.PixelDepth();
   const bool isPalette = format == AV_PIX_FMT_PAL8;
   std::optional<RgbFrame> rgb;
   if (IsYuv(format)) {
@@ -267,22 +302,21 @@ Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, A
   if (isPalette) {
     rgb = RgbOfPalette(frame);
   }
-  Image image(frame.width, frame.height, depth, minihost::Clearing::kNone);
   const bool isStraight = alpha == AlphaForm::kStraight || !HasAlpha(format);
   const bool isStored =
       isStraight && minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
         const AVFrame& alphas = isPalette ? *rgb->frame : frame;
         return StoreByTables<Pixel>(rgb ? *rgb->frame : frame, rgb ? std::optional(rgb->white) : std::nullopt,
-                                    HasAlpha(format) ? &alphas : nullptr, image);
+                                    HasAlpha(format) ? &alphas : nullptr, to);
       });
   if (isStored) {
-    return image;
+    return;
   }
   ComponentReader colorReader = rgb ? ComponentReader(*rgb->frame, rgb->white) : ComponentReader(frame);
   ComponentReader alphaReader(isPalette ? *rgb->frame : frame);
   RowColors colors(frame.width);
   minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
-    for (int row = 0; row < frame.height; ++row) {
+    for (int row = 0; row < to.count; ++row) {
       ReadColors(colorReader, row, colors);
       if (HasAlpha(format)) {
         alphaReader.Read(alphaReader.Count() - 1, row, colors.alpha);
@@ -290,9 +324,23 @@ Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, A
           MakeStraight(colors);
         }
       }
-      Store(colors, image.Row<Pixel>(row));
+      Store(colors, to.Row<Pixel>(row));
     }
   });
+}
+
+}  // namespace
+
+Image DecodePixels(const AVFrame& frame, const YuvCoding& coding, Depth depth, AlphaForm alpha) {
+  Image image(frame.width, frame.height, depth, minihost::Clearing::kNone);
+  if (!IsYuv(static_cast<AVPixelFormat>(frame.format))) {
+    Decode(frame, coding, alpha, {image, 0, frame.height});
+    return image;
+  }
+  for (int row = 0, count = 0; row < frame.height; row += count) {
+    count = StripRows(row, frame.height);
+    Decode(*RowsOf(frame, row, count), coding, alpha, {image, row, count});
+  }
   return image;
 }
 

@@ -1,12 +1,12 @@
 #include "cli/video/module/pixels_out.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <type_traits>
 
-#include "cli/frames/sample_convert.h"
-#include "cli/video/module/rgb.h"
+#include "cli/video/module/fast_convert.h"
 
 namespace cli {
 namespace {
@@ -15,32 +15,27 @@ using minihost::Image;
 
 using To1023 = CountTo<std::uint16_t, 1023>;
 
-/// ConvertSample, without the arithmetic where nothing changes and in 32 bits where they suffice, so that the
-/// compiler can work on many at once.
-template <class To, class From>
-constexpr typename To::Sample Quickly(typename From::Sample value) noexcept {
-  if constexpr (std::is_same_v<To, From> && std::is_same_v<To, To255>) {
-    return value;
-  } else if constexpr (!kIsFloat<To> && !kIsFloat<From>) {
-    constexpr std::uint64_t kMost = std::uint64_t{From::kWhite} * To::kWhite * 2 + From::kWhite;
-    if constexpr (kMost <= UINT32_MAX) {
-      const std::uint32_t within = value < From::kWhite ? value : From::kWhite;
-      return static_cast<typename To::Sample>((within * (To::kWhite * 2) + From::kWhite) /
-                                              (From::kWhite * 2));
-    }
+/// So many rows of a picture from `first` on.
+struct Rows {
+  const Image& image;
+  int first;
+  int count;
+
+  template <class Pixel>
+  std::span<const Pixel> Row(int row) const {
+    return image.Row<Pixel>(first + row);
   }
-  return ConvertSample<To, From>(value);
-}
+};
 
 template <class Pixel>
-void WriteBytes(const Image& image, AVFrame& frame) {
-  for (int row = 0; row < image.Height(); ++row) {
+void WriteBytes(Rows from, AVFrame& frame) {
+  for (int row = 0; row < from.count; ++row) {
     std::uint8_t* bytes = frame.data[0] + static_cast<std::ptrdiff_t>(row) * frame.linesize[0];
-    for (const Pixel& pixel : image.Row<Pixel>(row)) {
-      *bytes++ = Quickly<To255, WayOf<Pixel>>(pixel.blue);
-      *bytes++ = Quickly<To255, WayOf<Pixel>>(pixel.green);
-      *bytes++ = Quickly<To255, WayOf<Pixel>>(pixel.red);
-      *bytes++ = Quickly<To255, WayOf<Pixel>>(pixel.alpha);
+    for (const Pixel& pixel : from.Row<Pixel>(row)) {
+      *bytes++ = FastConvert<To255, WayOf<Pixel>>(pixel.blue);
+      *bytes++ = FastConvert<To255, WayOf<Pixel>>(pixel.green);
+      *bytes++ = FastConvert<To255, WayOf<Pixel>>(pixel.red);
+      *bytes++ = FastConvert<To255, WayOf<Pixel>>(pixel.alpha);
     }
   }
 }
@@ -52,11 +47,12 @@ typename Way::Sample* PlaneRow(AVFrame& frame, int plane, int row) {
 }
 
 template <class Way, class Pixel>
-void WriteAlpha(const Image& image, AVFrame& frame) {
-  for (int row = 0; row < image.Height(); ++row) {
-    auto* sample = PlaneRow<Way>(frame, 3, row);
-    for (const Pixel& pixel : image.Row<Pixel>(row)) {
-      *sample++ = Quickly<Way, WayOf<Pixel>>(pixel.alpha);
+void WriteAlpha(Rows from, AVFrame& frame) {
+  for (int row = 0; row < from.count; ++row) {
+    auto* __restrict sample = PlaneRow<Way>(frame, 3, row);
+    const auto pixels = from.Row<Pixel>(row);
+    for (std::size_t x = 0; x < pixels.size(); ++x) {
+      sample[x] = FastConvert<Way, WayOf<Pixel>>(pixels[x].alpha);
     }
   }
 }
@@ -64,38 +60,53 @@ void WriteAlpha(const Image& image, AVFrame& frame) {
 /// One row of GBRP of any depth.
 template <class Way, class Pixel>
 void WriteColorRow(std::span<const Pixel> pixels, AVFrame& frame, int row) {
+  using From = WayOf<Pixel>;
   auto* __restrict green = PlaneRow<Way>(frame, 0, row);
   auto* __restrict blue = PlaneRow<Way>(frame, 1, row);
   auto* __restrict red = PlaneRow<Way>(frame, 2, row);
+  if constexpr (std::is_same_v<Pixel, PF_Pixel16> && sizeof *green == sizeof(std::uint16_t)) {
+    SplitColors(pixels.data(), pixels.size(), red, green, blue);
+    for (auto* samples : {red, green, blue}) {
+      for (std::size_t x = 0; x < pixels.size(); ++x) {
+        samples[x] = FastConvert<Way, From>(samples[x]);
+      }
+    }
+    return;
+  }
   for (std::size_t x = 0; x < pixels.size(); ++x) {
-    green[x] = Quickly<Way, WayOf<Pixel>>(pixels[x].green);
-    blue[x] = Quickly<Way, WayOf<Pixel>>(pixels[x].blue);
-    red[x] = Quickly<Way, WayOf<Pixel>>(pixels[x].red);
+    green[x] = FastConvert<Way, From>(pixels[x].green);
+    blue[x] = FastConvert<Way, From>(pixels[x].blue);
+    red[x] = FastConvert<Way, From>(pixels[x].red);
   }
 }
 
 template <class Way, class Pixel>
-void WriteColors(const Image& image, AVFrame& frame) {
-  for (int row = 0; row < image.Height(); ++row) {
-    WriteColorRow<Way>(image.Row<Pixel>(row), frame, row);
+void WriteColors(Rows from, AVFrame& frame) {
+  for (int row = 0; row < from.count; ++row) {
+    WriteColorRow<Way>(from.Row<Pixel>(row), frame, row);
   }
 }
 
 template <class Pixel>
 bool IsOpaque(std::span<const Pixel> pixels) {
+  using Sample = typename WayOf<Pixel>::Sample;
   const auto opaque = FromFraction<WayOf<Pixel>>(1.0);
-  bool all = true;
-  for (const Pixel& pixel : pixels) {
-    all &= pixel.alpha == opaque;
+  if constexpr (std::is_same_v<Sample, float>) {
+    return std::ranges::all_of(pixels, [&](const Pixel& pixel) { return pixel.alpha == opaque; });
+  } else {
+    Sample differing = 0;
+    for (const Pixel& pixel : pixels) {
+      differing = static_cast<Sample>(differing | (pixel.alpha ^ opaque));
+    }
+    return differing == 0;
   }
-  return all;
 }
 
 /// The same over black.
 template <class Way, class Pixel>
-void WriteColorsOverBlack(const Image& image, AVFrame& frame) {
-  for (int row = 0; row < image.Height(); ++row) {
-    const auto pixels = image.Row<Pixel>(row);
+void WriteColorsOverBlack(Rows from, AVFrame& frame) {
+  for (int row = 0; row < from.count; ++row) {
+    const auto pixels = from.Row<Pixel>(row);
     // Times one is what it was; most rows are so.
     if (IsOpaque(pixels)) {
       WriteColorRow<Way>(pixels, frame, row);
@@ -115,21 +126,25 @@ void WriteColorsOverBlack(const Image& image, AVFrame& frame) {
 }  // namespace
 
 void EncodePixels(const Image& image, AVColorSpace matrix, AVFrame& frame) {
+  const Rows all{image, 0, image.Height()};
   const auto toYuv = [&](AVPixelFormat format, auto write) {
-    const AvFrame rgb = AllocateFrame(format, frame.width, frame.height);
-    write(image, *rgb);
-    YuvOfRgb(*rgb, matrix, frame);
+    for (int row = 0, count = 0; row < image.Height(); row += count) {
+      count = StripRows(row, image.Height());
+      const AvFrame rgb = AllocateFrame(format, frame.width, count);
+      write(Rows{image, row, count}, *rgb);
+      YuvOfRgb(*rgb, matrix, *RowsOf(frame, row, count));
+    }
   };
   minihost::WithPixel(image.PixelDepth(), [&]<class Pixel>(Pixel) {
     switch (frame.format) {
       case AV_PIX_FMT_BGR0:
       case AV_PIX_FMT_BGRA:
-        return WriteBytes<Pixel>(image, frame);
+        return WriteBytes<Pixel>(all, frame);
       case AV_PIX_FMT_GBRAP16:
-        WriteAlpha<To65535, Pixel>(image, frame);
+        WriteAlpha<To65535, Pixel>(all, frame);
         [[fallthrough]];
       case AV_PIX_FMT_GBRP16:
-        return WriteColors<To65535, Pixel>(image, frame);
+        return WriteColors<To65535, Pixel>(all, frame);
       case AV_PIX_FMT_YUV420P:
         return toYuv(AV_PIX_FMT_GBRP, WriteColorsOverBlack<To255, Pixel>);
       case AV_PIX_FMT_YUV420P10:
@@ -137,7 +152,7 @@ void EncodePixels(const Image& image, AVColorSpace matrix, AVFrame& frame) {
         return toYuv(AV_PIX_FMT_GBRP16, WriteColorsOverBlack<To65280, Pixel>);
       case AV_PIX_FMT_YUVA444P10:
         toYuv(AV_PIX_FMT_GBRP16, WriteColors<To65280, Pixel>);
-        return WriteAlpha<To1023, Pixel>(image, frame);
+        return WriteAlpha<To1023, Pixel>(all, frame);
       default:
         throw std::invalid_argument("a pixel format that is not written");
     }

@@ -57,14 +57,14 @@ std::unique_ptr<SwsContext, FreeSws> MakeContext(const Conversion& wanted) {
   return context;
 }
 
-/// Contexts are costly to make, and hold no picture between two.  A thread needs one for the way in and one
-/// for the way out; on loan until the thread's next call.
+/// Contexts are costly to make, and hold no picture between two.  A thread needs two for the way in and two
+/// for the way out, since the last strip of a frame may be shorter; on loan until the thread's next call.
 SwsContext* ContextFor(const Conversion& wanted) {
   struct Kept {
     Conversion conversion;
     std::unique_ptr<SwsContext, FreeSws> context;
   };
-  thread_local std::array<std::optional<Kept>, 2> kept;
+  thread_local std::array<std::optional<Kept>, 4> kept;
   thread_local std::size_t oldest = 0;
   for (const std::optional<Kept>& one : kept) {
     if (one && one->conversion == wanted) {

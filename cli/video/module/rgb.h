@@ -27,6 +27,15 @@ struct RgbFrame {
 
 enum class RgbBits { k8, k16 };
 
+/// Frames are converted strip by strip, so that what is between stays in the cache; each stands for itself,
+/// as blocks of chroma do.  How many rows the strip has that begins at `row`: the last takes what is too low
+/// to be averaged alone.
+constexpr int StripRows(int row, int height) {
+  constexpr int kUsual = 32;
+  constexpr int kLowest = 8;
+  return height - row < kUsual + kLowest ? height - row : kUsual;
+}
+
 /// Luma and chroma of any depth in GBRP or GBRP16, without alpha.  Colours outside of RGB are clamped.
 RgbFrame RgbOfYuv(const AVFrame& yuv, const YuvCoding& coding, RgbBits bits);
 

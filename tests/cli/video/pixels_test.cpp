@@ -3,12 +3,18 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <random>
 #include <vector>
 
-#include "cli/frames/sample_convert.h"
+#include "cli/video/module/fast_convert.h"
 #include "cli/video/module/pixels_in.h"
 #include "cli/video/module/pixels_out.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
 
 namespace {
 
@@ -18,36 +24,44 @@ using minihost::Image;
 
 constexpr Depth kDepths[] = {Depth::kBits8, Depth::kBits16, Depth::kFloat};
 
-/// A planar frame by its codes: YUV420P, else 4:4:4 in more than 8 bits.
+/// A planar frame of luma and chroma by its codes.
 struct Codes {
   Codes(AVPixelFormat format, int width, int height) : frame(AllocateFrame(format, width, height)) {}
 
+  const AVPixFmtDescriptor& Desc() const {
+    return *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame->format));
+  }
   bool IsSmall() const { return frame->format == AV_PIX_FMT_YUV420P; }
-  int Planes() const { return frame->format == AV_PIX_FMT_YUVA444P10 ? 4 : 3; }
+  bool IsBytes() const { return Desc().comp[0].depth == 8; }
+  std::uint8_t* Row(int plane, int row) const { return frame->data[plane] + row * frame->linesize[plane]; }
   int Get(int plane, int row, int column) const {
-    const std::uint8_t* start = frame->data[plane] + row * frame->linesize[plane];
-    return IsSmall() ? start[column] : reinterpret_cast<const std::uint16_t*>(start)[column];
+    return IsBytes() ? Row(plane, row)[column] : reinterpret_cast<std::uint16_t*>(Row(plane, row))[column];
+  }
+  /// The code that a pixel has a share in.
+  int OfPixel(int plane, int row, int column) const {
+    return plane ? Get(plane, row >> Desc().log2_chroma_h, column >> Desc().log2_chroma_w)
+                 : Get(plane, row, column);
   }
   /// Every code from `make(plane, column)`.
   template <class Make>
   void Fill(Make make) {
     Visit([&](int plane, int row, int column) {
-      std::uint8_t* start = frame->data[plane] + row * frame->linesize[plane];
       const int code = make(plane, column);
-      if (IsSmall()) {
-        start[column] = static_cast<std::uint8_t>(code);
-      }
-      if (!IsSmall()) {
-        reinterpret_cast<std::uint16_t*>(start)[column] = static_cast<std::uint16_t>(code);
+      if (IsBytes()) {
+        Row(plane, row)[column] = static_cast<std::uint8_t>(code);
+      } else {
+        reinterpret_cast<std::uint16_t*>(Row(plane, row))[column] = static_cast<std::uint16_t>(code);
       }
     });
   }
   template <class Visitor>
   void Visit(Visitor visit) const {
-    for (int plane = 0; plane < Planes(); ++plane) {
-      const int shift = IsSmall() && plane ? 1 : 0;
-      for (int row = 0; row < AV_CEIL_RSHIFT(frame->height, shift); ++row) {
-        for (int column = 0; column < AV_CEIL_RSHIFT(frame->width, shift); ++column) {
+    for (int plane = 0; plane < Desc().nb_components; ++plane) {
+      const bool isChroma = plane == 1 || plane == 2;
+      const int height = AV_CEIL_RSHIFT(frame->height, isChroma ? Desc().log2_chroma_h : 0);
+      const int width = AV_CEIL_RSHIFT(frame->width, isChroma ? Desc().log2_chroma_w : 0);
+      for (int row = 0; row < height; ++row) {
+        for (int column = 0; column < width; ++column) {
           visit(plane, row, column);
         }
       }
@@ -70,7 +84,7 @@ TEST(VideoPixels, KeepTheirCodes) {
           ASSERT_EQ(was.Get(plane, row, column), is.Get(plane, row, column)) << matrix << " plane " << plane;
         });
       };
-      Codes small(AV_PIX_FMT_YUV420P, 66, 46);
+      Codes small(AV_PIX_FMT_YUV420P, 66, 66);  // two rows more than whole strips
       small.Fill([&](int plane, int) { return plane ? any(108, 148) : any(70, 180); });
       check(small);
       if (depth == Depth::kBits8) {
@@ -177,6 +191,86 @@ TEST(VideoPixels, WriteNominalWhiteAndMeans) {
     EXPECT_EQ(fine.Get(0, 3, 5), 940);
     EXPECT_EQ(fine.Get(3, 3, 0), 1023);
     EXPECT_NEAR(fine.Get(3, 3, 5), 512, 2);
+  }
+}
+
+// The quick ways to count are the plain one, for every code; pixels come apart at any width.
+TEST(VideoPixels, CountQuicklyAsPlainly) {
+  for (std::uint32_t i = 0; i <= 65535; ++i) {
+    const auto code = static_cast<std::uint16_t>(i);
+    ASSERT_EQ((FastConvert<To65280, To32768>(code)), (ConvertSample<To65280, To32768>(code))) << i;
+    ASSERT_EQ((FastConvert<To65535, To32768>(code)), (ConvertSample<To65535, To32768>(code))) << i;
+    ASSERT_EQ((FastConvert<To255, To32768>(code)), (ConvertSample<To255, To32768>(code))) << i;
+    ASSERT_EQ((FastConvert<To32768, To65280>(code)), FromFraction<To32768>(i / 65280.0)) << i;
+    const float value = static_cast<float>(i) / 32768 - 0.5f;
+    ASSERT_EQ((FastConvert<To65535, ToOne>(value)), (ConvertSample<To65535, ToOne>(value))) << value;
+  }
+  EXPECT_EQ((FastConvert<To65535, ToOne>(std::numeric_limits<float>::quiet_NaN())), 0);
+  std::vector<PF_Pixel16> pixels(21);
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    const auto number = static_cast<std::uint16_t>(i);
+    pixels[i] = {9, number, static_cast<std::uint16_t>(100 + i), static_cast<std::uint16_t>(40'000 + i)};
+  }
+  std::array<std::array<std::uint16_t, 21>, 3> planes{};
+  SplitColors(pixels.data(), pixels.size(), planes[0].data(), planes[1].data(), planes[2].data());
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    EXPECT_EQ(planes[0][i], pixels[i].red);
+    EXPECT_EQ(planes[1][i], pixels[i].green);
+    EXPECT_EQ(planes[2][i], pixels[i].blue);
+  }
+}
+
+// Every matrix, range, depth and grid of chroma against the formula of the standards in double precision:
+// within a step of 8 bits, or a tenth of one in the fine formats.
+TEST(VideoPixels, FollowTheFormula) {
+  struct Weights {
+    AVColorSpace matrix;
+    double red;
+    double blue;
+  };
+  const Weights matrices[] = {{AVCOL_SPC_BT709, 0.2126, 0.0722},
+                              {AVCOL_SPC_SMPTE170M, 0.299, 0.114},
+                              {AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593}};
+  std::mt19937 random(11);
+  for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUV422P10,
+                                     AV_PIX_FMT_YUV420P10, AV_PIX_FMT_YUV444P12}) {
+    for (const Weights& weights : matrices) {
+      for (const AVColorRange range : {AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG}) {
+        Codes codes(format, 38, 66);
+        const int bits = codes.Desc().comp[0].depth;
+        const int step = 1 << (bits - 8);
+        const int most = (1 << bits) - 1;
+        const bool isFull = range == AVCOL_RANGE_JPEG;
+        codes.Fill([&](int plane, int) {
+          return std::uniform_int_distribution((plane ? 112 : 90) * step, (plane ? 144 : 165) * step)(random);
+        });
+        const Depth depth = bits == 8 ? Depth::kBits8 : Depth::kBits16;
+        const Image image = DecodePixels(*codes.frame, {weights.matrix, range}, depth, AlphaForm::kStraight);
+        double worst = 0;
+        minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
+          for (int row = 0; row < image.Height(); ++row) {
+            for (int column = 0; column < image.Width(); ++column) {
+              const double chroma = isFull ? most : 224 * step;
+              const double luma = isFull ? codes.OfPixel(0, row, column) / static_cast<double>(most)
+                                         : (codes.OfPixel(0, row, column) - 16 * step) / (219.0 * step);
+              const double red =
+                  luma + 2 * (1 - weights.red) * (codes.OfPixel(2, row, column) - 128 * step) / chroma;
+              const double blue =
+                  luma + 2 * (1 - weights.blue) * (codes.OfPixel(1, row, column) - 128 * step) / chroma;
+              const double green =
+                  (luma - weights.red * red - weights.blue * blue) / (1 - weights.red - weights.blue);
+              const Pixel& pixel = image.Row<Pixel>(row)[static_cast<std::size_t>(column)];
+              const auto off = [](auto sample, double due) {
+                return std::abs(ConvertSample<ToOne, WayOf<Pixel>>(sample) - due);
+              };
+              worst = std::max({worst, off(pixel.red, red), off(pixel.green, green), off(pixel.blue, blue)});
+            }
+          }
+        });
+        EXPECT_LT(worst, (bits == 8 ? 1.0 : 0.1) / 255)
+            << format << " matrix " << weights.matrix << " range " << range;
+      }
+    }
   }
 }
 
