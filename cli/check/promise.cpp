@@ -33,9 +33,7 @@ class Reading {
   Reading(const CleanFrame& frame, const Fault& fault) : frame_(frame), fault_(fault) {}
 
   /// Of the call that stands there in the clean frame.
-  Outcome At(std::size_t place) const {
-    return fault_.lie == Lie::kThrow ? AfterThrow(place) : AfterLie(place);
-  }
+  Outcome At(std::size_t place) const { return IsThrow(fault_.lie) ? AfterThrow(place) : AfterLie(place); }
 
  private:
   // The calls before have prepared the background.
@@ -56,9 +54,9 @@ class Reading {
         return {};
       case Entry::kSample:
       case Entry::kProgress:
-        return Ends(fault_.code, Shows::kAny);
+        return Ends(CodeOfThrow(fault_), Shows::kAny);
       default:
-        return Ends(fault_.code, ShownBefore(place));
+        return Ends(CodeOfThrow(fault_), ShownBefore(place));
     }
   }
 

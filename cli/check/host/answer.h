@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <optional>
+#include <type_traits>
 
 #include "cli/check/host/allocation.h"
 #include "cli/check/host/lying_host.h"
@@ -43,6 +45,16 @@ inline const Fault* NextLie(const HostCall& call) {
   return &fault;
 }
 
+[[noreturn]] inline void Throw(const Fault& lie) {
+  if (lie.lie == Lie::kThrowMemory) {
+    throw std::bad_alloc();
+  }
+  if (lie.lie == Lie::kThrowOther) {
+    throw "a host's own affair";
+  }
+  throw PF_Err{lie.code};
+}
+
 /// A function that returns a status.  `nothing` claims success.
 template <class Forward, class Nothing>
 PF_Err Answer(const HostCall& call, Forward forward, Nothing nothing) {
@@ -51,15 +63,14 @@ PF_Err Answer(const HostCall& call, Forward forward, Nothing nothing) {
   if (lie == nullptr) {
     return forward();
   }
-  switch (lie->lie) {
-    case Lie::kThrow:
-      throw PF_Err{lie->code};
-    case Lie::kError:
-      return lie->code;
-    default:
-      nothing();
-      return PF_Err_NONE;
+  if (IsThrow(lie->lie)) {
+    Throw(*lie);
   }
+  if (lie->lie == Lie::kError) {
+    return lie->code;
+  }
+  nothing();
+  return PF_Err_NONE;
 }
 
 template <class Forward>
@@ -75,12 +86,12 @@ auto AnswerReturn(const HostCall& call, Forward forward) {
   if constexpr (std::is_void_v<decltype(forward())>) {
     forward();
     if (lie != nullptr) {
-      throw PF_Err{lie->code};
+      Throw(*lie);
     }
   } else {
     const PF_Err err = forward();
-    if (lie != nullptr && lie->lie == Lie::kThrow) {
-      throw PF_Err{lie->code};
+    if (lie != nullptr && IsThrow(lie->lie)) {
+      Throw(*lie);
     }
     return lie != nullptr ? lie->code : err;
   }
@@ -94,8 +105,8 @@ auto AnswerPointer(const HostCall& call, Forward forward) -> decltype(forward())
   if (lie == nullptr) {
     return forward();
   }
-  if (lie->lie == Lie::kThrow) {
-    throw PF_Err{lie->code};
+  if (IsThrow(lie->lie)) {
+    Throw(*lie);
   }
   return nullptr;
 }

@@ -43,7 +43,15 @@ enum class Lie {
   kNothing,      // claims success and hands out nothing
   kNoFunctions,  // of suites: lends a table of nulls
   kThrow,        // throws the code; what was given back is taken first
+  kThrowMemory,  // the same with std::bad_alloc
+  kThrowOther,   // the same with something that no effect knows
 };
+inline constexpr Lie kLies[] = {Lie::kError, Lie::kNothing,     Lie::kNoFunctions,
+                                Lie::kThrow, Lie::kThrowMemory, Lie::kThrowOther};
+
+constexpr bool IsThrow(Lie lie) noexcept {
+  return lie >= Lie::kThrow;
+}
 
 constexpr std::uint32_t Bit(Lie lie) noexcept {
   return 1u << static_cast<unsigned>(lie);
@@ -55,14 +63,15 @@ struct EntryInfo {
 };
 
 inline constexpr std::array<EntryInfo, kEntryCount> kEntries = [] {
-  constexpr std::uint32_t kStatus = Bit(Lie::kError) | Bit(Lie::kThrow);
+  constexpr std::uint32_t kThrows = Bit(Lie::kThrow) | Bit(Lie::kThrowMemory) | Bit(Lie::kThrowOther);
+  constexpr std::uint32_t kStatus = Bit(Lie::kError) | kThrows;
   constexpr std::uint32_t kLending = kStatus | Bit(Lie::kNothing);
   return std::array<EntryInfo, kEntryCount>{{
       {"AcquireSuite", kLending | Bit(Lie::kNoFunctions)},
       {"ReleaseSuite", kStatus},
       {"suite's host_new_handle", kStatus},
       {"host_lock_handle", kStatus},
-      {"suite's host_dispose_handle", Bit(Lie::kThrow)},
+      {"suite's host_dispose_handle", kThrows},
       {"new_world", kLending},
       {"dispose_world", kStatus},
       {"PF_GetPixelFormat", kLending},
@@ -76,7 +85,7 @@ inline constexpr std::array<EntryInfo, kEntryCount> kEntries = [] {
       {"fill", kLending},
       {"copy", kLending},
       {"host_new_handle", kStatus},
-      {"host_dispose_handle", Bit(Lie::kThrow)},
+      {"host_dispose_handle", kThrows},
       {"checkout_layer", kLending},
       {"checkout_layer_pixels", kLending},
       {"checkout_output", kLending},
@@ -89,7 +98,8 @@ constexpr const EntryInfo& InfoOf(Entry entry) noexcept {
 }
 
 constexpr std::string_view NameOf(Lie lie) noexcept {
-  constexpr std::string_view kNames[] = {"refused", "nothing handed out", "no functions", "threw"};
+  constexpr std::string_view kNames[] = {"refused", "nothing handed out", "no functions",
+                                         "threw",   "threw bad_alloc",    "threw something else"};
   return kNames[static_cast<std::size_t>(lie)];
 }
 
@@ -101,6 +111,13 @@ struct Fault {
   Lie lie = Lie::kError;
   PF_Err code = 71;  // what is returned or thrown
 };
+
+/// What the effect makes of what is thrown at it.
+constexpr PF_Err CodeOfThrow(const Fault& fault) noexcept {
+  return fault.lie == Lie::kThrow         ? fault.code
+         : fault.lie == Lie::kThrowMemory ? PF_Err_OUT_OF_MEMORY
+                                          : PF_Err_BAD_CALLBACK_PARAM;
+}
 
 /// One call as it came.
 struct HostCall {

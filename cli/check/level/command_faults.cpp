@@ -25,13 +25,15 @@ class CommandFaults {
 
   void SetUps() {
     const std::size_t count = subject_.Effect()->Parameters().size() - 1;
-    for (const Lie lie : {Lie::kError, Lie::kThrow}) {
+    for (const Lie lie : {Lie::kError, Lie::kThrow, Lie::kThrowMemory, Lie::kThrowOther}) {
+      const PF_Err thrown = CodeOfThrow({.lie = lie});
       for (std::uint64_t call = 1; call <= count; ++call) {
         const auto setUp = [this] { minihost::Effect::Linked(&subject_.host.Run); };
-        Expect({Entry::kAddParam, call, false, lie}, "parameter set-up", 71, [&] { return CodeOf(setUp); });
+        Expect({Entry::kAddParam, call, false, lie}, "parameter set-up", lie == Lie::kError ? 71 : thrown,
+               [&] { return CodeOf(setUp); });
       }
       const auto setUp = [this] { subject_.Make({}); };
-      Expect({Entry::kHostNewHandle, 1, false, lie}, "sequence set-up", lie == Lie::kThrow ? 71 : 517,
+      Expect({Entry::kHostNewHandle, 1, false, lie}, "sequence set-up", lie == Lie::kError ? 517 : thrown,
              [&] { return CodeOf(setUp); });
     }
   }
@@ -54,6 +56,7 @@ class CommandFaults {
         {Entry::kAcquireSuite, Lie::kNoFunctions, 516}, {Entry::kAcquireSuite, Lie::kThrow, 71},
         {Entry::kUpdateParamUi, Lie::kError, 71},       {Entry::kUpdateParamUi, Lie::kThrow, 71},
         {Entry::kReleaseSuite, Lie::kError, 0},         {Entry::kReleaseSuite, Lie::kThrow, 0},
+        {Entry::kAcquireSuite, Lie::kThrowMemory, 4},   {Entry::kUpdateParamUi, Lie::kThrowOther, 516},
     };
     for (const auto& [entry, lie, code] : rows) {
       for (const auto event : {minihost::UiEvent::kUpdate, minihost::UiEvent::kUserChangedParameter}) {

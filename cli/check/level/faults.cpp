@@ -68,7 +68,7 @@ class Walk {
   void Go() {
     for (std::size_t i = 0; i < kEntryCount; ++i) {
       const auto entry = static_cast<Entry>(i);
-      for (const Lie lie : {Lie::kError, Lie::kNothing, Lie::kNoFunctions, Lie::kThrow}) {
+      for (const Lie lie : kLies) {
         if ((InfoOf(entry).lies & Bit(lie)) == 0) {
           continue;
         }

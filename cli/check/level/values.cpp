@@ -85,6 +85,27 @@ class Values {
     }
   }
 
+  // The layer's pixels are whatever bytes there are: channels above white, no numbers.
+  void Pictures(Tally::Check check) {
+    Random random(task_.seed + 4);
+    minihost::Instance instance = subject_.Make({{"Flakes", 40}, {"Size", 8}, {"Scene Depth", 200}});
+    for (std::uint64_t i = 0; i < task_.Tries(40'000); ++i) {
+      task_.tally.Try(check, "picture {} of seed {}", i, task_.seed);
+      Stage& stage = AnyStage(random);
+      std::vector<std::byte> pixels(stage.stripes.size());
+      std::ranges::generate(pixels, [&random] { return std::byte(random.Next() & 0xFF); });
+      stage.input.SetPixels(pixels);
+      subject_.host.root = AnyRoot(random);
+      const minihost::Frame frame = stage.Begin(random.Of(kProtocols), 1);
+      const PF_Err code = instance.Render(frame).err;
+      task_.tally.Expect(check, code == PF_Err_NONE, fmt::format("returned {}", code));
+      task_.tally.Expect(check, stage.input.HasPixels(pixels), "the input's pixels were changed");
+      stage.input.SetPixels(stage.stripes);
+      const std::string damage = Damage(stage);
+      task_.tally.Expect(check, damage.empty(), damage);
+    }
+  }
+
   // Frames that would take minutes end at once when the host wants it, and ask it often enough.
   void Hopeless(Tally::Check check) {
     Random random(task_.seed + 3);
@@ -168,6 +189,7 @@ void CheckValues(const LevelTask& task) {
   values.Valid(task.tally.Begin("valid parameters at random", "frames"));
   values.Wild(task.tally.Begin("parameters beyond their ranges", "frames"));
   values.Times(task.tally.Begin("times that make no sense", "frames"));
+  values.Pictures(task.tally.Begin("pictures of any bytes", "frames"));
   values.Hopeless(task.tally.Begin("hopeless frames ask whether to go on", "frames"));
 }
 

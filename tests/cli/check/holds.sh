@@ -3,7 +3,7 @@
 # where one can be made.
 # usage: holds.sh TOOL MODULE [--against MODULE]...
 set -eu
-least=15000
+least=28000
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 if command -v localedef >/dev/null && localedef -i de_DE -f UTF-8 "$scratch/de_DE.UTF-8" >/dev/null 2>&1; then
