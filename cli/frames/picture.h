@@ -25,7 +25,6 @@ struct PictureExtras {
   std::vector<std::pair<std::string, std::string>> facts;  // name and value
   std::vector<std::string> leftOut;                        // what was not read, half a sentence each
   std::vector<std::string> channels;                       // beside colour and alpha
-  std::vector<std::string> blocks;                         // of metadata: "EXIF", "XMP"
 };
 
 /// All that is known of a picture but its pixels.

@@ -19,10 +19,6 @@ std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits)
     losses.push_back(
         fmt::format("channels are left out: {}; .exr keeps them", fmt::join(traits.extras->channels, ", ")));
   }
-  if (format == FileFormat::kTiff && traits.extras && !traits.extras->blocks.empty()) {
-    losses.push_back(fmt::format("{} is left out of a TIFF; .png and .jpg keep it",
-                                 fmt::join(traits.extras->blocks, " and ")));
-  }
   return losses;
 }
 

@@ -3,18 +3,16 @@
 
 #include <OpenImageIO/imageio.h>
 
-#include <filesystem>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "cli/frames/picture.h"
+#include "cli/picture/module/metadata.h"
 
 namespace cli {
 
 struct FileExtras : PictureExtras {
   OIIO::ParamValueList attributes;  // those that mean the same in another file of the upright picture
-  std::string xmp;                  // as it stands in the file; may be empty
+  Metadata metadata;
   bool isExr = false;
 
   // Of an EXR: further channels over the picture, pixel by pixel, each sample in its own format.
@@ -27,17 +25,11 @@ struct FileExtras : PictureExtras {
 };
 
 /// The attributes of `spec` that go over: not those of the file's own structure, which the writer makes anew,
-/// nor the orientation, since pictures are upright.
-OIIO::ParamValueList AttributesOf(const OIIO::ImageSpec& spec);
+/// nor the orientation, since pictures are upright.  The resolution is that of `metadata` when it has one:
+/// the library mixes its numbers with the unit of another block.
+OIIO::ParamValueList AttributesOf(const OIIO::ImageSpec& spec, const Metadata& metadata);
 
-/// Whether it stands in a block of its own, that of EXIF or of the place.
-bool IsOfCamera(const OIIO::ParamValue& attribute);
-
-/// The packet of a PNG, JPEG or TIFF; empty when there is none or it is compressed.
-std::string XmpOf(const std::filesystem::path& path);
-
-/// Puts the packet, and of a PNG the camera's data of `spec`, into a file that lacks them.
-void AddToPng(std::vector<std::uint8_t>& file, const OIIO::ImageSpec& spec, std::string_view xmp);
-void AddToJpeg(std::vector<std::uint8_t>& file, std::string_view xmp);
+/// Whether the attribute goes into a file of `format` by itself, not in one of the blocks.
+bool GoesOver(const OIIO::ParamValue& attribute, FileFormat format, const Metadata& metadata);
 
 }  // namespace cli

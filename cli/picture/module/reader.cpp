@@ -332,7 +332,10 @@ std::shared_ptr<const PictureExtras> ReadExtras(Source& source) {
   auto extras = std::make_shared<FileExtras>();
   const OIIO::ImageSpec spec = source.Spec();
   extras->isExr = source.Format() == "openexr";
-  extras->attributes = AttributesOf(spec);
+  if (!extras->isExr) {
+    extras->metadata = ReadMetadata(source.Path());
+  }
+  extras->attributes = AttributesOf(spec, extras->metadata);
   extras->width = spec.full_width;
   extras->height = spec.full_height;
   const auto say = [&](const char* name, std::string value) {
@@ -357,17 +360,10 @@ std::shared_ptr<const PictureExtras> ReadExtras(Source& source) {
         spec.y + spec.height > spec.full_y + spec.full_height) {
       extras->leftOut.push_back("what lies outside of the display window (overscan) is left out");
     }
-  } else {
-    extras->xmp = XmpOf(source.Path());
   }
-  if (std::ranges::any_of(extras->attributes, IsOfCamera)) {
-    extras->blocks.push_back("EXIF");
-  }
-  if (!extras->xmp.empty()) {
-    extras->blocks.push_back("XMP");
-  }
-  if (!extras->blocks.empty()) {
-    say("metadata", fmt::format("{}", fmt::join(extras->blocks, ", ")));
+  if (!extras->metadata.IsEmpty()) {
+    const Metadata& metadata = extras->metadata;
+    say("metadata", metadata.exif.IsEmpty() ? "XMP" : metadata.xmp.empty() ? "EXIF" : "EXIF, XMP");
   }
   if (const int parts = source.CountFurtherParts(); parts > 0) {
     say("parts", std::to_string(parts + 1));

@@ -132,9 +132,7 @@ OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFor
   }
   if (const auto* extras = ExtrasOf(traits)) {
     for (const OIIO::ParamValue& attribute : extras->attributes) {
-      // In memory the library writes the block of a TIFF in place of the picture's own tags.
-      const bool breaksTags = format == FileFormat::kTiff && IsOfCamera(attribute);
-      if (!breaksTags && !spec.find_attribute(attribute.name())) {
+      if (GoesOver(attribute, format, extras->metadata) && !spec.find_attribute(attribute.name())) {
         spec.extra_attribs.push_back(attribute);
       }
     }
@@ -239,13 +237,8 @@ std::vector<std::uint8_t> EncodePixels(const Image& image, const PictureTraits& 
 std::vector<std::uint8_t> EncodePicture(const Image& image, const PictureTraits& traits, FileFormat format,
                                         const EncodingSettings& encoding) {
   std::vector<std::uint8_t> bytes = EncodePixels(image, traits, format, encoding);
-  const FileExtras* extras = ExtrasOf(traits);
-  if (extras != nullptr && format == FileFormat::kPng) {
-    OIIO::ImageSpec spec;
-    spec.extra_attribs = extras->attributes;
-    AddToPng(bytes, spec, extras->xmp);
-  } else if (extras != nullptr && format == FileFormat::kJpeg) {
-    AddToJpeg(bytes, extras->xmp);
+  if (const FileExtras* extras = ExtrasOf(traits)) {
+    AddMetadata(bytes, format, extras->metadata, image.Width(), image.Height());
   }
   return bytes;
 }

@@ -1,24 +1,18 @@
 // Pictures to files and back, and files that others have written.
-#include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstring>
-#include <iterator>
-#include <numeric>
 #include <optional>
-#include <random>
 #include <set>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
 
-#include "cli/file/pending_file.h"
-#include "cli/picture/losses.h"
 #include "cli/picture/reader.h"
-#include "cli/picture/writer.h"
+#include "tests/cli/picture/picture_files.h"
 #include "tests/support/cli/expect_error.h"
 #include "tests/support/cli/temporary_folder.h"
 
@@ -30,84 +24,6 @@ using minihost::Depth;
 using minihost::Image;
 
 constexpr Depth kDepths[] = {Depth::kBits8, Depth::kBits16, Depth::kFloat};
-
-constexpr double WhiteOf(Depth depth) {
-  return depth == Depth::kBits8 ? 255 : depth == Depth::kBits16 ? 32768 : 1;
-}
-
-enum class Alpha { kOpaque, kAny };
-
-/// Random pixels that meet black, white, wholly transparent and opaque.
-Image RandomImage(int width, int height, Depth depth, Alpha alpha) {
-  std::mt19937 random(7);
-  Image image(width, height, depth);
-  minihost::WithPixel(depth, [&]<class Pixel>(Pixel) {
-    using Channel = decltype(Pixel::red);
-    const auto channel = [&]() -> Channel {
-      const unsigned kind = random() % 8;
-      const double value = kind == 0 ? 0 : kind == 1 ? 1 : static_cast<double>(random() % 65536) / 65535;
-      return static_cast<Channel>(value * WhiteOf(depth));
-    };
-    for (int row = 0; row < height; ++row) {
-      for (Pixel& pixel : image.Row<Pixel>(row)) {
-        pixel = {channel(), channel(), channel(), channel()};
-        if (alpha == Alpha::kOpaque) {
-          pixel.alpha = static_cast<Channel>(WhiteOf(depth));
-        }
-      }
-    }
-  });
-  return image;
-}
-
-/// One channel after the other, as numbers.
-std::vector<double> Channels(const Image& image) {
-  std::vector<double> channels;
-  minihost::WithPixel(image.PixelDepth(), [&]<class Pixel>(Pixel) {
-    for (int row = 0; row < image.Height(); ++row) {
-      for (const Pixel& pixel : image.Row<Pixel>(row)) {
-        for (const auto channel : {pixel.alpha, pixel.red, pixel.green, pixel.blue}) {
-          channels.push_back(static_cast<double>(channel));
-        }
-      }
-    }
-  });
-  return channels;
-}
-
-void Write(const std::filesystem::path& path, const Image& image, const cli::PictureTraits& traits) {
-  cli::WriteWhole(path, cli::EncodePicture(image, traits, cli::FormatOf(path)));
-}
-
-/// A file as another program would write it: `samples` as they are, in a file of `spec`.
-template <class Sample>
-void WriteForeign(const std::filesystem::path& path, const OIIO::ImageSpec& spec,
-                  const std::vector<Sample>& samples) {
-  const auto output = OIIO::ImageOutput::create(path.string());
-  ASSERT_TRUE(output && output->open(path.string(), spec)) << OIIO::geterror();
-  ASSERT_TRUE(output->write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data()));
-  ASSERT_TRUE(output->close());
-  output->geterror();
-}
-
-struct Stored {
-  OIIO::ImageSpec spec;
-  std::vector<float> samples;
-};
-
-/// What is in a file, straight alpha left straight.
-Stored ReadStored(const std::filesystem::path& path) {
-  OIIO::ImageSpec wish;
-  wish["oiio:UnassociatedAlpha"] = 1;
-  const auto input = OIIO::ImageInput::open(path.string(), &wish);
-  if (!input) {
-    throw std::runtime_error(OIIO::geterror());
-  }
-  Stored stored{input->spec(), std::vector<float>(input->spec().image_pixels() *
-                                                  static_cast<std::size_t>(input->spec().nchannels))};
-  input->read_image(0, 0, 0, stored.spec.nchannels, OIIO::TypeDesc::FLOAT, stored.samples.data());
-  return stored;
-}
 
 TEST(PictureFile, KeepsEveryBitInAnyCompressionThatClaimsTo) {
   TemporaryFolder folder;
@@ -366,74 +282,6 @@ TEST(PictureFile, CarriesAspectAndProfileAndNoDate) {
   profile[3] = 7;  // not its length
   Write(folder / "a.png", RandomImage(3, 3, Depth::kBits8, Alpha::kAny), {.iccProfile = profile});
   EXPECT_THAT(cli::ReadPicture(folder / "a.png").traits.iccProfile, testing::IsEmpty());
-}
-
-TEST(PictureFile, CarriesWhatTheCameraWrote) {
-  TemporaryFolder folder;
-  OIIO::ImageSpec spec(4, 2, 3, OIIO::TypeDesc::UINT8);
-  spec["Orientation"] = 6;
-  spec["Make"] = "Acme";
-  spec["Exif:PhotographicSensitivity"] = 400;
-  spec["DateTime"] = "2021:01:02 03:04:05";
-  spec["XResolution"] = 300.0f;
-  spec["ResolutionUnit"] = "in";
-  WriteForeign(folder / "a.jpg", spec, std::vector<std::uint8_t>(24));
-  std::ofstream(folder / "a.jpg", std::ios::app) << "<x:xmpmeta tiff:Orientation=\"6\"></x:xmpmeta>";
-  const cli::Picture picture = cli::ReadPicture(folder / "a.jpg");
-  EXPECT_THAT(picture.traits.extras->blocks, testing::ElementsAre("EXIF", "XMP"));
-  for (const char* name : {"b.png", "b.jpg", "b.tif"}) {
-    SCOPED_TRACE(name);
-    Write(folder / name, picture.image, picture.traits);
-    const OIIO::ImageSpec stored = ReadStored(folder / name).spec;
-    EXPECT_EQ(stored.get_int_attribute("Orientation", 1), 1);
-    EXPECT_EQ(stored.get_string_attribute("Make"), "Acme");
-    EXPECT_EQ(stored.get_string_attribute("DateTime"), "2021:01:02 03:04:05");
-    const float perInch = stored.get_string_attribute("ResolutionUnit") == "cm" ? 2.54f : 1;
-    EXPECT_NEAR(stored.get_float_attribute("XResolution") * perInch, 300, 1);
-    if (name[2] == 't') {
-      continue;  // which lacks the blocks, and LossesOf says so
-    }
-    EXPECT_EQ(stored.get_int_attribute("Exif:PhotographicSensitivity"), 400);
-    std::ifstream file(folder / name, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_THAT(bytes, testing::HasSubstr("<x:xmpmeta tiff:Orientation=\"1\"></x:xmpmeta>"));
-  }
-  EXPECT_THAT(cli::LossesOf(cli::FileFormat::kTiff, {.extras = picture.traits.extras}),
-              testing::ElementsAre(testing::HasSubstr("EXIF and XMP is left out")));
-}
-
-TEST(PictureFile, KeepsTheChannelsOfAnExr) {
-  TemporaryFolder folder;
-  OIIO::ImageSpec spec(4, 3, 5, OIIO::TypeDesc::HALF);
-  spec.channelnames = {"R", "G", "B", "Z", "id"};
-  spec.channelformats = {OIIO::TypeDesc::HALF, OIIO::TypeDesc::HALF, OIIO::TypeDesc::HALF,
-                         OIIO::TypeDesc::FLOAT, OIIO::TypeDesc::UINT32};
-  spec.full_x = spec.full_y = 1;  // a row and a column are overscan
-  spec.full_width = 3;
-  spec.full_height = 2;
-  spec["shot"] = "s01";
-  std::vector<float> samples(60);
-  std::iota(samples.begin(), samples.end(), 0.0f);
-  WriteForeign(folder / "a.exr", spec, samples);
-  cli::Picture picture = cli::ReadPicture(folder / "a.exr");
-  EXPECT_THAT(picture.traits.extras->leftOut, testing::ElementsAre(testing::HasSubstr("overscan")));
-  Write(folder / "b.exr", picture.image, picture.traits);
-  const Stored before = ReadStored(folder / "a.exr");
-  const Stored after = ReadStored(folder / "b.exr");
-  EXPECT_EQ(after.spec.channelnames, spec.channelnames);
-  EXPECT_EQ(after.spec.channelformats, spec.channelformats);
-  EXPECT_EQ(after.spec.get_string_attribute("shot"), "s01");
-  EXPECT_EQ(after.spec.full_x, 1);
-  EXPECT_EQ(after.spec.x, 1);
-  ASSERT_EQ(after.samples.size(), 30u);
-  for (std::size_t i = 0; i < 30; ++i) {
-    const std::size_t row = i / 15 + 1;
-    const std::size_t column = i / 5 % 3 + 1;
-    EXPECT_EQ(after.samples[i], before.samples[(row * 4 + column) * 5 + i % 5]) << i;
-  }
-  // Of another size: colour alone.
-  Write(folder / "b.exr", RandomImage(2, 2, Depth::kFloat, Alpha::kOpaque), picture.traits);
-  EXPECT_EQ(ReadStored(folder / "b.exr").spec.nchannels, 3);
 }
 
 TEST(PictureFile, RefusesWhatIsNoPicture) {
