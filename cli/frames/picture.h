@@ -29,8 +29,9 @@ struct PictureExtras {
 
 /// All that is known of a picture but its pixels.
 struct PictureTraits {
-  bool hasAlpha = false;  // whether the file has an alpha channel
-  bool isHalf = false;    // whether its samples are of half precision, and no other was asked for
+  bool hasAlpha = false;     // whether the file has an alpha channel
+  bool isHalf = false;       // whether its samples are of half precision, and no other was asked for
+  bool isSnowAlone = false;  // what the snow fell on was left out
   ClearColor clearColor = ClearColor::kHidden;
   double pixelAspect = 1;                         // a pixel's width over its height
   std::vector<std::uint8_t> iccProfile{};         // of RGB colour; empty when the file has none

@@ -198,6 +198,7 @@ class Pipeline {
       PictureTraits traits = std::move(work.input->traits);
       if (job_.addedAlpha == AddedAlpha::kFromEffect) {
         traits.hasAlpha = true;
+        traits.isSnowAlone = true;
       }
       work.input.reset();
       work.encoded = sink_.Encode(work.frame, output, traits);

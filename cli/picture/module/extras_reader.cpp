@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -12,10 +13,39 @@
 namespace cli {
 namespace {
 
-/// What lies over the picture, pixel by pixel; the rest is 0.
+/// The picture and what is stored around it, or the picture alone when that is too far away.
+Area AreaOf(const OIIO::ImageSpec& spec) {
+  const std::int64_t storedLeft = std::int64_t{spec.x} - spec.full_x;
+  const std::int64_t storedTop = std::int64_t{spec.y} - spec.full_y;
+  const std::int64_t left = std::min<std::int64_t>(0, storedLeft);
+  const std::int64_t top = std::min<std::int64_t>(0, storedTop);
+  const std::int64_t width = std::max<std::int64_t>(spec.full_width, storedLeft + spec.width) - left;
+  const std::int64_t height = std::max<std::int64_t>(spec.full_height, storedTop + spec.height) - top;
+  if (std::max(width, height) > minihost::Image::kMaxSide) {
+    return {0, 0, spec.full_width, spec.full_height};
+  }
+  return {static_cast<int>(left), static_cast<int>(top), static_cast<int>(width), static_cast<int>(height)};
+}
+
+/// Calls `put(from, to)` for each pixel that is stored and in the area, with its number in either.
+template <class Put>
+void ForEachStored(const OIIO::ImageSpec& spec, const Area& area, Put&& put) {
+  const int left = spec.x - spec.full_x;
+  const int top = spec.y - spec.full_y;
+  const std::int64_t lastRow =
+      std::min<std::int64_t>(std::int64_t{top} + spec.height, area.top + area.height);
+  const std::int64_t lastColumn =
+      std::min<std::int64_t>(std::int64_t{left} + spec.width, area.left + area.width);
+  const Area stored{left, top, spec.width, spec.height};
+  for (int row = std::max(top, area.top); row < lastRow; ++row) {
+    for (int column = std::max(left, area.left); column < lastColumn; ++column) {
+      put(stored.Find(column, row), area.Find(column, row));
+    }
+  }
+}
+
 void ReadFurtherChannels(OpenFile& file, FileExtras& extras) {
   const OIIO::ImageSpec& spec = file.Spec();
-  const Window window = FindWindow(spec, file.Format());
   const Channels known = FindChannels(spec);
   std::vector<int> channels;
   std::size_t pixelSize = 0;
@@ -30,25 +60,32 @@ void ReadFurtherChannels(OpenFile& file, FileExtras& extras) {
   if (!extras.isExr || channels.empty()) {
     return;
   }
-  extras.samples.resize(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height) *
-                        pixelSize);
+  extras.samples.resize(extras.area.Count() * pixelSize);
   std::size_t offset = 0;
   for (const int channel : channels) {
     const std::vector<char> stored = file.ReadChannel(channel);
     const std::size_t size = spec.channelformat(channel).size();
-    for (int row = std::max(0, -window.top); row < std::min(spec.height, window.height - window.top); ++row) {
-      for (int column = std::max(0, -window.left); column < std::min(spec.width, window.width - window.left);
-           ++column) {
-        const std::size_t from = static_cast<std::size_t>(row) * static_cast<std::size_t>(spec.width) +
-                                 static_cast<std::size_t>(column);
-        const std::size_t to =
-            static_cast<std::size_t>(row + window.top) * static_cast<std::size_t>(window.width) +
-            static_cast<std::size_t>(column + window.left);
-        std::memcpy(extras.samples.data() + to * pixelSize + offset, stored.data() + from * size, size);
-      }
-    }
+    ForEachStored(spec, extras.area, [&](std::size_t from, std::size_t to) {
+      std::memcpy(extras.samples.data() + to * pixelSize + offset, stored.data() + from * size, size);
+    });
     offset += size;
   }
+}
+
+void ReadColors(OpenFile& file, FileExtras& extras) {
+  const OIIO::ImageSpec& spec = file.Spec();
+  const Channels known = FindChannels(spec);
+  const auto stored = file.ReadSamples<float>();
+  extras.colorCount = known.alpha < 0 ? 3 : 4;
+  const auto count = static_cast<std::size_t>(extras.colorCount);
+  extras.colors.resize(extras.area.Count() * count);
+  ForEachStored(spec, extras.area, [&](std::size_t from, std::size_t to) {
+    const float* pixel = stored.data() + from * static_cast<std::size_t>(spec.nchannels);
+    const int order[] = {known.red, known.green, known.blue, known.alpha};
+    for (std::size_t color = 0; color < count; ++color) {
+      extras.colors[to * count + color] = pixel[order[color]];
+    }
+  });
 }
 
 std::string WindowText(int width, int height, int left, int top) {
@@ -85,9 +122,13 @@ std::shared_ptr<const PictureExtras> ReadExtras(OpenFile& file) {
     extras->top = spec.full_y;
     say("display window", WindowText(spec.full_width, spec.full_height, spec.full_x, spec.full_y));
     say("data window", WindowText(spec.width, spec.height, spec.x, spec.y));
-    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
-        spec.y + spec.height > spec.full_y + spec.full_height) {
-      extras->leftOut.push_back("what lies outside of the display window (overscan) is left out");
+    extras->area = AreaOf(spec);
+    const Area& area = extras->area;
+    const bool hasOverscan = area.width > spec.full_width || area.height > spec.full_height;
+    if (hasOverscan) {
+      extras->leftOut.push_back(
+          "what lies outside of the display window (overscan) gets no snow, and only an .exr keeps it");
+      ReadColors(file, *extras);
     }
   }
   if (!extras->metadata.IsEmpty()) {

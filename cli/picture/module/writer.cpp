@@ -4,6 +4,7 @@
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <type_traits>
@@ -184,11 +185,28 @@ std::vector<std::uint8_t> Encode(const std::vector<Sample>& samples, const OIIO:
   return EncodeAs(OIIO::BaseTypeFromC<Sample>::value, samples.data(), spec, format);
 }
 
-/// With the further channels of the EXR that the picture comes from, each in its own format.
-std::vector<std::uint8_t> EncodeWithChannels(const std::vector<float>& samples, OIIO::ImageSpec spec,
-                                             const FileExtras& extras) {
+/// Over the area of the EXR that the picture comes from: around the picture the colors that stood there, or
+/// nothing around snow alone.
+std::vector<float> WithSurroundings(const std::vector<float>& samples, const OIIO::ImageSpec& spec,
+                                    const PictureTraits& traits, const FileExtras& extras) {
   const auto colors = static_cast<std::size_t>(spec.nchannels);
-  const std::size_t pixels = samples.size() / colors;
+  std::vector<float> whole = extras.colors;
+  if (extras.colorCount != spec.nchannels || traits.isSnowAlone) {
+    whole.assign(extras.area.Count() * colors, 0);
+  }
+  const std::size_t rowSize = static_cast<std::size_t>(spec.width) * colors;
+  for (int row = 0; row < spec.height; ++row) {
+    const float* from = samples.data() + static_cast<std::size_t>(row) * rowSize;
+    std::copy_n(from, rowSize, whole.data() + extras.area.Find(0, row) * colors);
+  }
+  return whole;
+}
+
+/// With the further channels of that EXR, each in its own format.
+std::vector<std::uint8_t> EncodeOver(const FileExtras& extras, const std::vector<float>& samples,
+                                     OIIO::ImageSpec spec) {
+  const auto colors = static_cast<std::size_t>(spec.nchannels);
+  const std::size_t pixels = extras.area.Count();
   const std::size_t colorSize = colors * spec.format.size();
   const std::size_t extraSize = extras.samples.size() / pixels;
   std::vector<char> stored(pixels * colorSize);
@@ -204,6 +222,10 @@ std::vector<std::uint8_t> EncodeWithChannels(const std::vector<float>& samples, 
   spec.channelformats.insert(spec.channelformats.end(), extras.formats.begin(), extras.formats.end());
   spec.channelnames.insert(spec.channelnames.end(), extras.channels.begin(), extras.channels.end());
   spec.nchannels = static_cast<int>(spec.channelnames.size());
+  spec.x += extras.area.left;
+  spec.y += extras.area.top;
+  spec.width = extras.area.width;
+  spec.height = extras.area.height;
   return EncodeAs(OIIO::TypeDesc::UNKNOWN, packed.data(), spec, FileFormat::kExr);
 }
 
@@ -215,10 +237,14 @@ std::vector<std::uint8_t> EncodePixels(const Image& image, const PictureTraits& 
     const bool isHalf = image.PixelDepth() == Depth::kBits8 || traits.isHalf || encoding.isHalf;
     const OIIO::ImageSpec spec = specFor(isHalf ? TypeDesc::HALF : TypeDesc::FLOAT);
     const FileExtras* extras = ExtrasOf(traits);
-    if (extras != nullptr && !extras->samples.empty() && FitsOver(*extras, image)) {
-      return EncodeWithChannels(PremultipliedSamples(image, traits), spec, *extras);
+    const std::vector<float> samples = PremultipliedSamples(image, traits);
+    if (extras == nullptr || !FitsOver(*extras, image) ||
+        (extras->samples.empty() && extras->colors.empty())) {
+      return Encode(samples, spec, format);
     }
-    return Encode(PremultipliedSamples(image, traits), spec, format);
+    const bool hasSurroundings = !extras->colors.empty();
+    return EncodeOver(*extras, hasSurroundings ? WithSurroundings(samples, spec, traits, *extras) : samples,
+                      spec);
   }
   if (format == FileFormat::kJpeg) {
     return Encode(SamplesOverBlack(image), specFor(TypeDesc::UINT8), format);

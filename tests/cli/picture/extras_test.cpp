@@ -79,7 +79,7 @@ TEST(Exif, IsReadInAnyByteOrderWhateverIsDamaged) {
   }
 }
 
-TEST(PictureExtras, KeepsTheChannelsOfAnExr) {
+TEST(PictureExtras, KeepTheChannelsAndTheOverscanOfAnExr) {
   TemporaryFolder folder;
   OIIO::ImageSpec spec(4, 3, 5, OIIO::TypeDesc::HALF);
   spec.channelnames = {"R", "G", "B", "Z", "id"};
@@ -101,16 +101,18 @@ TEST(PictureExtras, KeepsTheChannelsOfAnExr) {
   EXPECT_EQ(after.spec.channelformats, spec.channelformats);
   EXPECT_EQ(after.spec.get_string_attribute("shot"), "s01");
   EXPECT_EQ(after.spec.full_x, 1);
-  EXPECT_EQ(after.spec.x, 1);
-  ASSERT_EQ(after.samples.size(), 30u);
-  for (std::size_t i = 0; i < 30; ++i) {
-    const std::size_t row = i / 15 + 1;
-    const std::size_t column = i / 5 % 3 + 1;
-    EXPECT_EQ(after.samples[i], before.samples[(row * 4 + column) * 5 + i % 5]) << i;
-  }
-  // Of another size: colour alone.
+  EXPECT_EQ(after.spec.x, 0);
+  EXPECT_EQ(after.samples, before.samples);
+  // Around snow alone there is nothing, but what is no color stays.
+  picture.traits.hasAlpha = picture.traits.isSnowAlone = true;
+  Write(folder / "b.exr", picture.image, picture.traits);
+  const Stored alone = ReadStored(folder / "b.exr");
+  EXPECT_THAT(std::vector(alone.samples.begin(), alone.samples.begin() + 6),
+              testing::ElementsAre(0, 0, 0, 0, before.samples[3], before.samples[4]));
+  EXPECT_EQ(alone.samples[5 * 6], before.samples[5 * 5]) << "the picture";
+  // Of another size: color and alpha alone.
   Write(folder / "b.exr", RandomImage(2, 2, Depth::kFloat, Alpha::kOpaque), picture.traits);
-  EXPECT_EQ(ReadStored(folder / "b.exr").spec.nchannels, 3);
+  EXPECT_EQ(ReadStored(folder / "b.exr").spec.nchannels, 4);
 }
 
 }  // namespace
