@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/command/commands.h"
+#include "cli/command/explain.h"
 #include "cli/command/options.h"
 #include "cli/report/error.h"
 #include "cli/report/interrupt.h"

@@ -12,7 +12,6 @@
 
 namespace CLI {
 class App;
-class ParseError;
 }  // namespace CLI
 
 namespace cli {
@@ -83,8 +82,5 @@ struct CommandLine {
 /// the command: "render", "sheet", "panel", "info", "params", "presets", "check" or "about"; there is exactly
 /// one.
 std::shared_ptr<CLI::App> MakeParser(CommandLine& line);
-
-/// What a parser that has refused a command line says, with the nearest of what there is.
-std::string Explain(const CLI::App& app, const CLI::ParseError& error);
 
 }  // namespace cli

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "cli/command/commands.h"
+#include "cli/command/explain.h"
 #include "cli/command/options.h"
 #include "cli/file/pending_file.h"
 #include "cli/picture/reader.h"
