@@ -1,0 +1,122 @@
+// How the built tool ends when it is told to: by the documented code, with nothing half done.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/cli/temporary_folder.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+constexpr int kInterrupted = 130;
+
+/// Whether the process has its handlers: before, it would be ended by the signal.
+bool Catches(pid_t process, int signal) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("SigCgt:")) {
+      return std::stoull(line.substr(7), nullptr, 16) >> (signal - 1) & 1;
+    }
+  }
+  return false;
+}
+
+class Signals : public testing::Test {
+ protected:
+  pid_t Start(std::vector<std::string> arguments) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ::signal(signal, SIG_DFL);  // a test in the background may have to ignore them
+      }
+      ::dup2(::open((streams_ / "err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), STDERR_FILENO);
+      if (::chdir((folder_ / "").c_str()) == 0) {
+        std::vector<char*> words = {const_cast<char*>("vintrel"), const_cast<char*>("render")};
+        for (std::string& argument : arguments) {
+          words.push_back(argument.data());
+        }
+        words.push_back(nullptr);
+        ::execv(VINTREL_TOOL, words.data());
+      }
+      ::_exit(99);
+    }
+    for (int i = 0; i < 5000 && !Catches(child, SIGINT); ++i) {
+      std::this_thread::sleep_for(1ms);
+    }
+    return child;
+  }
+
+  /// The code that the process ends with, or minus the signal that ended it.
+  static int End(pid_t process) {
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
+  bool WaitForFile(const std::string& part) {
+    for (int i = 0; i < 5000; ++i) {
+      for (const std::string& name : folder_.Names()) {
+        if (name.find(part) != std::string::npos) {
+          return true;
+        }
+      }
+      std::this_thread::sleep_for(1ms);
+    }
+    return false;
+  }
+
+  TemporaryFolder folder_;
+  TemporaryFolder streams_;
+};
+
+TEST_F(Signals, EndARunWithTheCodeAtAnyMoment) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const auto wait : {0ms, 20ms, 100ms, 400ms}) {
+      SCOPED_TRACE(testing::Message() << "signal " << signal << " after " << wait.count());
+      const pid_t tool = Start({"--blank", "640x360", "-o", "a.mkv", "--frames", "0-99999"});
+      std::this_thread::sleep_for(wait);
+      ::kill(tool, signal);
+      EXPECT_EQ(End(tool), kInterrupted);
+      EXPECT_THAT(folder_.Names(), testing::IsEmpty()) << "a video that is not whole";
+    }
+  }
+}
+
+TEST_F(Signals, KeepThePicturesThatAreWhole) {
+  const pid_t tool = Start({"--blank", "320x180", "-o", "s.####.png", "--frames", "0-99999"});
+  ASSERT_TRUE(WaitForFile("s.0003.png"));
+  ::kill(tool, SIGTERM);
+  EXPECT_EQ(End(tool), kInterrupted);
+  EXPECT_THAT(ReadAll(streams_ / "err"), HasSubstr("--resume goes on from here"));
+  EXPECT_THAT(folder_.Names(), testing::Each(testing::Not(HasSubstr("tmp-"))));
+}
+
+TEST_F(Signals, EndOneHugeFrameToo) {
+  // First the snow takes its time, which is broken off, then the encoder, which cannot be.
+  const std::vector<std::string> huge = {"--blank",       "6000x6000", "-o",    "a.png",
+                                         "--compression", "zip:9",     "--set", "flakes=100000"};
+  for (const auto& [wait, times] : {std::pair{300ms, 1}, {1500ms, 1}, {1500ms, 2}}) {
+    const pid_t tool = Start(huge);
+    std::this_thread::sleep_for(wait);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < times; ++i) {
+      ::kill(tool, SIGINT);
+      std::this_thread::sleep_for(20ms);
+    }
+    EXPECT_EQ(End(tool), kInterrupted);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
+    EXPECT_THAT(folder_.Names(), testing::IsEmpty());
+  }
+}
+
+}  // namespace
