@@ -61,10 +61,10 @@ _vintrel_value() {
 
 _vintrel() {
   local commands='render sheet panel info presets params check about'
-  local flags='--help --only-snow --retime --quiet -h -q'
+  local flags='--help --only-snow --retime --keep-going --no-overwrite --overwrite --quiet -h -q -y'
   local values='--input --blank --output --scene --preset --set --key --seed --frames --fps --shutter --depth --alpha
-    --compression --codec --quality --sound --proxy --pixel-aspect --jobs --missing -i -o -r'
-  local render_flags='--resume --keep-going --no-overwrite --overwrite --dry-run -y' render_values='--part --progress --save-scene'
+    --compression --quality --proxy --pixel-aspect --jobs --missing --progress -i -o -r'
+  local render_flags='--resume --dry-run' render_values='--codec --sound --part --save-scene'
   local sheet_values='--count'
   local IFS=$' \t\n'
 

@@ -42,22 +42,22 @@ _vintrel() {
     '--depth[what to render in]:depth:(8 16 half float)'
     '--alpha[alpha of video]:kind:(straight premultiplied)'
     '--compression[of pictures]:name:(none rle zip zips packbits lzw piz pxr24 b44 b44a dwaa dwab)'
-    '--codec[of video]:codec:(h264 hevc prores ffv1)'
     '--quality[of JPEG and video]:number:'
-    '--sound[of video]:how:(auto copy aac none)'
     '--proxy[render at 1/N of the size]:divisor:(2 4)'
     "--pixel-aspect[a pixel's width over its height]:ratio:"
     '--jobs[frames at the same time]:number:'
     '--missing[for gaps in a sequence]:policy:(error skip black)'
-    '(-q --quiet)'{-q,--quiet}'[no progress, no closing line]'
-  )
-  local -a render=(
-    '--part[one share of the frames]:share:'
-    '--resume[leave out frames that are done]'
     '--keep-going[go on after a frame that fails]'
     '--no-overwrite[refuse to replace files]'
     '(-y --overwrite)'{-y,--overwrite}'[replace files]'
     '--progress[for people or programs]:how:(text json)'
+    '(-q --quiet)'{-q,--quiet}'[no progress, no closing line]'
+  )
+  local -a render=(
+    '--codec[of video]:codec:(h264 hevc prores ffv1)'
+    '--sound[of video]:how:(auto copy aac none)'
+    '--part[one share of the frames]:share:'
+    '--resume[leave out frames that are done]'
     '--save-scene[write down what was asked for]:scene:_files -g "*.toml"'
     '--dry-run[print the scene and the plan]'
   )

@@ -88,11 +88,10 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
       .add_option("--compression", options.compression,
                   "Of pictures: none is the fastest; zip, zip:9, piz, ...")
       ->type_name("NAME");
-  command.add_option("--codec", options.codec, "Of video: h264, hevc, prores, ffv1")->type_name("NAME");
-  command.add_option("--quality", options.quality, "Of JPEG, or the video encoder's constant quality")
+  command
+      .add_option("--quality", options.quality,
+                  "Of JPEG 1 to 100 (95), or the video encoder's constant quality")
       ->type_name("N");
-  command.add_option("--sound", options.sound, "Of video: auto (default), copy, aac or none")
-      ->type_name("HOW");
   command.add_option("--proxy", options.proxy, "Render at 1/N of the size: 2 or 4")->type_name("N");
   command.add_option("--pixel-aspect", options.pixelAspect, "A pixel's width over its height")
       ->type_name("RATIO")
@@ -104,20 +103,23 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
   for (const char* whole : {"--proxy", "--jobs", "--quality"}) {
     command.get_option(whole)->check(CheckNumber<int>);
   }
+  command.add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
+  CLI::Option* const keep =
+      command.add_flag("--no-overwrite", options.noOverwrite, "Refuse to replace files");
+  command.add_flag("-y,--overwrite", options.overwrite, "Replace files, as without it")->excludes(keep);
+  command.add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
 }
 
 void AddRender(CLI::App& app, ShotOptions& options) {
   CLI::App* render = app.add_subcommand("render", "Draw snow on a picture, a sequence or a video");
   AddShot(*render, options, ".png .jpg .tif .exr (#### is the frame's number) .mp4 .mov .mkv");
+  render->add_option("--codec", options.codec, "Of video: h264, hevc, prores, ffv1")->type_name("NAME");
+  render->add_option("--sound", options.sound, "Of video: auto (default), copy, aac or none")
+      ->type_name("HOW");
   render->add_option("--part", options.part, "One share of the frames, for several machines: 3/10")
       ->type_name("K/N");
   render->add_flag("--resume", options.resume, "Leave out frames that are whole and of the same scene");
-  render->add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
-  CLI::Option* const keep =
-      render->add_flag("--no-overwrite", options.noOverwrite, "Refuse to replace files");
-  render->add_flag("-y,--overwrite", options.overwrite, "Replace files, as without it")->excludes(keep);
-  render->add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
   render->add_option("--save-scene", options.saveScene, "Write down what was asked for, complete")
       ->type_name("FILE");
   render->add_flag("--dry-run", options.dryRun, "Print the scene and the plan, and render nothing");

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "cli/command/commands.h"
+#include "cli/command/outcome.h"
 #include "cli/command/scene_options.h"
 #include "cli/file/pending_file.h"
-#include "cli/report/choice.h"
 #include "cli/report/interrupt.h"
 #include "cli/report/messages.h"
 #include "cli/report/progress.h"
@@ -26,23 +26,6 @@
 
 namespace cli {
 namespace {
-
-// The word for programs.
-std::string_view StatusOf(FrameOutcome outcome) {
-  constexpr Choices<FrameOutcome, 3> kStatuses = {{FrameOutcome::kWritten, "written"},
-                                                  {FrameOutcome::kSkipped, "missing"},
-                                                  {FrameOutcome::kFailed, "failed"}};
-  return NameOf(kStatuses, outcome);
-}
-
-ProgressStyle StyleOf(const ShotOptions& options) {
-  constexpr Choices<ProgressWish, 2> kWishes = {{ProgressWish::kText, "text"}, {ProgressWish::kJson, "json"}};
-  ProgressWish wish = ProgressWish::kText;
-  if (!options.progress.empty()) {
-    wish = About("--progress", [&] { return ParseChoice(kWishes, options.progress); });
-  }
-  return StyleFor(options.quiet && wish == ProgressWish::kText ? ProgressWish::kNone : wish);
-}
 
 // A list of what is done, for outputs of one file a frame.
 std::optional<Resumption> ResumptionOf(const ShotOptions& options, const Scene& scene,
@@ -84,19 +67,6 @@ bool IsLightenedSnowAlone(const Scene& scene) {
   return IsSet(scene, kCompositeWithOriginal, kOff) && IsSet(scene, kTransferMode, kLighten);
 }
 
-void CheckNothingIsThere(const std::string& output, const std::vector<std::int32_t>& frames) {
-  const OutputName name(output);
-  for (const std::int32_t frame : frames) {
-    const std::filesystem::path file = name.ForFrame(frame);
-    std::error_code error;
-    if (std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
-      RefuseOutput(file,
-                   "it is there already, and --no-overwrite keeps what is; choose another name, or --resume "
-                   "for the frames that are missing");
-    }
-  }
-}
-
 // Takes away what an earlier run of the same output left behind when it was killed.
 void TidyUp(const std::filesystem::path& output) {
   const OutputName name(output);
@@ -107,25 +77,17 @@ std::string SizeText(const SourceTraits& traits) {
   return fmt::format("{} x {}, {}", traits.width, traits.height, NameOfDepth(traits.depth));
 }
 
-std::string Frames(std::size_t count) {
-  return fmt::format("{} frame{}", count, count == 1 ? "" : "s");
-}
-
 void PrintPlan(const Scene& scene, const RenderPlan& plan, bool isVideo) {
   PrintToStdout(fmt::format("{}\n# {} from {} to {}, {}, {}\n", WriteScene(scene),
-                            Frames(plan.job.frames.size()), scene.blank ? "blank frames" : scene.input,
+                            CountFrames(plan.job.frames.size()), scene.blank ? "blank frames" : scene.input,
                             scene.output, SizeText(plan.traits), isVideo ? "one video" : "one file a frame"));
 }
 
 void SaySummary(Messages& messages, const Scene& scene, const RenderPlan& plan, const RunSummary& summary,
                 std::size_t alreadyDone, double seconds) {
-  if (messages.Form() == MessageForm::kText) {
-    for (const FailedFrame& failed : summary.failed) {
-      messages.Error(ExitCode::kFrameFailed, failed.message);
-    }
-  }
+  SayFailures(messages, summary);
   std::string line =
-      fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", Frames(summary.written), SizeText(plan.traits),
+      fmt::format("{}, {}, {:.2f} s, {:.1f} frames/s", CountFrames(summary.written), SizeText(plan.traits),
                   seconds, static_cast<double>(summary.written) / seconds);
   if (plan.traits.hasAlpha && plan.video != nullptr) {
     line += fmt::format(", {} alpha", FormatAlphaForm(scene.alpha));
@@ -142,12 +104,8 @@ void SaySummary(Messages& messages, const Scene& scene, const RenderPlan& plan, 
   messages.Say(line);
 }
 
-std::size_t LeftOf(const RunSummary& summary) {
-  return summary.total - summary.written - summary.skipped.size() - summary.failed.size();
-}
-
 void SayHowToGoOn(Messages& messages, std::size_t left, bool canResume) {
-  messages.Say(fmt::format("interrupted with {} left; {}", Frames(left),
+  messages.Say(fmt::format("interrupted with {} left; {}", CountFrames(left),
                            canResume ? "the same command with --resume goes on from here"
                                      : "nothing was kept, since the output is one file"));
 }
@@ -161,12 +119,11 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
     messages.BeQuiet();
   }
   Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
-  const ProgressStyle style = StyleOf(options);
+  const ProgressStyle style = ProgressStyleOf(options);
   const std::string inputStamp = FileStamp(scene.input);
   RenderPlan plan = MakePlan(scene, std::move(effect));
   RenderJob& job = plan.job;
   ApplyJobOptions(options, job);
-  job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
   if (!options.part.empty()) {
     job.frames = TakePart(job.frames, About("--part", [&] { return ParsePart(options.part); }));
   }
@@ -199,14 +156,18 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   const std::vector<std::int32_t> done =
       options.resume ? resumption->TakeOut(job.frames) : std::vector<std::int32_t>();
   if (options.noOverwrite) {
-    CheckNothingIsThere(scene.output, job.frames);
+    for (const std::int32_t frame : job.frames) {
+      CheckNothingIsThere(name.ForFrame(frame),
+                          resumption ? "choose another name, or --resume for the frames that are missing"
+                                     : "choose another name");
+    }
   }
   if (const std::size_t others = resumption ? resumption->OfAnotherScene(job.frames) : 0; others > 0) {
     messages.Note(
         fmt::format("{} of '{}' {} of another scene or input and will be replaced; to keep them, write to "
                     "another folder or "
                     "name, or add --no-overwrite",
-                    Frames(others), scene.output, others == 1 ? "is" : "are"));
+                    CountFrames(others), scene.output, others == 1 ? "is" : "are"));
   }
   for (const std::int32_t frame : done) {
     messages.FrameDoneBefore(frame, pathOf(frame));
@@ -220,15 +181,14 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
       messages.End({.code = ExitCode::kInterrupted, .skipped = done.size(), .left = left});
     });
     Progress progress(style, job.frames.size(), messages.Outlet());
-    summary = RunPipeline(
-        job, *plan.source, *sink.frames,
-        {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
-           if (resumption && report.outcome == FrameOutcome::kWritten) {
-             resumption->Note(report.frame);
-           }
-           --left;
-           progress.FrameDone({report.frame, StatusOf(report.outcome), pathOf(report.frame), report.reason});
-         }});
+    summary = RunPipeline(job, *plan.source, *sink.frames,
+                          {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
+                             if (resumption && report.outcome == FrameOutcome::kWritten) {
+                               resumption->Note(report.frame);
+                             }
+                             --left;
+                             progress.FrameDone(NewsOf(report, pathOf(report.frame)));
+                           }});
   }
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
   SaySummary(messages, scene, plan, summary, done.size(), seconds.count());
@@ -236,21 +196,13 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
     Refuse(ExitCode::kFrameFailed, "there was no frame to write, so '{}' was not made", scene.output);
   }
   if (summary.interrupted) {
-    SayHowToGoOn(messages, LeftOf(summary), resumption.has_value());
+    SayHowToGoOn(messages, summary.Left(), resumption.has_value());
   }
-  ExitCode code = CodeOf(summary);
-  const std::string damage = plan.source->Damage();
-  if (plan.takesAll && !damage.empty() && code == ExitCode::kDone) {
-    code = ExitCode::kInput;
-    messages.Error(code, fmt::format("'{}' {}; what came is written", scene.input, damage));
-  }
-  messages.End({.code = code,
-                .written = summary.written,
-                .skipped = done.size(),
-                .missing = summary.skipped.size(),
-                .failed = summary.failed.size(),
-                .left = LeftOf(summary),
-                .seconds = seconds.count()});
+  const ExitCode code = CodeAtEnd(messages, scene, plan, summary);
+  RunEnd end = EndOf(code, summary);
+  end.skipped = done.size();
+  end.seconds = seconds.count();
+  messages.End(end);
   return code;
 }
 

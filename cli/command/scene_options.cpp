@@ -130,6 +130,7 @@ void ApplyJobOptions(const ShotOptions& options, RenderJob& job) {
       {MissingPolicy::kError, "error"}, {MissingPolicy::kSkip, "skip"}, {MissingPolicy::kBlack, "black"}};
   // 0 stands for one job for each processor.
   job.jobs = About("--jobs", [&] { return CheckedWithin(options.jobs, 0, kMaxJobs); });
+  job.onFailure = options.keepGoing ? OnFailure::kKeepGoing : OnFailure::kStop;
   if (!options.missing.empty()) {
     job.missing = About("--missing", [&] { return ParseChoice(kPolicies, options.missing); });
   }

@@ -13,7 +13,7 @@ namespace cli {
 /// parameter replaces all that earlier ones said of it, keys too.  Throws ToolError.
 Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, const Presets& presets);
 
-/// How the frames are done: --jobs and --missing.  Throws ToolError(kUsage).
+/// How the frames are done: --jobs, --missing and --keep-going.  Throws ToolError(kUsage).
 void ApplyJobOptions(const ShotOptions& options, RenderJob& job);
 
 /// The number.  Throws ToolError(kUsage) when it is not one of least..most.

@@ -1,8 +1,11 @@
 #include <fmt/format.h>
 
+#include <chrono>
+#include <string>
 #include <utility>
 
 #include "cli/command/commands.h"
+#include "cli/command/outcome.h"
 #include "cli/command/scene_options.h"
 #include "cli/file/pending_file.h"
 #include "cli/picture/contact_sheet.h"
@@ -15,22 +18,43 @@
 
 namespace cli {
 
+namespace {
+
+/// The sheet's own, from the command line: what a scene file says is for what is rendered of it.
+EncodingSettings EncodingOf(const ShotOptions& options, FileFormat format) {
+  EncodingSettings encoding;
+  encoding.compression = options.compression;
+  encoding.quality = options.quality;
+  if (!encoding.compression.empty()) {
+    CheckCompression(format, encoding.compression);
+  }
+  if (encoding.quality) {
+    CheckQuality(format, *encoding.quality);
+  }
+  return encoding;
+}
+
+}  // namespace
+
 ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<const minihost::Effect> effect,
                      Messages& messages) {
+  const auto start = std::chrono::steady_clock::now();
   if (options.quiet) {
     messages.BeQuiet();
   }
   Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
+  const ProgressStyle style = ProgressStyleOf(options);
   const auto count = static_cast<std::size_t>(
       About("--count", [&] { return CheckedWithin(cells, 1, static_cast<int>(ContactSheet::kMaxCells)); }));
   if (scene.output.empty()) {
     Refuse(ExitCode::kUsage, "no output: name one with -o, such as -o sheet.png");
   }
   const FileFormat format = FormatOf(scene.output);
-  if (!scene.encoding.compression.empty()) {
-    CheckCompression(format, scene.encoding.compression);
-  }
+  const EncodingSettings encoding = EncodingOf(options, format);
   CheckWritable(scene.output);
+  if (options.noOverwrite) {
+    CheckNothingIsThere(scene.output, "choose another name");
+  }
   RenderPlan plan = MakePlan(scene, std::move(effect));
   InputFiles(scene, plan).CheckKept(scene.output);
   RenderJob& job = plan.job;
@@ -43,25 +67,33 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
   }
   RunSummary summary;
   {
-    const char* const interrupted = "interrupted; there is no sheet";
-    const GracefulEnd graceful([&] { messages.Say(interrupted); });
-    Progress progress(StyleFor(options.quiet ? ProgressWish::kNone : ProgressWish::kText), job.frames.size(),
-                      messages.Outlet());
+    const auto sayInterrupted = [&] { messages.Say("interrupted; there is no sheet"); };
+    const GracefulEnd graceful([&] {
+      sayInterrupted();
+      messages.End({.code = ExitCode::kInterrupted, .left = job.frames.size()});
+    });
+    Progress progress(style, job.frames.size(), messages.Outlet());
     summary = RunPipeline(job, *plan.source, sheet,
                           {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
-                             progress.FrameDone({report.frame, "written"});
+                             progress.FrameDone(NewsOf(report, scene.output));
                            }});
+    if (summary.interrupted) {
+      sayInterrupted();
+    }
   }
-  if (summary.interrupted) {
-    messages.Say("interrupted; there is no sheet");
-  } else {
+  SayFailures(messages, summary);
+  if (!summary.interrupted) {
     const Picture& picture = sheet.Sheet();
-    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, scene.encoding));
+    WriteWhole(scene.output, EncodePicture(picture.image, picture.traits, format, encoding));
     messages.Say(fmt::format("{} picture{} on '{}', {} x {}", summary.written,
                              summary.written == 1 ? "" : "s", scene.output, picture.image.Width(),
                              picture.image.Height()));
   }
-  return CodeOf(summary);
+  const ExitCode code = CodeAtEnd(messages, scene, plan, summary);
+  RunEnd end = EndOf(code, summary);
+  end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  messages.End(end);
+  return code;
 }
 
 }  // namespace cli

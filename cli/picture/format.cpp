@@ -89,4 +89,13 @@ Compression ParseCompression(FileFormat format, std::string_view text) {
   return compression;
 }
 
+void CheckQuality(FileFormat format, int quality) {
+  if (format != FileFormat::kJpeg) {
+    Refuse(ExitCode::kUsage, "quality {} is for JPEG and video; other pictures keep every bit", quality);
+  }
+  if (quality < 1 || quality > 100) {
+    Refuse(ExitCode::kUsage, "quality {} is not between 1 and 100", quality);
+  }
+}
+
 }  // namespace cli

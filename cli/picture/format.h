@@ -28,4 +28,7 @@ inline void CheckCompression(FileFormat format, std::string_view text) {
   ParseCompression(format, text);
 }
 
+/// Throws ToolError(kUsage) for a format without a quality, and one that is not 1 to 100.
+void CheckQuality(FileFormat format, int quality);
+
 }  // namespace cli

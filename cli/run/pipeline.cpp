@@ -114,8 +114,7 @@ class Pipeline {
     if (failure_) {
       std::rethrow_exception(failure_);
     }
-    const std::size_t done = summary_.written + summary_.skipped.size() + summary_.failed.size();
-    summary_.interrupted = done < summary_.total;
+    summary_.interrupted = summary_.Left() > 0;
     if (!summary_.interrupted && summary_.written > 0) {
       sink_.Finish();
     }

@@ -80,6 +80,8 @@ struct RunSummary {
   std::vector<std::int32_t> skipped;
   std::vector<FailedFrame> failed;
   bool interrupted = false;  // before all was done
+
+  std::size_t Left() const { return total - written - skipped.size() - failed.size(); }
 };
 
 /// kInterrupted, kFrameFailed when frames failed, or kDone.

@@ -16,6 +16,7 @@
 #include "cli/report/json.h"
 #include "cli/run/open_source.h"
 #include "hostapi/commands.h"
+#include "tests/cli/video/clip.h"
 #include "tests/support/cli/temporary_folder.h"
 
 namespace {
@@ -293,6 +294,9 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render '%d.png' -o '%d.png'", 2, "'5.png' would overwrite the input"},
       {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
       {"sheet 5.png -o 5.png", 2, "'5.png' would overwrite the input"},
+      {"sheet 5.png -o a.png --no-overwrite", 4, "cannot write 'a.png': it is there already"},
+      {"sheet 5.png -o b.jpg --quality 0", 2, "quality 0 is not between 1 and 100"},
+      {"sheet 5.png -o b.png --quality 50", 2, "other pictures keep every bit"},
       {"render none.png -o b.png", 3, "cannot read 'none.png': No such file"},
       {"render a.png -o none/b.png", 4, "mkdir -p 'none'"}};
   for (const auto& [arguments, code, part] : cases) {
@@ -312,6 +316,34 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
   }
   EXPECT_THAT(folder_.Names(), ElementsAre("5.png", "a.png"));
   EXPECT_THAT(Run("render a.png -o b.png").err, HasSubstr("1 frame, 96 x 64, 8 bits, "));
+}
+
+TEST_F(Tool, MakesASheetOfWhatThereIs) {
+  for (const char* name : {"p.1.png", "p.3.png", "p.4.png"}) {
+    WritePlate(name, Depth::kBits8, false);
+  }
+  std::filesystem::resize_file(folder_ / "p.4.png", 100);
+  const std::string sheet = "sheet 'p.%d.png' -o sheet.jpg --missing skip --progress json ";
+  EXPECT_EQ(Run(sheet).code, 3);
+  EXPECT_FALSE(std::filesystem::exists("sheet.jpg"));
+  const Outcome outcome = Run(sheet + "--keep-going");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_THAT(outcome.err,
+              testing::ContainsRegex("\"frame\":2,\"status\":\"missing\".*\n(.*\n)*.*\"frame\":4,"
+                                     "\"status\":\"failed\".*\n.*\"end\",\"code\":1,\"written\":2,"));
+  EXPECT_TRUE(std::filesystem::exists("sheet.jpg"));
+  // A scene's encoding is that of the shot, not of the sheet.
+  Render("p.1.png -o a.exr --compression piz --save-scene shot.toml");
+  EXPECT_EQ(Run("sheet --scene shot.toml -o sheet.png").code, 0);
+  if (!HasFfmpeg()) {
+    GTEST_SKIP() << "ffmpeg is not installed";
+  }
+  MakeClip(folder_ / "clip.mkv", "-f lavfi -i testsrc2=s=64x48:d=2 -c:v ffv1");
+  std::filesystem::resize_file(folder_ / "clip.mkv", std::filesystem::file_size(folder_ / "clip.mkv") / 2);
+  const Outcome broken = Run("sheet clip.mkv -q -o broken.png");
+  EXPECT_EQ(broken.code, 3);
+  EXPECT_THAT(broken.err, HasSubstr("breaks off after"));
+  EXPECT_TRUE(std::filesystem::exists("broken.png"));
 }
 
 TEST_F(Tool, NeedsItsModulesForPicturesAlone) {
