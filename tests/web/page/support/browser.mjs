@@ -12,6 +12,7 @@ const { chromium } = require('playwright-core');
 const kSite = resolve(process.env.VINTREL_WEB ?? 'out/web');
 const kBrowser = process.env.VINTREL_BROWSER ?? '/usr/bin/chromium';
 // Root has no sandbox; machines without a graphics card draw textures in software.
+const kPatience = 15_000;
 const kFlags = ['--no-sandbox', '--enable-unsafe-swiftshader'];
 
 /** Serves the assembled page, and a browser to see it in: { address, open(options), close() }. */
@@ -42,6 +43,7 @@ export async function openPage(browser, address, { path = '', ...options } = {})
   const location = new URL(path, address);
   const context = await browser.newContext({ viewport: { width: 1440, height: 900 }, ...options });
   const page = await context.newPage();
+  page.setDefaultTimeout(kPatience);
   const problems = [];
   page.on('console', (message) => {
     // The browser asks for the icon again whenever the address changes, network or not.
