@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <random>
 
 #include "minihost/picture/copy.h"
@@ -174,6 +175,22 @@ TYPED_TEST(PictureTest, SamplesByThePlainFormulaEverywhere) {
       ExpectNearest(SampleNearest<TypeParam>(*world.World(), x, y), Channels(world.At(column, row)));
     }
   }
+}
+
+TEST(ImageTest, OverBorrowsItsPixelsAndACloneHasThemInRowsOfItsOwn) {
+  GuardedWorld<PF_Pixel> world(5, 3);
+  std::mt19937 random(1);
+  Scatter(world, random);
+  Image clone;
+  {
+    const Image image = Image::Over(world.World()->data, 5, 3, Depth::kBits8,
+                                    static_cast<std::size_t>(world.World()->rowbytes));
+    clone = image.Clone();
+  }
+  for (int row = 0; row < 3; ++row) {
+    EXPECT_EQ(std::memcmp(clone.Row<PF_Pixel>(row).data(), &world.At(0, row), 5 * sizeof(PF_Pixel)), 0);
+  }
+  EXPECT_TRUE(world.GuardsIntact());
 }
 
 }  // namespace
