@@ -95,7 +95,9 @@ const std::vector<Rule> kRules = {
     {"bench/",
      {"effect/", "minihost/", "bindings/", "tests/bindings/openfx/host.h", "hostapi/"},
      {"minihost/call/"}},
-    {"tests/", {"effect/", "minihost/", "cli/", "bindings/", "bench/", "hostapi/"}, {"minihost/call/"}},
+    {"tests/",
+     {"effect/", "minihost/", "cli/", "bindings/", "web/engine/", "bench/", "hostapi/"},
+     {"minihost/call/"}},
     {"tests/minihost/call/", {"tests/", "minihost/", "hostapi/"}},
 };
 
