@@ -85,7 +85,7 @@ Melt() {
   threads="$1"
   shift
   rm -f melt.rgba
-  InHost melt -silent -profile profile pixbuf:in.%04d.png ttl=1 length=6 out=5 -filter frei0r.vintrel "$@" \
+  InHost melt -silent -profile profile avformat:in.%04d.png out=5 -filter frei0r.vintrel "$@" \
     -consumer avformat:melt.rgba f=rawvideo vcodec=rawvideo pix_fmt=rgba mlt_image_format=rgba an=1 \
     "real_time=$threads" </dev/null >melt.log 2>&1 || { cat melt.log >&2 && exit 1; }
 }
