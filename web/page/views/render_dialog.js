@@ -1,0 +1,82 @@
+// A render by the tool: where it goes, which frames; its progress, and a way to stop it.
+
+import { framesText } from '../share/scene.js';
+import { confirmDialog, openDialog } from './dialog.js';
+import { h, set, setText } from './dom.js';
+
+/** `start({ output, frames, replace })` promises { events, stop() }, as PanelClient.startRender does. */
+export function openRenderDialog({ store, start, isConflict }) {
+  const { time } = store.state;
+  const output = h('input', { class: 'field wide', value: 'snow.mp4', spellcheck: 'false' });
+  const frames = h('input', { class: 'field wide', value: framesText(time), spellcheck: 'false' });
+  const progress = h('progress', { value: 0, 'aria-label': 'Frames done', hidden: true });
+  const words = h('p', { class: 'muted', role: 'status' }, 'A video (.mp4, .mov, .mkv), or pictures such as snow.####.png');
+  const trouble = h('p', { class: 'trouble', role: 'alert' });
+  const submit = h('button', { class: 'button primary', type: 'submit' }, 'Render');
+  const cancel = h('button', { class: 'button', type: 'button', onclick: () => (render ? stop() : dialog.close()) }, 'Close');
+  const form = h('form', { class: 'form', onsubmit: (event) => {
+    event.preventDefault();
+    run(false);
+  } },
+    h('label', {}, h('span', {}, 'Output'), output),
+    h('label', {}, h('span', {}, 'Frames'), frames),
+    words, progress, trouble,
+    h('div', { class: 'dialog-buttons' }, cancel, submit));
+  let render;
+  // A render goes on without its dialog; whoever closes it wants it to end.
+  const dialog = openDialog({ title: 'Render with the tool', className: 'small', content: form, onClose: () => render && stop() });
+  output.select();
+
+  async function stop() {
+    setText(words, 'Stopping…');
+    await render.stop().catch((error) => setText(trouble, error.message));
+  }
+
+  function show(isRunning) {
+    set(submit, { disabled: isRunning });
+    set(output, { disabled: isRunning });
+    set(frames, { disabled: isRunning });
+    set(progress, { hidden: !isRunning });
+    setText(cancel, isRunning ? 'Stop' : 'Close');
+  }
+
+  async function run(replace) {
+    setText(trouble, '');
+    show(true);
+    try {
+      render = await start({ output: output.value.trim(), frames: frames.value.trim(), replace });
+      await follow(render.events);
+    } catch (error) {
+      if (isConflict(error) && !replace && await confirmDialog({ title: 'Replace files?', text: error.message, act: 'Replace' })) {
+        return run(true);
+      }
+      setText(trouble, error.message);
+      setText(words, '');
+    }
+    render = undefined;
+    show(false);
+    return undefined;
+  }
+
+  async function follow(events) {
+    const errors = [];
+    for await (const event of events) {
+      if (event.event === 'frame') {
+        set(progress, { max: event.total, value: event.done });
+        setText(words, `Frame ${event.frame} ${event.status}: ${event.done} of ${event.total}`);
+      } else if (event.event === 'error') {
+        errors.push(event.message);
+      } else if (event.event === 'end') {
+        setText(words, endText(event));
+      }
+    }
+    setText(trouble, errors.join('\n'));
+  }
+
+  function endText({ code, written, left }) {
+    if (code === 130) {
+      return `Stopped: ${written} frames written, ${left} left.`;
+    }
+    return code === 0 ? `Done: ${written} frames in ${output.value.trim()}.` : '';
+  }
+}
