@@ -34,7 +34,7 @@ ExitCode Dispatch(const CLI::App& app, const cli::CommandLine& line, cli::Messag
     return cli::RenderSheet(line.shot, line.sheetCells, effect, messages);
   }
   if (app.got_subcommand("panel")) {
-    return cli::OpenPanel(line.panel, effect, messages);
+    return cli::OpenPanel(line.panel, *effect, messages);
   }
   if (app.got_subcommand("info")) {
     cli::PrintToStdout(

@@ -30,8 +30,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
 /// address on standard output, until Ctrl-C or until the page has been gone for a minute.
 ///
 /// Returns kDone or kInterrupted; throws ToolError.
-ExitCode OpenPanel(const PanelOptions& options, std::shared_ptr<const minihost::Effect> effect,
-                   Messages& messages);
+ExitCode OpenPanel(const PanelOptions& options, const minihost::Effect& effect, Messages& messages);
 
 enum class InfoForm { kText, kJson };
 

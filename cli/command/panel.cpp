@@ -8,11 +8,10 @@
 
 namespace cli {
 
-ExitCode OpenPanel(const PanelOptions& options, std::shared_ptr<const minihost::Effect> effect,
-                   Messages& messages) {
+ExitCode OpenPanel(const PanelOptions& options, const minihost::Effect& effect, Messages& messages) {
   constexpr int kMaxPort = 65535;
   const int wanted = About("--port", [&] { return CheckedWithin(options.port, 0, kMaxPort); });
-  Scene scene(effect->SharedParameters());
+  Scene scene(effect.SharedParameters());
   if (!options.sceneFile.empty()) {
     ApplySceneFile(options.sceneFile, scene);
   }
@@ -25,7 +24,7 @@ ExitCode OpenPanel(const PanelOptions& options, std::shared_ptr<const minihost::
   const int port = server->Bind(wanted);
   PanelSettings settings;
   settings.sceneFile = options.sceneFile;
-  Panel panel(scene, effect->SharedParameters(), settings, port);
+  Panel panel(scene, effect.SharedParameters(), settings, port);
   const GracefulEnd graceful([&] { panel.WaitForRenders(); });
   PrintToStdout(panel.Address() + '\n');
   if (!options.noBrowser && !OpenBrowser(panel.Address())) {
