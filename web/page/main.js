@@ -2,8 +2,10 @@
 
 import { installApi } from './api.js';
 import { createCommands } from './commands.js';
+import { prepareMedia } from './media/prepare.js';
 import { createPanelMode } from './panel_mode.js';
 import { createLibrary } from './plates/library.js';
+import { kShipped } from './plates/sources.js';
 import { createCost } from './preview/cost.js';
 import { createFrameCache, frameMemory } from './preview/frame_cache.js';
 import { createThumbnails, loadLooks } from './preview/looks.js';
@@ -39,6 +41,7 @@ async function begin(api) {
 
   const declarations = arrange(pool.parameters);
   const store = createStore(stateOfAddress(pool.parameters, notices));
+  api.watch(store);
   const actions = createActions(store, declarations);
   const panelMode = createPanelMode({ store, notices });
   const context = { store, actions, pool, library, notices };
@@ -58,7 +61,11 @@ async function begin(api) {
   installShortcuts({ ...context, commands, stage, panel });
 
   const cache = createFrameCache({ maxBytes: frameMemory(), onChange: () => timeline.showCached(cache.numbers) });
-  const rendering = { ...context, cache, cost: createCost(), show: stage.showFrame, fail: notices.fail };
+  const show = (frame) => {
+    stage.showFrame(frame);
+    api.show(frame);
+  };
+  const rendering = { ...context, cache, cost: createCost(), show, fail: notices.fail };
   const preview = createPreview(rendering);
   const player = createPlayer({ ...rendering, onRate: timeline.showRate });
   const followPlate = createPlateFollower({ ...context, stage, topbar });
@@ -104,6 +111,19 @@ async function begin(api) {
   looksPlace.replaceWith(looks.element);
   looks.update(store.state);
   showLooks(await followPlate(store.state));
+  requestIdleCallbackOrLater(() => fetchTheRest(library));
+}
+
+// From here on the page works without a network.
+function fetchTheRest(library) {
+  prepareMedia();
+  for (const { name } of kShipped) {
+    library.load({ kind: 'shipped', name }).catch(() => {});
+  }
+}
+
+function requestIdleCallbackOrLater(act) {
+  (window.requestIdleCallback ?? ((later) => setTimeout(later, 1000)))(act);
 }
 
 function stateOfAddress(parameters, notices) {

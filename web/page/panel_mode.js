@@ -35,9 +35,11 @@ export function createPanelMode({ store, notices }) {
     input = panel.input;
     sceneFile = panel.scene?.path ?? sceneFile;
     if (input) {
-      const plate = library.add(sourceOf(plateSourceOf(client, input)));
+      const source = sourceOf(plateSourceOf(client, input));
+      const plate = library.add(source);
       const frames = input.isStill ? undefined : { first: input.first, last: input.last, frame: input.first };
-      actions.setPlate(plate, frames && { ...frames, fps: String(input.fps) });
+      actions.setPlate(plate, frames && { ...frames, fps: source.fps });
+      source.notes.forEach(notices.note);
     }
     if (panel.scene) {
       await readScene(panel.scene.text, panel.scene.path);
@@ -98,7 +100,7 @@ function sourceOf({ name, path, width, height, pixelAspect, fps, first, last, is
   const frames = isStill ? undefined : { first, last };
   const within = (frame) => (isStill ? first : Math.min(Math.max(frame, first), last));
   return {
-    kind: 'panel', name, path, id: 'panel', label: name, width, height, pixelAspect, fps: String(fps), frames, notes, close,
+    kind: 'panel', name, path, id: 'panel', label: name, width, height, pixelAspect, fps, frames, notes, close,
     plateAt: (frame) => frameAt(within(frame)),
   };
 }

@@ -24,7 +24,7 @@ export async function openExportDialog({ store, library, renderFrame, save }) {
   });
   progress.hidden = true;
 
-  const known = await clipFormats(size);
+  const known = await clipFormats({ ...size, fps: time.fps });
   const chosen = known.find(({ available }) => available)?.id;
   formats.replaceChildren(
     ...known.map(({ id, label, available, reason, note }) =>

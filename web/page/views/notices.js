@@ -45,6 +45,10 @@ export function createNotices() {
   };
 }
 
+// A first word with a dot is a file's name, which stays as it is.
 function sentence(text) {
+  if (/^\S*\.\S/.test(text)) {
+    return text;
+  }
   return text.charAt(0).toUpperCase() + text.slice(1);
 }

@@ -13,7 +13,7 @@ export function openRenderDialog({ store, start, isConflict }) {
   const words = h('p', { class: 'muted', role: 'status' }, 'A video (.mp4, .mov, .mkv), or pictures such as snow.####.png');
   const trouble = h('p', { class: 'trouble', role: 'alert' });
   const submit = h('button', { class: 'button primary', type: 'submit' }, 'Render');
-  const cancel = h('button', { class: 'button', type: 'button', onclick: () => (render ? stop() : dialog.close()) }, 'Close');
+  const cancel = h('button', { class: 'button', type: 'button', onclick: () => (isRunning ? stop() : dialog.close()) }, 'Close');
   const form = h('form', { class: 'form', onsubmit: (event) => {
     event.preventDefault();
     run(false);
@@ -23,16 +23,23 @@ export function openRenderDialog({ store, start, isConflict }) {
     words, progress, trouble,
     h('div', { class: 'dialog-buttons' }, cancel, submit));
   let render;
+  let isRunning = false;
+  let isUnwanted = false; // stopped before the tool had answered
   // A render goes on without its dialog; whoever closes it wants it to end.
-  const dialog = openDialog({ title: 'Render with the tool', className: 'small', content: form, onClose: () => render && stop() });
+  const dialog = openDialog({ title: 'Render with the tool', className: 'small', content: form, onClose: () => isRunning && stop() });
   output.select();
 
   async function stop() {
     setText(words, 'Stopping…');
+    isUnwanted = true;
+    if (!render) {
+      return;
+    }
     await render.stop().catch((error) => setText(trouble, error.message));
   }
 
-  function show(isRunning) {
+  function show(nowRunning) {
+    isRunning = nowRunning;
     set(submit, { disabled: isRunning });
     set(output, { disabled: isRunning });
     set(frames, { disabled: isRunning });
@@ -42,9 +49,13 @@ export function openRenderDialog({ store, start, isConflict }) {
 
   async function run(replace) {
     setText(trouble, '');
+    isUnwanted = false;
     show(true);
     try {
       render = await start({ output: output.value.trim(), frames: frames.value.trim(), replace });
+      if (isUnwanted) {
+        await stop();
+      }
       await follow(render.events);
     } catch (error) {
       if (isConflict(error) && !replace && await confirmDialog({ title: 'Replace files?', text: error.message, act: 'Replace' })) {
