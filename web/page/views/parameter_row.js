@@ -124,7 +124,7 @@ export function createParameterRow(declaration, { actions, store, pool }) {
         set(diamond, {
           'data-keys': kind,
           'aria-pressed': String(here),
-          'aria-label': `Key of ${title} at the playhead`,
+          'aria-label': `Key of ${title} here`,
           title: here ? 'Remove the key here' : `Add a key here: ${valueText(declaration, value)}`,
         });
       }
