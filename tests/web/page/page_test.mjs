@@ -119,10 +119,10 @@ test('the keyboard alone sets a look, adds keys, plays and exports', async (cont
   assert.match(hash, /&size=0:[\d.]+(:\w)?,7:9.5/);
 
   await press('Shift+Tab', ' '); // from the field, which would take the blank, to the slider
-  await page.getByRole('button', { name: 'Pause' }).waitFor();
+  await page.getByRole('button', { name: 'Pause', exact: true }).waitFor();
   await page.waitForFunction(() => !['0', '7'].includes(document.querySelector('[aria-label=Frame]').value));
   await press(' ');
-  await page.getByRole('button', { name: 'Play' }).waitFor();
+  await page.getByRole('button', { name: 'Play', exact: true }).waitFor();
 
   await press('e');
   await page.locator('dialog button:focus').getByText('Export').waitFor();
@@ -277,4 +277,23 @@ test('nothing leaves the page, which goes on without a network', async (context)
   await page.getByRole('menuitem', { name: 'Clip…' }).click();
   await downloaded(page, folder, () => page.getByRole('dialog').getByRole('button', { name: 'Export' }).click());
   assert.deepEqual(problems, []);
+});
+
+test('whatever takes the focus has a name, and nothing sticks out, from 390 to 2560 pixels', async (context) => {
+  for (const [width, height] of [
+    [390, 844],
+    [1440, 900],
+    [2560, 1440],
+  ]) {
+    const page = await openPage(context, { viewport: { width, height } });
+    const session = await page.context().newCDPSession(page);
+    const { nodes } = await session.send('Accessibility.getFullAXTree');
+    const takesFocus = ({ properties = [] }) =>
+      properties.some(({ name, value }) => name === 'focusable' && value.value);
+    const controls = nodes.filter((node) => !node.ignored && node.role.value !== 'RootWebArea' && takesFocus(node));
+    const nameless = controls.filter(({ name }) => !name?.value);
+    assert.deepEqual(nameless, []);
+    assert.ok(controls.length > 30, `${controls.length} controls`);
+    assert.equal(await page.evaluate(() => document.documentElement.scrollWidth - innerWidth), 0, `${width} wide`);
+  }
 });
