@@ -254,9 +254,8 @@ test('nothing leaves the page, which goes on without a network', async (context)
   assert.ok(isRefused);
   assert.match(problems.join('\n'), /Content Security Policy/);
 
-  while (!page.workers().some((worker) => worker.url().endsWith('clip_worker.js'))) {
-    await page.waitForTimeout(100);
-  }
+  const isClipWorker = (worker) => worker.url().endsWith('clip_worker.js');
+  await (page.workers().find(isClipWorker) ?? page.waitForEvent('worker', isClipWorker));
   await page.waitForLoadState('networkidle');
   await page.context().setOffline(true);
   problems.length = 0;
