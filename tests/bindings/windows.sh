@@ -11,7 +11,8 @@ bundle=Vintrel.ofx.bundle/Contents
 prefix=x86_64-w64-mingw32
 WINEPREFIX=$(mktemp -d)
 export WINEPREFIX WINEDEBUG=-all
-trap 'rm -rf "$WINEPREFIX"' EXIT
+# The server outlives the programs by a moment, and writes when it ends.
+trap '/usr/lib/wine/wineserver -k || true; /usr/lib/wine/wineserver -w; rm -rf "$WINEPREFIX"' EXIT
 fail() {
   echo "$*" >&2
   exit 1
