@@ -86,10 +86,11 @@ RenderPlan MakePlan(Scene& scene, std::shared_ptr<const minihost::Effect> effect
 
   RenderJob& job = plan.job;
   job.frames = ParseFrames(scene.frames);
-  if (isRateAsked && plan.video != nullptr && plan.video->HasVaryingRate()) {
-    plan.notes.push_back(fmt::format(
-        "at {}/{} frames a second the result lasts {:.2f} s", plan.rate.timeScale, plan.rate.timeStep,
-        static_cast<double>(job.frames.size()) * plan.rate.timeStep / plan.rate.timeScale));
+  // Retimed it lasts as long as it did.
+  if (isRateAsked && !scene.retime && plan.video != nullptr && plan.video->HasVaryingRate()) {
+    const double rate = static_cast<double>(plan.rate.timeScale) / plan.rate.timeStep;
+    plan.notes.push_back(fmt::format("at {:.5g} frames a second the result lasts {:.2f} s", rate,
+                                     static_cast<double>(job.frames.size()) / rate));
   }
   for (const std::int32_t frame : job.frames) {
     CheckCountable(frame, plan.rate);

@@ -153,6 +153,12 @@ void VideoWriter::NoteLosses(const VideoTraits& traits) {
         fmt::format("'{}' holds 8 bits a channel, less than the frames have{}; codec hevc holds 10",
                     path_.string(), isHdr ? ", and HDR shows steps in 8" : ""));
   }
+  // Frames of 16 bits come in float too.
+  if ((kind_ == VideoCodec::kHevc || kind_ == VideoCodec::kProres) && traits.depth == Depth::kFloat) {
+    notes_.push_back(
+        fmt::format("'{}' holds 10 bits a channel, less than the frames have; .mkv with codec ffv1 holds 16",
+                    path_.string()));
+  }
 }
 
 /// For what the libraries return.  Of a failing disk the file itself knows best, and sometimes alone.

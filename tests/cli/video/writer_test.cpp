@@ -236,6 +236,10 @@ TEST_F(VideoWrite, TakesTheCodecAndQualityThatAreAskedFor) {
     writer.Finish();
     EXPECT_FALSE(ReadAll(folder_ / c.name) == bytes[0]);
   }
+  VideoTraits fine = TraitsFrom(video);
+  fine.depth = Depth::kFloat;
+  EXPECT_THAT(VideoSink(folder_ / "b.mov", fine).Notes(),
+              Contains(HasSubstr("'" + (folder_ / "b.mov").string() + "' holds 10 bits")));
   const auto refuse = [](cli::VideoFormat format, const char* codec, std::optional<int> quality,
                          const char* message) {
     cli::EncodingSettings settings;
