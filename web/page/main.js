@@ -202,7 +202,7 @@ function createAddressFollower(store, parameters) {
   let written = location.hash;
   window.addEventListener('hashchange', () => {
     const linked = location.hash === written ? null : hashToState(location.hash, parameters);
-    if (linked) {
+    if (linked && stateToHash(store.state, parameters) !== location.hash) {
       const { plate, time } = linked;
       store.update((state) => ({ ...state, parameters: linked.parameters, time, plate: plate ?? state.plate }), { label: 'Link' });
     }
