@@ -142,6 +142,22 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
     EXPECT_GE(*broken.Traits().lastFrame, 1);
     EXPECT_TRUE(broken.Read(*broken.Traits().lastFrame)) << "every frame that is announced is there";
   }
+  // One picture less is too few, though a file that begins late or is cut by an edit list is whole.
+  const std::string clipped = " -c:v libx264 -g 4 -movflags +faststart ";
+  MakeClip(folder_ / "c.mp4", kTenFrames + clipped);
+  MakeClip(folder_ / "c.mkv", kTenFrames + clipped);
+  RunShell("cd '" + (folder_ / "").string() +
+           "' && ffmpeg -v error -y -ss 0.1 -i c.mp4 -c copy edited.mp4 && "
+           "ffmpeg -v error -y -itsoffset 0.5 -i c.mp4 -f lavfi -i sine=d=1 -c:v copy late.mkv");
+  for (const char* name : {"c.mp4", "c.mkv", "edited.mp4", "late.mkv"}) {
+    EXPECT_EQ(VideoReader(folder_ / name).Damage(), "") << name;
+  }
+  for (const char* name : {"c.mp4", "c.mkv"}) {
+    const std::string last = RunShell("ffprobe -v error -show_entries packet=pos -of csv=p=0 '" +
+                                      (folder_ / name).string() + "' | sort -n | tail -1");
+    std::filesystem::resize_file(folder_ / name, std::stoul(last) + 5);
+    EXPECT_THAT(VideoReader(folder_ / name).Damage(), HasSubstr("breaks off")) << name;
+  }
   MakeClip(folder_ / "sound.wav", "-f lavfi -i sine=d=0.1");
   ExpectError(ExitCode::kInput, "there is no video in it", [&] { VideoReader(folder_ / "sound.wav"); });
 }
