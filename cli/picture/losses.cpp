@@ -1,6 +1,7 @@
 #include "cli/picture/losses.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace cli {
 
@@ -18,6 +19,20 @@ std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits)
   if (format != FileFormat::kExr && traits.extras && !traits.extras->channels.empty()) {
     losses.push_back(
         fmt::format("channels are left out: {}; .exr keeps them", fmt::join(traits.extras->channels, ", ")));
+  }
+  return losses;
+}
+
+std::vector<std::string> LossesInVideo(const SourceTraits& traits) {
+  if (!traits.extras) {
+    return {};
+  }
+  std::vector<std::string> losses;
+  if (const auto& blocks = traits.extras->blocks; !blocks.empty()) {
+    losses.push_back(fmt::format("a video holds none of the picture's {}", fmt::join(blocks, ", ")));
+  }
+  if (const auto& channels = traits.extras->channels; !channels.empty()) {
+    losses.push_back(fmt::format("channels are left out: {}; .exr keeps them", fmt::join(channels, ", ")));
   }
   return losses;
 }

@@ -12,4 +12,7 @@ namespace cli {
 /// Of pictures of these traits in files of this format; for the user, one sentence each.
 std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits);
 
+/// The same in a video.
+std::vector<std::string> LossesInVideo(const SourceTraits& traits);
+
 }  // namespace cli

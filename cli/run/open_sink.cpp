@@ -16,22 +16,20 @@
 namespace cli {
 namespace {
 
-// The video's frames follow each other whatever their numbers, so its sound is that of the frames from the
-// first to the last when none is left out between.
-std::optional<FileRange> RangeOf(const RenderPlan& plan) {
+std::optional<CarriedFile> CarriedOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
   if (plan.video == nullptr || frames.empty()) {
     return {};
   }
   const std::int64_t span = std::int64_t{frames.back()} - frames.front() + 1;
-  if (span != static_cast<std::int64_t>(frames.size())) {
-    return {};
-  }
-  return plan.video->Range(frames.front(), frames.back());
+  return CarriedFile{.range = plan.video->Range(frames.front(), frames.back()),
+                     .hasGaps = span != static_cast<std::int64_t>(frames.size())};
 }
 
 std::optional<FileRange> SoundOf(const RenderPlan& plan) {
-  return RangeOf(plan) ? plan.video->Sound(plan.job.frames.front(), plan.job.frames.back()) : std::nullopt;
+  const std::vector<std::int32_t>& frames = plan.job.frames;
+  return plan.video != nullptr && !frames.empty() ? plan.video->Sound(frames.front(), frames.back())
+                                                  : std::nullopt;
 }
 
 // What only some files take; what they take of it, their encoders say.
@@ -72,6 +70,11 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
       Refuse(ExitCode::kUsage, "compression '{}' is for pictures; a video has its own",
              scene.encoding.compression);
     }
+    // The video's frames follow each other whatever their numbers, so its sound is that of the frames from
+    // the first to the last when none is left out between.
+    const std::optional<CarriedFile> carried = CarriedOf(plan);
+    const std::optional<FileRange> sound = SoundOf(plan);
+    const bool losesSound = carried && carried->hasGaps && sound;
     const VideoTraits traits = {.width = plan.traits.width,
                                 .height = plan.traits.height,
                                 .depth = plan.traits.depth,
@@ -79,11 +82,17 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                                 .pixelAspect = scene.pixelAspect.value_or(plan.traits.pixelAspect),
                                 .rate = plan.rate,
                                 .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
-                                .sound = SoundOf(plan),
-                                .carried = RangeOf(plan),
+                                .sound = losesSound ? std::nullopt : sound,
+                                .carried = carried,
                                 .encoding = scene.encoding};
     auto video = std::make_unique<VideoSink>(scene.output, traits);
     std::vector<std::string> notes = video->Notes();
+    if (losesSound && scene.encoding.sound != SoundWish::kNone) {
+      notes.emplace_back("the sound is left out, since frames between are");
+    }
+    for (std::string& loss : LossesInVideo(plan.traits)) {
+      notes.push_back(std::move(loss));
+    }
     return {std::move(video), true, std::move(notes)};
   }
   const OutputName name(scene.output);

@@ -25,6 +25,12 @@ struct FileRange {
   double end = 0;
 };
 
+/// What the frames of a video are made of, so that what belongs to them can go along.
+struct CarriedFile {
+  FileRange range;       // from the first frame to the last
+  bool hasGaps = false;  // whether frames are left out between: nothing that belongs to a moment goes along
+};
+
 /// What a video needs to know before its first frame.
 struct VideoTraits {
   int width = 0;  // pixels
@@ -33,9 +39,9 @@ struct VideoTraits {
   bool hasAlpha = false;
   double pixelAspect = 1;
   FrameRate rate;
-  ColorTags tags{};                    // of the source; what is unspecified is chosen by the height
-  std::optional<FileRange> sound{};    // of the source
-  std::optional<FileRange> carried{};  // of what the frames are; for the rest that goes along
+  ColorTags tags{};                  // of the source; what is unspecified is chosen by the height
+  std::optional<FileRange> sound{};  // of the source
+  std::optional<CarriedFile> carried{};
   EncodingSettings encoding{};
 };
 

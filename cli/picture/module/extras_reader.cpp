@@ -115,6 +115,7 @@ std::shared_ptr<const PictureExtras> ReadExtras(OpenFile& file) {
     say("compression", compression);
   }
   if (spec.find_attribute("ICCProfile")) {
+    extras->blocks.emplace_back("ICC profile");
     say("ICC profile", spec.get_string_attribute("ICCProfile:profile_description", "without a name"));
   }
   if (extras->isExr) {
@@ -133,6 +134,12 @@ std::shared_ptr<const PictureExtras> ReadExtras(OpenFile& file) {
   }
   if (!extras->metadata.IsEmpty()) {
     const Metadata& metadata = extras->metadata;
+    if (!metadata.exif.IsEmpty()) {
+      extras->blocks.emplace_back("EXIF");
+    }
+    if (!metadata.xmp.empty()) {
+      extras->blocks.emplace_back("XMP");
+    }
     say("metadata", metadata.exif.IsEmpty() ? "XMP" : metadata.xmp.empty() ? "EXIF" : "EXIF, XMP");
   }
   if (const int parts = file.CountFurtherParts(); parts > 0) {

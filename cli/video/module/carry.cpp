@@ -1,10 +1,12 @@
 #include "cli/video/module/carry.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "cli/report/error.h"
 
@@ -82,6 +84,30 @@ bool CarryTimecode(const char* text, double seconds, AVStream& video) {
   return true;
 }
 
+/// Chapters and the timecode, from a file and its stream of pictures; returns what of it is left out, half a
+/// sentence or nothing.
+std::string CarryMoments(const AVFormatContext& input, const AVStream* stream, const CarriedFile& source,
+                         AVFormatContext& output, AVStream& video) {
+  const char* timecode = stream ? TimecodeOf(input, *stream) : nullptr;
+  if (source.hasGaps) {
+    std::vector<std::string> lost;
+    if (input.nb_chapters > 0) {
+      lost.emplace_back("chapters");
+    }
+    if (timecode) {
+      lost.push_back(fmt::format("the timecode {}", timecode));
+    }
+    return lost.empty() ? "" : fmt::format("left out, since frames between are: {}", fmt::join(lost, ", "));
+  }
+  CopyChapters(input, source.range, output);
+  const double start = !stream || stream->start_time == AV_NOPTS_VALUE
+                           ? 0
+                           : static_cast<double>(stream->start_time) * av_q2d(stream->time_base);
+  return timecode && !CarryTimecode(timecode, source.range.begin - start, video)
+             ? fmt::format("the timecode {} is left out", timecode)
+             : "";
+}
+
 int CountTracks(const AVFormatContext& file, AVMediaType type) {
   return static_cast<int>(
       std::count_if(file.streams, file.streams + file.nb_streams, [type](const AVStream* stream) {
@@ -92,32 +118,28 @@ int CountTracks(const AVFormatContext& file, AVMediaType type) {
 
 }  // namespace
 
-std::vector<std::string> CarryOver(const FileRange& source, AVFormatContext& output, AVStream& video) {
+std::vector<std::string> CarryOver(const CarriedFile& source, AVFormatContext& output, AVStream& video) {
+  const std::filesystem::path& path = source.range.path;
   AvInput input;
-  const int error = OpenInput(source.path, input);
+  const int error = OpenInput(path, input);
   if (error < 0) {
-    RefuseInput(source.path, LibavMessage(error));
+    RefuseInput(path, LibavMessage(error));
   }
   std::vector<std::string> notes;
   CopyTag(input->metadata, "title", &output.metadata);
-  CopyChapters(*input, source, output);
   const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  if (index >= 0) {
-    const AVStream& stream = *input->streams[index];
-    CopyLightLevels(stream, video);
-    const char* timecode = TimecodeOf(*input, stream);
-    const double start = stream.start_time == AV_NOPTS_VALUE
-                             ? 0
-                             : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
-    if (timecode && !CarryTimecode(timecode, source.begin - start, video)) {
-      notes.push_back(fmt::format("the timecode {} is left out", timecode));
-    }
+  const AVStream* stream = index >= 0 ? input->streams[index] : nullptr;
+  if (stream) {
+    CopyLightLevels(*stream, video);
+  }
+  if (std::string note = CarryMoments(*input, stream, source, output, video); !note.empty()) {
+    notes.push_back(std::move(note));
   }
   for (const auto& [type, name] :
        {std::pair{AVMEDIA_TYPE_SUBTITLE, "subtitle"}, std::pair{AVMEDIA_TYPE_DATA, "data"}}) {
     if (const int count = CountTracks(*input, type)) {
       notes.push_back(fmt::format("{} {} track{} of '{}' {} left out", count, name, count == 1 ? "" : "s",
-                                  source.path.filename().string(), count == 1 ? "is" : "are"));
+                                  path.filename().string(), count == 1 ? "is" : "are"));
     }
   }
   return notes;

@@ -11,8 +11,8 @@ namespace cli {
 
 /// Copies what belongs to the frames of `source` to `output` and to `video`, its stream of pictures, whose
 /// rate is known; the header is not yet written.  Chapters are cut to the range, and the timecode is that of
-/// its first frame.  Returns notes on what is left out.  Throws ToolError(kInput) when the file cannot be
-/// read.
-std::vector<std::string> CarryOver(const FileRange& source, AVFormatContext& output, AVStream& video);
+/// its first frame; both are left out where frames are.  Returns notes on what is left out.  Throws
+/// ToolError(kInput) when the file cannot be read.
+std::vector<std::string> CarryOver(const CarriedFile& source, AVFormatContext& output, AVStream& video);
 
 }  // namespace cli

@@ -265,7 +265,7 @@ TEST_F(VideoWrite, CarriesTitleChaptersAndTimecode) {
                "' -map 0 -map 2 -map_metadata 1 -map_chapters 1 -c:s mov_text -timecode 01:00:00:00");
   VideoReader video(folder_ / "clip.mov");
   VideoTraits traits = TraitsFrom(video);
-  traits.carried = video.Range(7, 9);
+  traits.carried = cli::CarriedFile{.range = video.Range(7, 9)};
   for (const char* name : {"a.mov", "a.mkv"}) {
     VideoSink writer(folder_ / name, traits);
     EXPECT_THAT(writer.Notes(), Contains(HasSubstr("1 subtitle track of 'clip.mov' is left out")));
@@ -276,6 +276,16 @@ TEST_F(VideoWrite, CarriesTitleChaptersAndTimecode) {
     EXPECT_THAT(found, AllOf(HasSubstr("title=Street"), HasSubstr("title=Two"), HasSubstr("01:00:00:07")));
     EXPECT_THAT(found, testing::Not(HasSubstr("title=One")));
   }
+  traits.carried->hasGaps = true;
+  VideoSink writer(folder_ / "gaps.mov", traits);
+  EXPECT_THAT(writer.Notes(), Contains(HasSubstr("frames between are: chapters, the timecode 01:00:00:00")));
+  WriteFrames(video, writer, 7, 7);
+  WriteFrames(video, writer, 9, 9);
+  writer.Finish();
+  const std::string found = RunShell("ffprobe -v error -show_chapters -show_format -show_streams '" +
+                                     (folder_ / "gaps.mov").string() + "'");
+  EXPECT_THAT(found, AllOf(HasSubstr("title=Street"), testing::Not(HasSubstr("title=Two")),
+                           testing::Not(HasSubstr("TAG:timecode"))));
 }
 
 }  // namespace
