@@ -16,8 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using Includes = std::map<std::string, std::set<std::string>>;  // from a file to what it includes in quotes
 
-const std::vector<std::string> kTrees = {"hostapi",  "effect",     "minihost", "cli",
-                                         "bindings", "web/engine", "bench",    "tests"};
+const std::vector<std::string> kTrees = {"hostapi",    "effect", "minihost", "cli",  "bindings",
+                                         "web/engine", "bench",  "fuzz",     "tests"};
 
 Includes ReadIncludes(std::set<std::string>* system = nullptr) {
   const std::regex directive(R"re(^\s*#\s*include\s*(["<])([^">]+)[">])re");
@@ -95,6 +95,7 @@ const std::vector<Rule> kRules = {
     {"bench/",
      {"effect/", "minihost/", "bindings/", "tests/bindings/openfx/host.h", "hostapi/"},
      {"minihost/call/"}},
+    {"fuzz/", {"effect/pixel/", "minihost/", "cli/", "hostapi/"}, {"minihost/call/", "cli/command/"}},
     {"tests/",
      {"effect/", "minihost/", "cli/", "bindings/", "web/engine/", "bench/", "hostapi/"},
      {"minihost/call/"}},

@@ -1,0 +1,53 @@
+// Files that are no pictures, or nearly: they are refused, or read as what their header says.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "cli/picture/module/open_file.h"
+#include "cli/picture/reader.h"
+#include "fuzz/input.h"
+
+namespace {
+
+// A file in memory, which has a name all the same.
+class MemoryFile {
+ public:
+  MemoryFile(const std::uint8_t* bytes, std::size_t size) : file_(memfd_create("fuzz", MFD_CLOEXEC)) {
+    fuzz::Require(file_ >= 0 && write(file_, bytes, size) == static_cast<ssize_t>(size), "memory for a file");
+  }
+  ~MemoryFile() { close(file_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  std::filesystem::path Path() const { return "/proc/self/fd/" + std::to_string(file_); }
+
+ private:
+  int file_;
+};
+
+// More samples than this say nothing that fewer do not, and take long.
+bool IsSmall(const OIIO::ImageSpec& spec) {
+  constexpr std::int64_t kMost = 1 << 18;
+  const auto within = [&](int width, int height) {
+    return std::int64_t{width} * height * std::max(spec.nchannels, 1) <= kMost;
+  };
+  return within(spec.width, spec.height) && within(spec.full_width, spec.full_height);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const MemoryFile file(bytes, size);
+  try {
+    if (!IsSmall(cli::OpenFile(file.Path()).Spec())) {
+      return -1;
+    }
+    const cli::Picture picture = cli::ReadPicture(file.Path());
+    fuzz::Require(picture.image.Width() >= 1 && picture.image.Height() >= 1, "a picture has pixels");
+  } catch (const cli::ToolError& error) {
+    fuzz::Require(error.Code() == cli::ExitCode::kInput, "what cannot be read is an input's fault");
+  }
+  return 0;
+}
