@@ -126,24 +126,17 @@ std::optional<std::int32_t> OutputName::FrameOf(std::string_view name) const {
   if (!IsPattern()) {
     return {};
   }
-  const auto isDigit = [&](std::size_t at) { return name[at] >= '0' && name[at] <= '9'; };
-  for (std::size_t begin = 0; begin < name.size(); ++begin) {
-    if (!isDigit(begin) || (begin > 0 && isDigit(begin - 1))) {
-      continue;
-    }
-    std::int64_t number = 0;
-    std::string_view rest = name.substr(begin);
-    if (TakeNumber(rest, number) != std::errc()) {
-      continue;
-    }
-    for (const std::int64_t signedNumber : {number, -number}) {
-      const auto frame = static_cast<std::int32_t>(signedNumber);
-      if (frame == signedNumber && ForFrame(frame).filename() == name) {
-        return frame;
-      }
-    }
+  if (name.size() < before_.size() + after_.size() || !name.starts_with(before_) || !name.ends_with(after_)) {
+    return {};
   }
-  return {};
+  std::string_view place = name.substr(before_.size(), name.size() - before_.size() - after_.size());
+  place.remove_prefix(std::min(place.find_first_not_of(' '), place.size()));
+  const auto frame = ParseNumber<std::int32_t>(place);
+  // Another number of digits makes another name.
+  if (!frame || ForFrame(*frame).filename() != name) {
+    return {};
+  }
+  return frame;
 }
 
 bool OutputName::Makes(std::string_view name) const {
