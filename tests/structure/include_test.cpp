@@ -95,6 +95,7 @@ const std::vector<Rule> kRules = {
     {"bench/",
      {"effect/", "minihost/", "bindings/", "tests/bindings/openfx/host.h", "hostapi/"},
      {"minihost/call/"}},
+    {"bench/web/", {"cli/scene/", "minihost/", "hostapi/"}, {"minihost/call/"}},
     {"fuzz/", {"effect/pixel/", "minihost/", "cli/", "hostapi/"}, {"minihost/call/", "cli/command/"}},
     {"tests/",
      {"effect/", "minihost/", "cli/", "bindings/", "web/engine/", "bench/", "hostapi/"},
