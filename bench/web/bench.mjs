@@ -5,7 +5,7 @@
 // before and after is told with the figures.
 
 import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
-import { availableParallelism, cpus, loadavg, tmpdir } from 'node:os';
+import { cpus, loadavg, tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
@@ -26,7 +26,7 @@ if (!native || !out || !(rounds >= 1)) {
 const size = { width: 1920, height: 1080 };
 const firstFrame = 24;
 const playedFrames = 24;
-const cores = availableParallelism();
+const cores = cpus().length;
 const poolSizes = [...new Set([1, Math.max(1, cores - 1), cores])];
 
 // A drag changes a value with each picture, so that nothing of the frame before is of use.
