@@ -80,7 +80,8 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
     const std::string_view item = text.substr(0, comma);
     const Range range = ParseItem(item);
     const std::int64_t length = std::abs(std::int64_t{range.last} - range.first);
-    const std::int64_t stride = range.isComplement ? 1 : range.step;
+    const bool isNothing = range.isComplement && range.step == 1;
+    const std::int64_t stride = isNothing ? length + 1 : range.isComplement ? 1 : range.step;
     for (std::int64_t i = 0; i <= length; i += stride) {
       if (range.isComplement && i % range.step == 0) {
         continue;
@@ -95,6 +96,9 @@ std::vector<std::int32_t> ParseFrames(std::string_view text) {
       frames.push_back(number);
     }
     if (comma == text.size()) {
+      if (frames.empty()) {
+        RefuseItem(item, "leaves no frame");
+      }
       return frames;
     }
     text.remove_prefix(comma + 1);
