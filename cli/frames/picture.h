@@ -24,6 +24,7 @@ struct PictureExtras {
   virtual ~PictureExtras() = default;
   std::vector<std::pair<std::string, std::string>> facts;  // name and value
   std::vector<std::string> leftOut;                        // what was not read, half a sentence each
+  int bits = 0;                                            // of a sample; 0 when it is not known
   std::vector<std::string> blocks;                         // beside the pixels: EXIF, XMP, ICC profile
   std::vector<std::string> channels;                       // beside colour and alpha
 };

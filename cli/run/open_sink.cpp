@@ -26,6 +26,15 @@ std::optional<CarriedFile> CarriedOf(const RenderPlan& plan) {
                      .hasGaps = span != static_cast<std::int64_t>(frames.size())};
 }
 
+int BitsOf(const RenderPlan& plan) {
+  return plan.video != nullptr ? plan.video->Bits() : plan.traits.extras ? plan.traits.extras->bits : 0;
+}
+
+// Made smaller, lines of both fields are mixed.
+FieldOrder FieldsOf(const Scene& scene, const RenderPlan& plan) {
+  return plan.video != nullptr && scene.proxy == 1 ? plan.video->Fields() : FieldOrder::kProgressive;
+}
+
 std::optional<FileRange> SoundOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
   return plan.video != nullptr && !frames.empty() ? plan.video->Sound(frames.front(), frames.back())
@@ -84,7 +93,10 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
                                 .tags = plan.video != nullptr ? plan.video->Tags() : ColorTags{},
                                 .sound = losesSound ? std::nullopt : sound,
                                 .carried = carried,
-                                .encoding = scene.encoding};
+                                .encoding = scene.encoding,
+                                .sourceBits = BitsOf(plan),
+                                .fields = FieldsOf(scene, plan),
+                                .levels = plan.video != nullptr ? plan.video->Levels() : LightLevels{}};
     auto video = std::make_unique<VideoSink>(scene.output, traits);
     std::vector<std::string> notes = video->Notes();
     if (losesSound && scene.encoding.sound != SoundWish::kNone) {

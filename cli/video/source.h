@@ -30,6 +30,14 @@ class VideoSource : public FrameSource {
   /// What was assumed where the file says nothing, and what of it is ignored; for the user.
   virtual const std::vector<std::string>& Notes() const = 0;
 
+  /// The most bits that a sample of the file has.
+  virtual int Bits() const = 0;
+
+  /// Of the pictures as they are read: turned to the side they have no fields any more.
+  virtual FieldOrder Fields() const = 0;
+
+  virtual const LightLevels& Levels() const = 0;
+
   /// The stretch of the file in which these frames are shown.
   virtual FileRange Range(std::int32_t first, std::int32_t last) const = 0;
 

@@ -1,8 +1,10 @@
 // What is said of a video on its way from one file to another.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 #include "cli/scene/frame_rate.h"
 #include "cli/scene/settings.h"
@@ -31,6 +33,16 @@ struct CarriedFile {
   bool hasGaps = false;  // whether frames are left out between: nothing that belongs to a moment goes along
 };
 
+/// Which lines of an interlaced frame are shown first.
+enum class FieldOrder { kProgressive, kTopFirst, kBottomFirst };
+
+/// How light the display was on which an HDR video was made, and how light it gets: records of the media
+/// libraries as bytes; empty for what is not known.
+struct LightLevels {
+  std::vector<std::uint8_t> display;
+  std::vector<std::uint8_t> content;
+};
+
 /// What a video needs to know before its first frame.
 struct VideoTraits {
   int width = 0;  // pixels
@@ -43,6 +55,9 @@ struct VideoTraits {
   std::optional<FileRange> sound{};  // of the source
   std::optional<CarriedFile> carried{};
   EncodingSettings encoding{};
+  int sourceBits = 0;  // of a sample in the source; 0 when there is none
+  FieldOrder fields = FieldOrder::kProgressive;
+  LightLevels levels{};  // of the source
 };
 
 }  // namespace cli

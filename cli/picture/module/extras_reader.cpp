@@ -108,9 +108,8 @@ std::shared_ptr<const PictureExtras> ReadExtras(OpenFile& file) {
     extras->facts.emplace_back(name, std::move(value));
   };
   say("channels", fmt::format("{}", fmt::join(spec.channelnames, ", ")));
-  say("samples",
-      fmt::format("{}, {} bits", spec.format.c_str(),
-                  spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8)));
+  extras->bits = spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8);
+  say("samples", fmt::format("{}, {} bits", spec.format.c_str(), extras->bits));
   if (const auto compression = spec.get_string_attribute("compression"); !compression.empty()) {
     say("compression", compression);
   }

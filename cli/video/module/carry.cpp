@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 #include "cli/report/error.h"
@@ -20,17 +19,6 @@ namespace {
 void CopyTag(const AVDictionary* from, const char* name, AVDictionary** to) {
   if (const AVDictionaryEntry* entry = av_dict_get(from, name, nullptr, 0)) {
     av_dict_set(to, name, entry->value, 0);
-  }
-}
-
-/// How light the display was on which the picture was made, and how light the picture gets.
-void CopyLightLevels(const AVStream& from, AVStream& to) {
-  for (const AVPacketSideDataType type :
-       {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_PKT_DATA_CONTENT_LIGHT_LEVEL}) {
-    std::size_t size = 0;
-    if (const std::uint8_t* bytes = av_stream_get_side_data(&from, type, &size)) {
-      std::memcpy(Allocated(av_stream_new_side_data(&to, type, size)), bytes, size);
-    }
   }
 }
 
@@ -129,9 +117,6 @@ std::vector<std::string> CarryOver(const CarriedFile& source, AVFormatContext& o
   CopyTag(input->metadata, "title", &output.metadata);
   const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   const AVStream* stream = index >= 0 ? input->streams[index] : nullptr;
-  if (stream) {
-    CopyLightLevels(*stream, video);
-  }
   if (std::string note = CarryMoments(*input, stream, source, output, video); !note.empty()) {
     notes.push_back(std::move(note));
   }

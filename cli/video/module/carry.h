@@ -1,4 +1,4 @@
-// What goes along with the pictures from one video to another: title, chapters, timecode, light levels.
+// What goes along with the pictures from one video to another: title, chapters, timecode.
 #pragma once
 
 #include <string>

@@ -68,12 +68,18 @@ bool HasAlpha(AVPixelFormat format) {
   return desc && (desc->flags & AV_PIX_FMT_FLAG_ALPHA);
 }
 
-Depth DepthOf(AVPixelFormat format) {
+int BitsOf(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
   int bits = 0;
   for (int i = 0; i < desc->nb_components; ++i) {
     bits = std::max(bits, desc->comp[i].depth);
   }
+  return bits;
+}
+
+Depth DepthOf(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  const int bits = BitsOf(format);
   if ((desc->flags & AV_PIX_FMT_FLAG_FLOAT) || bits > 15) {
     return Depth::kFloat;
   }

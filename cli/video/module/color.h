@@ -38,6 +38,9 @@ bool IsYuv(AVPixelFormat format);
 /// Whether pixels of this format have an alpha channel.
 bool HasAlpha(AVPixelFormat format);
 
+/// The most bits that a sample of the format has.
+int BitsOf(AVPixelFormat format);
+
 /// The least depth in which nothing of the format is lost: 8 bits, 16 bits up to 15 (their white is 32768),
 /// else float.
 minihost::Depth DepthOf(AVPixelFormat format);

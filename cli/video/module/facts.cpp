@@ -20,22 +20,22 @@ std::string NameOf(Tag tag, Tag unspecified, const char* (*name)(Tag)) {
   return tag == unspecified ? "" : Text(name(tag));
 }
 
-std::string HdrOf(const AVStream& video) {
+std::string HdrOf(const AVStream& video, const LightLevels& levels) {
   std::string text;
   if (video.codecpar->color_trc == AVCOL_TRC_SMPTE2084) {
     text = "PQ";
   } else if (video.codecpar->color_trc == AVCOL_TRC_ARIB_STD_B67) {
     text = "HLG";
   }
-  if (const auto* bytes = av_stream_get_side_data(&video, AV_PKT_DATA_MASTERING_DISPLAY_METADATA, nullptr)) {
-    const auto& display = *reinterpret_cast<const AVMasteringDisplayMetadata*>(bytes);
+  if (!levels.display.empty()) {
+    const auto& display = *reinterpret_cast<const AVMasteringDisplayMetadata*>(levels.display.data());
     if (display.has_luminance) {
       text += fmt::format("{}mastered at {:g} to {:g} cd/m2", text.empty() ? "" : ", ",
                           av_q2d(display.min_luminance), av_q2d(display.max_luminance));
     }
   }
-  if (const auto* bytes = av_stream_get_side_data(&video, AV_PKT_DATA_CONTENT_LIGHT_LEVEL, nullptr)) {
-    const auto& light = *reinterpret_cast<const AVContentLightMetadata*>(bytes);
+  if (!levels.content.empty()) {
+    const auto& light = *reinterpret_cast<const AVContentLightMetadata*>(levels.content.data());
     text +=
         fmt::format("{}at most {} cd/m2, {} a frame", text.empty() ? "" : ", ", light.MaxCLL, light.MaxFALL);
   }
@@ -57,7 +57,7 @@ std::string TrackOf(const AVStream& stream) {
 
 }  // namespace
 
-Facts FactsOf(const AVFormatContext& file, const AVStream& video) {
+Facts FactsOf(const AVFormatContext& file, const AVStream& video, const LightLevels& levels) {
   const AVCodecParameters& codec = *video.codecpar;
   Facts facts;
   const auto add = [&](const char* name, const std::string& value) {
@@ -78,7 +78,7 @@ Facts FactsOf(const AVFormatContext& file, const AVStream& video) {
   add("range", codec.color_range == AVCOL_RANGE_JPEG   ? "full"
                : codec.color_range == AVCOL_RANGE_MPEG ? "limited"
                                                        : "");
-  add("hdr", HdrOf(video));
+  add("hdr", HdrOf(video, levels));
   add("fields", codec.field_order > AV_FIELD_PROGRESSIVE ? "interlaced" : "");
   const AVDictionaryEntry* timecode = av_dict_get(video.metadata, "timecode", nullptr, 0);
   const AVDictionaryEntry* title = av_dict_get(file.metadata, "title", nullptr, 0);

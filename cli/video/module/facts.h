@@ -7,6 +7,6 @@
 namespace cli {
 
 /// Of a file and its stream of pictures.  What the file does not say is left out.
-Facts FactsOf(const AVFormatContext& file, const AVStream& video);
+Facts FactsOf(const AVFormatContext& file, const AVStream& video, const LightLevels& levels);
 
 }  // namespace cli

@@ -67,6 +67,7 @@ VideoReader::VideoReader(const std::filesystem::path& path, const VideoInput& in
     decoder_.Retime(*input.retimed);
   }
   FillTraits(input.depth);
+  ReadLightLevels();
   NoteWhatIsIgnored();
 }
 
@@ -126,6 +127,56 @@ void VideoReader::ChooseCoding(AVPixelFormat format) {
   }
 }
 
+/// The container has them, or only the first picture, as a message of the codec.
+void VideoReader::ReadLightLevels() {
+  const auto fromStream = [&](AVPacketSideDataType type) {
+    std::size_t size = 0;
+    const std::uint8_t* bytes = av_stream_get_side_data(&decoder_.Stream(), type, &size);
+    return bytes ? std::vector(bytes, bytes + size) : std::vector<std::uint8_t>();
+  };
+  levels_.display = fromStream(AV_PKT_DATA_MASTERING_DISPLAY_METADATA);
+  levels_.content = fromStream(AV_PKT_DATA_CONTENT_LIGHT_LEVEL);
+  const bool isHdr = tags_.transfer == AVCOL_TRC_SMPTE2084 || tags_.transfer == AVCOL_TRC_ARIB_STD_B67;
+  if (!isHdr || (!levels_.display.empty() && !levels_.content.empty())) {
+    return;
+  }
+  try {
+    const AVFrame& first = decoder_.Decode(0);
+    const auto complete = [&](std::vector<std::uint8_t>& bytes, AVFrameSideDataType type) {
+      const AVFrameSideData* data = av_frame_get_side_data(&first, type);
+      if (data && bytes.empty()) {
+        bytes.assign(data->data, data->data + data->size);
+      }
+    };
+    complete(levels_.display, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA);
+    complete(levels_.content, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL);
+  } catch (const DecodeFailure&) {
+    // Whoever asks for the frame hears of it.
+    return;
+  }
+}
+
+int VideoReader::Bits() const {
+  return BitsOf(static_cast<AVPixelFormat>(decoder_.Stream().codecpar->format));
+}
+
+FieldOrder VideoReader::Fields() const {
+  constexpr int kMirrored = 2;  // left to right, the only change that keeps lines in their places
+  if (orientation_.value_or(1) > kMirrored) {
+    return FieldOrder::kProgressive;
+  }
+  switch (decoder_.Stream().codecpar->field_order) {
+    case AV_FIELD_TT:
+    case AV_FIELD_BT:
+      return FieldOrder::kTopFirst;
+    case AV_FIELD_BB:
+    case AV_FIELD_TB:
+      return FieldOrder::kBottomFirst;
+    default:
+      return FieldOrder::kProgressive;
+  }
+}
+
 void VideoReader::NoteWhatIsIgnored() {
   const VideoIndex& index = decoder_.Index();
   if (!orientation_) {
@@ -154,7 +205,7 @@ std::string VideoReader::Damage() const {
 }
 
 Facts VideoReader::About() const {
-  return FactsOf(decoder_.File(), decoder_.Stream());
+  return FactsOf(decoder_.File(), decoder_.Stream(), levels_);
 }
 
 bool VideoReader::IsStill() const {

@@ -27,6 +27,9 @@ class VideoReader : public VideoSource {
 
   const ColorTags& Tags() const override { return tags_; }
   const std::vector<std::string>& Notes() const override { return notes_; }
+  int Bits() const override;
+  FieldOrder Fields() const override;
+  const LightLevels& Levels() const override { return levels_; }
   FileRange Range(std::int32_t first, std::int32_t last) const override;
   std::optional<FileRange> Sound(std::int32_t first, std::int32_t last) const override;
   Facts About() const override;
@@ -36,6 +39,7 @@ class VideoReader : public VideoSource {
  private:
   void FillTraits(std::optional<minihost::Depth> depth);
   void ChooseCoding(AVPixelFormat format);
+  void ReadLightLevels();
   void NoteWhatIsIgnored();
 
   std::filesystem::path path_;
@@ -45,6 +49,7 @@ class VideoReader : public VideoSource {
   std::optional<int> orientation_;  // empty: one that is ignored
   SourceTraits traits_;
   ColorTags tags_;
+  LightLevels levels_;
   YuvCoding coding_;
   std::vector<std::string> notes_;
 };

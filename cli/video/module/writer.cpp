@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include "cli/report/error.h"
@@ -12,6 +13,7 @@
 extern "C" {
 #include <libavutil/dict.h>
 #include <libavutil/imgutils.h>
+#include <libavutil/mastering_display_metadata.h>
 }
 
 namespace cli {
@@ -69,6 +71,40 @@ const char* EncoderOf(VideoCodec codec) {
   return kEncoders[static_cast<int>(codec)];
 }
 
+/// For the options of x265; the units are those of its messages: 1/50000 of the chart of colours, 1/10000
+/// candela.
+std::string LightLevelOptions(const LightLevels& levels) {
+  std::string options;
+  if (levels.display.size() >= sizeof(AVMasteringDisplayMetadata)) {
+    const auto& display = *reinterpret_cast<const AVMasteringDisplayMetadata*>(levels.display.data());
+    const auto in = [](AVRational value, int unit) { return std::llround(av_q2d(value) * unit); };
+    const auto point = [&](const AVRational(&xy)[2]) {
+      return fmt::format("({},{})", in(xy[0], 50'000), in(xy[1], 50'000));
+    };
+    if (display.has_primaries && display.has_luminance) {
+      const auto& [red, green, blue] = display.display_primaries;
+      options += fmt::format(":master-display=G{}B{}R{}WP{}L({},{})", point(green), point(blue), point(red),
+                             point(display.white_point), in(display.max_luminance, 10'000),
+                             in(display.min_luminance, 10'000));
+    }
+  }
+  if (levels.content.size() >= sizeof(AVContentLightMetadata)) {
+    const auto& light = *reinterpret_cast<const AVContentLightMetadata*>(levels.content.data());
+    options += fmt::format(":max-cll={},{}", light.MaxCLL, light.MaxFALL);
+  }
+  return options;
+}
+
+void AddLightLevels(const LightLevels& levels, AVStream& stream) {
+  const auto add = [&](AVPacketSideDataType type, const std::vector<std::uint8_t>& bytes) {
+    if (!bytes.empty()) {
+      std::ranges::copy(bytes, Allocated(av_stream_new_side_data(&stream, type, bytes.size())));
+    }
+  };
+  add(AV_PKT_DATA_MASTERING_DISPLAY_METADATA, levels.display);
+  add(AV_PKT_DATA_CONTENT_LIGHT_LEVEL, levels.content);
+}
+
 /// `rowsOfSlices` is FFV1's: a picture is divided into so many rows and columns of slices.
 void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
                    Options& options) {
@@ -81,14 +117,18 @@ void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices,
     case VideoCodec::kH264:
       options.Set("crf", std::to_string(quality.value_or(16)).c_str());
       options.Set("preset", "medium");
-      options.Set("x264-params",
-                  "cpu-independent=1");  // the same bytes on every processor
+      // The same bytes on every processor; the encoder takes the first picture's top field for the first
+      // else.
+      options.Set("x264-params", traits.fields == FieldOrder::kBottomFirst ? "cpu-independent=1:bff=1"
+                                                                           : "cpu-independent=1");
       return;
     case VideoCodec::kHevc:
       options.Set("crf", std::to_string(quality.value_or(18)).c_str());
       options.Set("preset", "medium");
       // Neither threads nor words that follow the machine; the encoder would also talk on the terminal.
-      options.Set("x265-params", "frame-threads=2:pools=2:info=0:log-level=none");
+      options.Set(
+          "x265-params",
+          ("frame-threads=2:pools=2:info=0:log-level=none" + LightLevelOptions(traits.levels)).c_str());
       return;
     case VideoCodec::kProres:
       options.Set("profile", "4444");
@@ -154,10 +194,17 @@ void VideoWriter::NoteLosses(const VideoTraits& traits) {
                     path_.string(), isHdr ? ", and HDR shows steps in 8" : ""));
   }
   // Frames of 16 bits come in float too.
-  if ((kind_ == VideoCodec::kHevc || kind_ == VideoCodec::kProres) && traits.depth == Depth::kFloat) {
-    notes_.push_back(
-        fmt::format("'{}' holds 10 bits a channel, less than the frames have; .mkv with codec ffv1 holds 16",
-                    path_.string()));
+  constexpr int kBits = 10;
+  const bool isTooFine =
+      traits.depth == Depth::kFloat || (traits.depth == Depth::kBits16 && traits.sourceBits > kBits);
+  if ((kind_ == VideoCodec::kHevc || kind_ == VideoCodec::kProres) && isTooFine) {
+    notes_.push_back(fmt::format(
+        "'{}' holds {} bits a channel, less than the frames have{}; .mkv with codec ffv1 holds 16",
+        path_.string(), kBits, traits.sourceBits > kBits ? fmt::format(" ({})", traits.sourceBits) : ""));
+  }
+  if (kind_ == VideoCodec::kHevc && traits.fields != FieldOrder::kProgressive) {
+    notes_.push_back(fmt::format(
+        "'{}' is not coded as interlaced, though its frames are; only its header says so", path_.string()));
   }
 }
 
@@ -212,9 +259,14 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   if (kind_ == VideoCodec::kHevc && format_ != VideoFormat::kMkv) {
     stream_->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');  // the name under which players look for it
   }
+  if (fields_ != FieldOrder::kProgressive) {
+    // Encoders set their own.
+    stream_->codecpar->field_order = fields_ == FieldOrder::kTopFirst ? AV_FIELD_TT : AV_FIELD_BB;
+  }
   stream_->time_base = codec_->time_base;
   stream_->avg_frame_rate = codec_->framerate;
   stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
+  AddLightLevels(traits.levels, *stream_);
 }
 
 /// Returns 0 or the libraries' error.
@@ -233,6 +285,13 @@ int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int
   codec_->color_primaries = static_cast<AVColorPrimaries>(tags.primaries);
   codec_->color_trc = static_cast<AVColorTransferCharacteristic>(tags.transfer);
   codec_->color_range = IsYuv(pixels) ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
+  fields_ = traits.fields;
+  if (fields_ != FieldOrder::kProgressive) {
+    codec_->field_order = fields_ == FieldOrder::kTopFirst ? AV_FIELD_TT : AV_FIELD_BB;
+    if (kind_ == VideoCodec::kH264 || kind_ == VideoCodec::kProres) {
+      codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+    }
+  }
   if (file_->oformat->flags & AVFMT_GLOBALHEADER) {
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   }
@@ -267,6 +326,8 @@ std::unique_ptr<EncodedFrame> VideoWriter::Encode(std::int32_t, const Image& ima
   frame.color_primaries = codec_->color_primaries;
   frame.color_trc = codec_->color_trc;
   frame.color_range = codec_->color_range;
+  frame.interlaced_frame = fields_ != FieldOrder::kProgressive ? 1 : 0;
+  frame.top_field_first = fields_ == FieldOrder::kTopFirst ? 1 : 0;
   EncodePixels(image, codec_->colorspace, frame);
   return encoded;
 }

@@ -44,6 +44,7 @@ class VideoWriter : public VideoEncoding {
   std::string fileName_;  // for the libraries
   VideoFormat format_;
   VideoCodec kind_;
+  FieldOrder fields_ = FieldOrder::kProgressive;
   AvOutput file_;
   AvCodec codec_;
   AvPacket packet_;

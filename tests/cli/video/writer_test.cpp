@@ -254,6 +254,50 @@ TEST_F(VideoWrite, TakesTheCodecAndQualityThatAreAskedFor) {
   refuse(cli::VideoFormat::kMp4, "", 52, "quality 52 is not on the scale of h264, 0 (best) to 51");
 }
 
+// What only the pictures say, as messages of their codec, stands in the file after.
+TEST_F(VideoWrite, KeepsLightLevelsAndFields) {
+  MakeClip(folder_ / "hdr.mkv",
+           std::string(kTenFrames) +
+               "-c:v libx265 -pix_fmt yuv420p12le -color_trc smpte2084 -color_primaries bt2020 -colorspace "
+               "bt2020nc -x265-params 'log-level=none:master-display=G(13250,34500)B(7500,3000)R(34000,16000)"
+               "WP(15635,16450)L(10000000,50):max-cll=1000,400'");
+  VideoReader hdr(folder_ / "hdr.mkv");
+  VideoTraits traits = TraitsFrom(hdr);
+  traits.levels = hdr.Levels();
+  traits.sourceBits = hdr.Bits();
+  traits.encoding.codec = "hevc";
+  {
+    VideoSink writer(folder_ / "hdr.mp4", traits);
+    EXPECT_THAT(writer.Notes(),
+                Contains(HasSubstr("holds 10 bits a channel, less than the frames have (12)")));
+    WriteFrames(hdr, writer, 0, 9);
+    writer.Finish();
+  }
+  for (const char* part : {"streams", "frames -read_intervals %+#1"}) {
+    const std::string found =
+        RunShell("ffprobe -v error -show_" + std::string(part) + " '" + (folder_ / "hdr.mp4").string() + "'");
+    EXPECT_THAT(found, AllOf(HasSubstr("max_luminance=10000000/10000"), HasSubstr("green_x=13250/50000"),
+                             HasSubstr("max_content=1000"), HasSubstr("max_average=400")))
+        << part;
+  }
+  MakeClip(folder_ / "bottom.mpg", std::string(kTenFrames) + "-c:v mpeg2video -flags +ildct+ilme -top 0");
+  VideoReader bottom(folder_ / "bottom.mpg");
+  traits = TraitsFrom(bottom);
+  traits.fields = bottom.Fields();
+  for (const char* name : {"a.mp4", "a.mov", "a.mkv"}) {
+    SCOPED_TRACE(name);
+    VideoSink writer(folder_ / name, traits);
+    WriteFrames(bottom, writer, 0, 9);
+    writer.Finish();
+    EXPECT_THAT(Probe(folder_ / name, "v", "field_order"), HasSubstr("field_order=bb"));
+    EXPECT_THAT(
+        RunShell("ffprobe -v error -show_entries frame=interlaced_frame,top_field_first -of compact '" +
+                 (folder_ / name).string() + "'"),
+        HasSubstr("interlaced_frame=1|top_field_first=0"));
+    EXPECT_LT(MeanDifference(folder_ / "bottom.mpg", folder_ / name), 5);
+  }
+}
+
 TEST_F(VideoWrite, CarriesTitleChaptersAndTimecode) {
   std::ofstream(folder_ / "chapters") << ";FFMETADATA1\ntitle=Street\n"
                                          "[CHAPTER]\nTIMEBASE=1/100\nSTART=0\nEND=20\ntitle=One\n"
