@@ -38,10 +38,16 @@ OIIO::ParamValueList AttributesOf(const OIIO::ImageSpec& spec, const Metadata& m
 }
 
 bool GoesOver(const OIIO::ParamValue& attribute, FileFormat format, const Metadata& metadata) {
+  const std::string_view name = attribute.name().c_str();
+  if (format == FileFormat::kTiff &&
+      (name.starts_with("Exif:") || name == "ExposureTime" || name == "FNumber")) {
+    // The library puts these in a directory of their own, for which it reads the file again.  In memory it
+    // cannot, and the file is left without a picture.
+    return false;
+  }
   if (format == FileFormat::kExr || metadata.IsEmpty()) {
     return true;
   }
-  const std::string_view name = attribute.name().c_str();
   constexpr std::array kOwn = {"XResolution"sv, "YResolution"sv, "ResolutionUnit"sv, "ImageDescription"sv};
   return std::ranges::find(kOwn, name) != kOwn.end() || (metadata.xmp.empty() && name.starts_with("IPTC:"));
 }

@@ -52,6 +52,23 @@ TEST(PictureExtras, CameraDataGoesThroughEveryFormat) {
   }
 }
 
+TEST(PictureExtras, CameraDataOfAnExrLeavesEveryFormatReadable) {
+  TemporaryFolder folder;
+  OIIO::ImageSpec spec(4, 2, 3, OIIO::TypeDesc::HALF);
+  spec["Make"] = "Acme";
+  spec["ExposureTime"] = 0.001f;
+  spec["FNumber"] = 2.8f;
+  spec["Exif:PhotographicSensitivity"] = 400;
+  spec["GPS:LatitudeRef"] = "N";
+  WriteForeign(folder / "a.exr", spec, std::vector<float>(24));
+  const cli::Picture picture = cli::ReadPicture(folder / "a.exr");
+  for (const char* name : {"b.tif", "b.png", "b.jpg", "b.exr"}) {
+    SCOPED_TRACE(name);
+    Write(folder / name, picture.image, picture.traits);
+    EXPECT_EQ(ReadStored(folder / name).spec.get_string_attribute("Make"), "Acme");
+  }
+}
+
 TEST(Exif, IsReadInAnyByteOrderWhateverIsDamaged) {
   using namespace std::string_literals;
   // At 8 the picture's directory, at 62 the camera's, at 104 values.
