@@ -46,7 +46,6 @@ void CheckEncoding(const Scene& scene) {
   const EncodingSettings& encoding = scene.encoding;
   const std::string extension = LowerExtension(scene.output);
   const bool isVideo = VideoFormatOf(scene.output).has_value();
-  const bool isJpeg = extension == ".jpg" || extension == ".jpeg";
   if (encoding.isHalf && extension != ".exr") {
     Refuse(ExitCode::kUsage, "depth half is for EXR, not for '{}'; write .exr, or choose depth 16 or float",
            scene.output);
@@ -54,10 +53,6 @@ void CheckEncoding(const Scene& scene) {
   if (!encoding.codec.empty() && !isVideo) {
     Refuse(ExitCode::kUsage, "codec '{}' is for videos, not for '{}'; write .mp4, .mov or .mkv",
            encoding.codec, scene.output);
-  }
-  if (encoding.quality && !isVideo && !isJpeg) {
-    Refuse(ExitCode::kUsage, "quality {} is for JPEG and videos; '{}' keeps every bit (see --compression)",
-           *encoding.quality, scene.output);
   }
   if (encoding.sound != SoundWish::kAuto && !isVideo) {
     Refuse(ExitCode::kUsage, "sound '{}' is for videos, not for '{}'; write .mp4, .mov or .mkv",
@@ -121,12 +116,7 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
     CheckCompression(*format, scene.encoding.compression);
   }
   if (const auto quality = scene.encoding.quality) {
-    if (*format != FileFormat::kJpeg) {
-      Refuse(ExitCode::kUsage, "quality {} is for JPEG and video; other pictures keep every bit", *quality);
-    }
-    if (*quality < 1 || *quality > 100) {
-      Refuse(ExitCode::kUsage, "quality {} is not between 1 and 100", *quality);
-    }
+    CheckQuality(*format, *quality);
   }
   if (!plan.job.frames.empty()) {
     CheckWritable(name.ForFrame(plan.job.frames.front()));
