@@ -31,6 +31,7 @@ std::array<std::atomic<char*>, kSlots> leftovers;
 
 constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 std::array<struct sigaction, kSignals.size()> earlier;
+struct sigaction earlierFileSize;
 
 /// In a signal handler, too.
 [[noreturn]] void EndAtOnce() {
@@ -51,6 +52,9 @@ extern "C" void NoteInterrupt(int) {
 }  // namespace
 
 InterruptWatch::InterruptWatch() {
+  // So that a file that grows beyond the limit is an error of writing, after which nothing is left behind.
+  ::sigaction(SIGXFSZ, nullptr, &earlierFileSize);
+  ::signal(SIGXFSZ, SIG_IGN);
   struct sigaction action {};
   action.sa_handler = &NoteInterrupt;
   // Reads and writes under way go on as if nothing had happened; not every library expects EINTR.
@@ -64,6 +68,7 @@ InterruptWatch::InterruptWatch() {
 }
 
 InterruptWatch::~InterruptWatch() {
+  ::sigaction(SIGXFSZ, &earlierFileSize, nullptr);
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     ::sigaction(kSignals[i], &earlier[i], nullptr);
   }

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -89,6 +90,20 @@ TEST_F(Signals, EndARunWithTheCodeAtAnyMoment) {
       EXPECT_EQ(End(tool), kInterrupted);
       EXPECT_THAT(folder_.Names(), testing::IsEmpty()) << "a video that is not whole";
     }
+  }
+}
+
+TEST_F(Signals, OfAFileTooLargeAreErrorsOfWriting) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit tiny{2000, before.rlim_max};
+  for (const char* name : {"a.png", "a.mkv"}) {
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tiny), 0);
+    const pid_t tool = Start({"--blank", "320x180", "-o", name, "--frames", "0"});
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(End(tool), 4) << name;
+    EXPECT_THAT(ReadAll(streams_ / "err"), HasSubstr("File too large"));
+    EXPECT_THAT(folder_.Names(), testing::IsEmpty());
   }
 }
 
