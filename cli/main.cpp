@@ -110,6 +110,6 @@ int main(int argc, char** argv) {
   KeepFreedMemory();
   cli::Messages messages(cli::FormOf({argv, argv + argc}));
   const ExitCode code = Run(argc, argv, messages);
-  messages.End({.code = code});
+  messages.EndEarly(code);
   return static_cast<int>(code);
 }

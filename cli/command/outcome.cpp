@@ -51,6 +51,20 @@ ExitCode CodeAtEnd(Messages& messages, const Scene& scene, const RenderPlan& pla
   return ExitCode::kInput;
 }
 
+void Count(FrameOutcome outcome, RunEnd& end) {
+  switch (outcome) {
+    case FrameOutcome::kWritten:
+      ++end.written;
+      break;
+    case FrameOutcome::kSkipped:
+      ++end.missing;
+      break;
+    case FrameOutcome::kFailed:
+      ++end.failed;
+      break;
+  }
+}
+
 RunEnd EndOf(ExitCode code, const RunSummary& summary) {
   RunEnd end{.code = code};
   end.written = summary.written;

@@ -30,6 +30,9 @@ void SayFailures(Messages& messages, const RunSummary& summary);
 /// is an error, and said.
 ExitCode CodeAtEnd(Messages& messages, const Scene& scene, const RenderPlan& plan, const RunSummary& summary);
 
+/// One frame more in the run for programs.
+void Count(FrameOutcome outcome, RunEnd& end);
+
 /// The run for programs, but for frames that were done before it and its time.
 RunEnd EndOf(ExitCode code, const RunSummary& summary);
 

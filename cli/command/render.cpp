@@ -104,6 +104,10 @@ void SaySummary(Messages& messages, const Scene& scene, const RenderPlan& plan, 
   messages.Say(line);
 }
 
+double SecondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 void SayHowToGoOn(Messages& messages, std::size_t left, bool canResume) {
   messages.Say(fmt::format("interrupted with {} left; {}", CountFrames(left),
                            canResume ? "the same command with --resume goes on from here"
@@ -175,10 +179,12 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
 
   RunSummary summary;
   std::atomic<std::size_t> left = job.frames.size();
+  RunEnd soFar{.skipped = done.size(), .left = left};
+  messages.FramesSoFar(soFar);
   {
     const GracefulEnd graceful([&] {
       SayHowToGoOn(messages, left, resumption.has_value());
-      messages.End({.code = ExitCode::kInterrupted, .skipped = done.size(), .left = left});
+      messages.EndEarly(ExitCode::kInterrupted);
     });
     Progress progress(style, job.frames.size(), messages.Outlet());
     summary = RunPipeline(job, *plan.source, *sink.frames,
@@ -186,12 +192,15 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
                              if (resumption && report.outcome == FrameOutcome::kWritten) {
                                resumption->Note(report.frame);
                              }
-                             --left;
+                             soFar.left = --left;
+                             Count(report.outcome, soFar);
+                             soFar.seconds = SecondsSince(start);
+                             messages.FramesSoFar(soFar);
                              progress.FrameDone(NewsOf(report, pathOf(report.frame)));
                            }});
   }
-  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  SaySummary(messages, scene, plan, summary, done.size(), seconds.count());
+  const double seconds = SecondsSince(start);
+  SaySummary(messages, scene, plan, summary, done.size(), seconds);
   if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
     Refuse(ExitCode::kFrameFailed, "there was no frame to write, so '{}' was not made", scene.output);
   }
@@ -201,7 +210,7 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   const ExitCode code = CodeAtEnd(messages, scene, plan, summary);
   RunEnd end = EndOf(code, summary);
   end.skipped = done.size();
-  end.seconds = seconds.count();
+  end.seconds = seconds;
   messages.End(end);
   return code;
 }

@@ -70,7 +70,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
     const auto sayInterrupted = [&] { messages.Say("interrupted; there is no sheet"); };
     const GracefulEnd graceful([&] {
       sayInterrupted();
-      messages.End({.code = ExitCode::kInterrupted, .left = job.frames.size()});
+      messages.EndEarly(ExitCode::kInterrupted);
     });
     Progress progress(style, job.frames.size(), messages.Outlet());
     summary = RunPipeline(job, *plan.source, sheet,

@@ -137,6 +137,21 @@ void Messages::FrameDoneBefore(std::int32_t frame, std::string_view path) {
   }
 }
 
+void Messages::FramesSoFar(const RunEnd& end) {
+  const std::scoped_lock lock(soFarMutex_);
+  soFar_ = end;
+}
+
+void Messages::EndEarly(ExitCode code) {
+  RunEnd end;
+  {
+    const std::scoped_lock lock(soFarMutex_);
+    end = soFar_;
+  }
+  end.code = code;
+  End(end);
+}
+
 void Messages::End(const RunEnd& end) {
   if (form_ != MessageForm::kJson || hasEnded_) {
     return;

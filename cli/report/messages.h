@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -55,6 +56,12 @@ class Messages {
   /// A frame that an earlier run has done; for programs alone.
   void FrameDoneBefore(std::int32_t frame, std::string_view path);
 
+  /// What there is to tell of the frames, should the run end before it is over; on one thread at a time.
+  void FramesSoFar(const RunEnd& end);
+
+  /// The end of a run that an error or a signal cuts short, with the frames so far.  On any thread.
+  void EndEarly(ExitCode code);
+
   /// For programs alone.  Once: later calls do nothing.
   void End(const RunEnd& end);
 
@@ -69,6 +76,8 @@ class Messages {
   MessageForm form_;
   bool isQuiet_ = false;
   bool hasEnded_ = false;
+  std::mutex soFarMutex_;
+  RunEnd soFar_;
   int standardError_ = -1;  // in JSON: the real one, while libraries write into a pipe
   std::thread library_;     // turns what comes through the pipe into notes
 };

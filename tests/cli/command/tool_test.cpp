@@ -220,7 +220,8 @@ TEST_F(Tool, TellsProgramsEverythingInObjects) {
                           "frame 4 failed s.4.png", "end 1 2 0 1 1"));
   EXPECT_THAT(events(render + "--resume -q"),
               ElementsAre("frame 1 skipped s.1.png", "frame 3 skipped s.3.png", "frame 2 missing s.2.png",
-                          "frame 4 failed s.4.png", "error 3", "end 3 0 0 0 0"));
+                          "frame 4 failed s.4.png", "error 3", "end 3 0 2 1 1"));
+  EXPECT_THAT(events(render), testing::Contains("end 3 2 0 1 1")) << "up to the frame that ended it";
   EXPECT_THAT(events("render --progress=json --franes"), ElementsAre("error 2", "end 2 0 0 0 0"));
 }
 
