@@ -25,6 +25,11 @@ export class EngineWorker {
     return this.#questions.size > 0;
   }
 
+  /** It answers no more; every question is refused with the reason. */
+  get hasFailed() {
+    return this.#failure !== null;
+  }
+
   ask(task, ...values) {
     return new Promise((resolve, reject) => {
       if (this.#failure) {

@@ -102,7 +102,9 @@ class Pool {
   #workerFor(request) {
     const worth = (worker) =>
       (worker.lastFrame === request.frame - 1 ? 1 : 0) + (worker.plates.has(plateId(request.plate)) ? 2 : 0);
-    return this.#renderers
+    // One that has failed answers at once, that it has: only when there is no other.
+    const alive = this.#renderers.filter((worker) => !worker.hasFailed);
+    return (alive.length > 0 ? alive : this.#renderers)
       .filter((worker) => !worker.isBusy)
       .reduce((best, worker) => (best && worth(best) >= worth(worker) ? best : worker), null);
   }
