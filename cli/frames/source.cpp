@@ -24,6 +24,7 @@ ProxySource::ProxySource(std::unique_ptr<FrameSource> source, int divisor)
     : source_(std::move(source)), traits_(source_->Traits()) {
   traits_.width = std::max(1, traits_.width / divisor);
   traits_.height = std::max(1, traits_.height / divisor);
+  traits_.isReduced = divisor > 1;
 }
 
 std::optional<Picture> ProxySource::Read(std::int32_t frame) {

@@ -28,6 +28,7 @@ struct SourceTraits {
   std::optional<std::int32_t> firstFrame{};  // of sequences and video
   std::optional<std::int32_t> lastFrame{};
   std::shared_ptr<const PictureExtras> extras{};  // of the first still
+  bool isReduced = false;                         // in size, which the extras are not
 };
 
 /// Pictures by frame number.  Not safe for two threads at once; frames asked for in rising order are cheap.

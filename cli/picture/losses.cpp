@@ -16,9 +16,10 @@ std::vector<std::string> LossesOf(FileFormat format, const SourceTraits& traits)
   if (format == FileFormat::kPng && traits.depth == minihost::Depth::kFloat) {
     losses.push_back("PNG holds 16 bits, no light above white; .tif and .exr hold float");
   }
-  if (format != FileFormat::kExr && traits.extras && !traits.extras->channels.empty()) {
-    losses.push_back(
-        fmt::format("channels are left out: {}; .exr keeps them", fmt::join(traits.extras->channels, ", ")));
+  const bool isExr = format == FileFormat::kExr;
+  if (traits.extras && !traits.extras->channels.empty() && (!isExr || traits.isReduced)) {
+    losses.push_back(fmt::format("channels are left out: {}; .exr {}keeps them",
+                                 fmt::join(traits.extras->channels, ", "), isExr ? "at full size " : ""));
   }
   return losses;
 }

@@ -127,7 +127,8 @@ std::shared_ptr<const PictureExtras> ReadExtras(OpenFile& file) {
     const bool hasOverscan = area.width > spec.full_width || area.height > spec.full_height;
     if (hasOverscan) {
       extras->leftOut.push_back(
-          "what lies outside of the display window (overscan) gets no snow, and only an .exr keeps it");
+          "what lies outside of the display window (overscan) gets no snow, and only an .exr of full size "
+          "keeps it");
       ReadColors(file, *extras);
     }
   }

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <numeric>
 
+#include "cli/picture/losses.h"
 #include "cli/picture/module/exif.h"
 #include "cli/picture/reader.h"
 #include "tests/cli/picture/picture_files.h"
@@ -130,6 +131,11 @@ TEST(PictureExtras, KeepTheChannelsAndTheOverscanOfAnExr) {
   // Of another size: color and alpha alone.
   Write(folder / "b.exr", RandomImage(2, 2, Depth::kFloat, Alpha::kOpaque), picture.traits);
   EXPECT_EQ(ReadStored(folder / "b.exr").spec.nchannels, 4);
+  cli::SourceTraits traits{.extras = picture.traits.extras};
+  EXPECT_THAT(cli::LossesOf(cli::FileFormat::kExr, traits), testing::IsEmpty());
+  traits.isReduced = true;
+  EXPECT_THAT(cli::LossesOf(cli::FileFormat::kExr, traits),
+              testing::ElementsAre("channels are left out: Z, id; .exr at full size keeps them"));
 }
 
 }  // namespace
