@@ -96,11 +96,21 @@ std::string CarryMoments(const AVFormatContext& input, const AVStream* stream, c
              : "";
 }
 
-int CountTracks(const AVFormatContext& file, AVMediaType type) {
+/// Timecode and the titles of chapters have tracks of their own in MOV and MP4; both are carried as such.
+bool IsCarriedOtherwise(const AVFormatContext& file, const AVStream& stream) {
+  constexpr unsigned kTimecode = MKTAG('t', 'm', 'c', 'd');
+  constexpr unsigned kText = MKTAG('t', 'e', 'x', 't');
+  const AVCodecParameters& codec = *stream.codecpar;
+  const bool isTitles = codec.codec_type == AVMEDIA_TYPE_DATA && codec.codec_tag == kText;
+  return codec.codec_tag == kTimecode || (isTitles && file.nb_chapters > 0);
+}
+
+/// Not counting `pictures`, which may be null.
+int CountTracks(const AVFormatContext& file, AVMediaType type, const AVStream* pictures) {
   return static_cast<int>(
-      std::count_if(file.streams, file.streams + file.nb_streams, [type](const AVStream* stream) {
-        constexpr unsigned kTimecode = MKTAG('t', 'm', 'c', 'd');
-        return stream->codecpar->codec_type == type && stream->codecpar->codec_tag != kTimecode;
+      std::count_if(file.streams, file.streams + file.nb_streams, [&](const AVStream* stream) {
+        return stream != pictures && stream->codecpar->codec_type == type &&
+               !IsCarriedOtherwise(file, *stream);
       }));
 }
 
@@ -121,8 +131,9 @@ std::vector<std::string> CarryOver(const CarriedFile& source, AVFormatContext& o
     notes.push_back(std::move(note));
   }
   for (const auto& [type, name] :
-       {std::pair{AVMEDIA_TYPE_SUBTITLE, "subtitle"}, std::pair{AVMEDIA_TYPE_DATA, "data"}}) {
-    if (const int count = CountTracks(*input, type)) {
+       {std::pair{AVMEDIA_TYPE_VIDEO, "further video"}, std::pair{AVMEDIA_TYPE_SUBTITLE, "subtitle"},
+        std::pair{AVMEDIA_TYPE_DATA, "data"}, std::pair{AVMEDIA_TYPE_ATTACHMENT, "attachment"}}) {
+    if (const int count = CountTracks(*input, type, stream)) {
       notes.push_back(fmt::format("{} {} track{} of '{}' {} left out", count, name, count == 1 ? "" : "s",
                                   path.filename().string(), count == 1 ? "is" : "are"));
     }
