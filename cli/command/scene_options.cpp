@@ -79,7 +79,7 @@ void ApplyPicture(const ShotOptions& options, Scene& scene) {
     scene.encoding.codec = options.codec;
   }
   if (options.quality) {
-    scene.encoding.quality = About("--quality", [&] { return CheckedQuality(*options.quality); });
+    scene.encoding.quality = options.quality;
   }
   if (!options.sound.empty()) {
     scene.encoding.sound = About("--sound", [&] { return ParseSound(options.sound); });

@@ -94,7 +94,7 @@ void CheckQuality(FileFormat format, int quality) {
     Refuse(ExitCode::kUsage, "quality {} is for JPEG and video; other pictures keep every bit", quality);
   }
   if (quality < 1 || quality > 100) {
-    Refuse(ExitCode::kUsage, "quality {} is not between 1 and 100", quality);
+    Refuse(ExitCode::kUsage, "quality {} is not on the scale of JPEG, 1 to 100 (best)", quality);
   }
 }
 

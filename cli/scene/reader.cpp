@@ -97,10 +97,11 @@ constexpr RenderKey kRenderKeys[] = {
     {"quality",
      [](const toml::node& value, Scene& scene) {
        const auto quality = value.value_exact<std::int64_t>();
-       if (!quality) {
-         Refuse(ExitCode::kUsage, "must be a whole number, not {}", DescribeNode(value));
+       if (!quality || !std::in_range<int>(*quality)) {
+         Refuse(ExitCode::kUsage, "must be a whole number on the encoder's scale, not {}",
+                quality ? std::to_string(*quality) : DescribeNode(value));
        }
-       scene.encoding.quality = CheckedQuality(*quality);
+       scene.encoding.quality = static_cast<int>(*quality);
      }},
     {"sound", [](const toml::node& value, Scene& scene) { scene.encoding.sound = ParseSound(Text(value)); }},
     {"proxy",

@@ -69,14 +69,6 @@ std::string_view FormatSound(SoundWish sound) {
   return NameOf(kSounds, sound);
 }
 
-int CheckedQuality(std::int64_t quality) {
-  constexpr std::int64_t kMostQuality = 100;
-  if (quality < 0 || quality > kMostQuality) {
-    Refuse(ExitCode::kUsage, "{} is not between 0 and {}", quality, kMostQuality);
-  }
-  return static_cast<int>(quality);
-}
-
 AlphaForm ParseAlphaForm(std::string_view text) {
   return ParseChoice(kAlphaForms, text);
 }

@@ -33,7 +33,7 @@ enum class SoundWish {
 struct EncodingSettings {
   std::string compression{};     // of pictures (cli/picture/writer.h)
   std::string codec{};           // of video (cli/video/format.h)
-  std::optional<int> quality{};  // of JPEG, and the encoder's own constant-quality scale of video
+  std::optional<int> quality{};  // on the scale of JPEG or of the video encoder, which check it
   SoundWish sound = SoundWish::kAuto;
   bool isHalf = false;  // samples of EXR in half precision, whatever the input has
   bool operator==(const EncodingSettings&) const = default;
@@ -57,9 +57,6 @@ std::string_view FormatDepth(const DepthSetting& setting);
 /// "auto", "copy", "aac" or "none".
 SoundWish ParseSound(std::string_view text);
 std::string_view FormatSound(SoundWish sound);
-
-/// The number, when some encoder may have it on its scale: 0 to 100.
-int CheckedQuality(std::int64_t quality);
 
 /// "straight" or "premultiplied".
 AlphaForm ParseAlphaForm(std::string_view text);
