@@ -2,6 +2,7 @@
 #include <malloc.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -70,6 +71,10 @@ void TakeOneArena() {
 ExitCode RunCommand(int argc, char** argv, cli::Messages& messages) {
   cli::CommandLine line;
   const auto app = cli::MakeParser(line);
+  const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  if (const std::string foreign = cli::ExplainForeign(*app, arguments); !foreign.empty()) {
+    cli::Refuse(ExitCode::kUsage, "{}", foreign);
+  }
   try {
     app->parse(argc, argv);
   } catch (const CLI::ParseError& error) {

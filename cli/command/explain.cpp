@@ -4,54 +4,43 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iterator>
 #include <string_view>
-#include <utility>
 #include <vector>
 
+#include "cli/command/foreign_options.h"
 #include "cli/report/nearest_name.h"
 
 namespace cli {
 namespace {
 
-/// What to write in place of an option that other tools have and this one has by another name, or has not.
-std::string WordsForOthers(std::string_view option) {
-  constexpr std::pair<std::string_view, std::string_view> kWords[] = {
-      {"-ss", "for a part of a video write --frames 24-71, in frames"},
-      {"-t", "for a part of a video write --frames 0-47, in frames"},
-      {"-to", "for a part of a video write --frames 0-47, in frames"},
-      {"-frames:v", "write --frames 0-47"},
-      {"-vframes", "write --frames 0-47"},
-      {"-start_number", "the numbers of the files count; write --frames 1-48"},
-      {"-framerate", "write --fps 24"},
-      {"-c:v", "write --codec h264, hevc, prores or ffv1"},
-      {"-vcodec", "write --codec h264, hevc, prores or ffv1"},
-      {"-c:a", "write --sound copy, aac or none"},
-      {"-acodec", "write --sound copy, aac or none"},
-      {"-an", "write --sound none"},
-      {"-crf", "write --quality 20"},
-      {"-q:v", "write --quality 20"},
-      {"-qscale:v", "write --quality 20"},
-      {"-pix_fmt", "write --depth 8, 16 or float; the codec decides the rest"},
-      {"-s", "for a smaller picture write --proxy 2; for an empty one --blank 1920x1080"},
-      {"-vf", "snow is all that is drawn; crop or scale before or after"},
-      {"-n", "write --no-overwrite"},
-      {"-hide_banner", "there is none; --quiet leaves progress and notes out"},
-      {"-loglevel", "write --quiet"},
-      {"-v", "there is no more to tell; --progress json tells programs everything"},
-      {"-d", "write --depth 8, 16, half or float"},
-      {"--threads", "write --jobs 4"},
-      {"-threads", "write --jobs 4"},
-      {"--compress", "write --compression zip"},
-      {"--frame", "write --frames 7"},
-      {"--parallel-frames", "frames are done in parallel; --jobs 4 says how many"},
-  };
-  const auto* const found =
-      std::ranges::find(kWords, option, &std::pair<std::string_view, std::string_view>::first);
-  return found == std::end(kWords) ? "" : std::string(found->second);
+/// "--fps: 1 required RATE missing", of options that all take one value, in the words of the others.
+std::string ExplainMismatch(std::string_view what) {
+  const std::string_view option = what.substr(0, what.find(':'));
+  return fmt::format("{} {}", option,
+                     what.ends_with(" missing") ? "needs a value" : "is given more than once");
 }
 
 }  // namespace
+
+std::string ExplainForeign(const CLI::App& app, const std::vector<std::string>& arguments) {
+  const auto commands = app.get_subcommands([&](const CLI::App* command) {
+    return !arguments.empty() && command->get_name() == arguments[0] &&
+           command->get_option_no_throw("--frames") != nullptr;
+  });
+  if (commands.empty()) {
+    return {};
+  }
+  for (const std::string& word : arguments) {
+    if (word == "--") {
+      break;
+    }
+    const std::string instead = word.starts_with('-') ? InPlaceOf(word) : "";
+    if (!instead.empty() && commands[0]->get_option_no_throw(word.substr(0, word.find('='))) == nullptr) {
+      return fmt::format("unknown option '{}'; {}", word, instead);
+    }
+  }
+  return {};
+}
 
 std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   std::vector<std::string> unknown = app.remaining(true);
@@ -63,33 +52,33 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     return "no command; begin with: vintrel render photo.png -o snow.png, or see: vintrel --help";
   }
   if (unknown.empty()) {
-    // "--fps: 1 required RATE missing", of options that all take one value.
-    const std::string_view what = error.what();
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && what.ends_with(" missing")) {
-      return fmt::format("{} needs a value; {}", what.substr(0, what.find(':')), help);
-    }
-    return fmt::format("{}; {}", what, help);
+    const bool isMismatch = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
+    return fmt::format("{}; {}", isMismatch ? ExplainMismatch(error.what()) : error.what(), help);
   }
+  // After "--" the name of an option is an argument like any other.
+  const bool isOption =
+      !used.empty() && unknown[0].starts_with('-') && used[0]->get_option_no_throw(unknown[0]) == nullptr;
   std::vector<std::string> names;
   if (used.empty()) {
     for (const CLI::App* command : app.get_subcommands({})) {
       names.push_back(command->get_name());
     }
-  } else if (unknown[0].starts_with('-')) {
+  } else if (isOption) {
     for (const CLI::Option* option : used[0]->get_options()) {
       names.push_back(option->get_name());
     }
   }
-  if (const std::string here = WordsForOthers(unknown[0]); !here.empty()) {
-    return fmt::format("unknown option '{}'; {}", unknown[0], here);
+  if (used.empty() && unknown[0].find_first_of("-./") != std::string::npos) {
+    return fmt::format("'{}' stands where the command should; write: vintrel render {} ...", unknown[0],
+                       unknown[0]);
   }
   const std::string suggestion =
       SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
   if (used.empty()) {
     return fmt::format("unknown command '{}'{}; {}", unknown[0], suggestion, help);
   }
-  return fmt::format("{} '{}'{}; {}", unknown[0].starts_with('-') ? "unknown option" : "unexpected argument",
-                     unknown[0], suggestion, help);
+  return fmt::format("{} '{}'{}; {}", isOption ? "unknown option" : "unexpected argument", unknown[0],
+                     suggestion, help);
 }
 
 }  // namespace cli

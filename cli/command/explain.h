@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -12,5 +13,9 @@ namespace cli {
 
 /// What a parser that has refused a command line says, with the nearest of what there is.
 std::string Explain(const CLI::App& app, const CLI::ParseError& error);
+
+/// The same of an option that hands know from other programs; empty when there is none among the words after
+/// the tool's name.  To be asked before the parser, which takes "-hide_banner" for -h.
+std::string ExplainForeign(const CLI::App& app, const std::vector<std::string>& arguments);
 
 }  // namespace cli

@@ -269,8 +269,10 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render a.png b.png -o c.png", 2,
        "'b.png' is one file too many beside the input and the output 'c.png'"},
       {"render a.png b.png c.png", 2, "unexpected argument"},
-      {"render a.png b.png -crf 20", 2, "write --quality"},
-      {"render a.png -o b.png --quality 101", 2, "--quality: 101 is not between 0 and 100"},
+      {"-i a.png b.png", 2, "write: vintrel render -i ..."},
+      {"render a.png -o b.png -o c.png", 2, "--output is given more than once"},
+      {"render a.png -o b.jpg --quality 101", 2, "quality 101 is not on the scale of JPEG, 1 to 100 (best)"},
+      {"render a.png -o b.mkv --codec hevc --quality 52", 2, "scale of hevc, 0 (best) to 51"},
       {"render a.png -o b.png --codec hevc", 2, "codec 'hevc' is for videos, not for 'b.png'"},
       {"render a.png -o b.png --depth half", 2, "depth half is for EXR"},
       {"render a.png -y -o 5.png --no-overwrite", 2, "excludes"},
@@ -296,7 +298,7 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render 5.png -o b.png --save-scene 5.png", 2, "'5.png' would overwrite the input"},
       {"sheet 5.png -o 5.png", 2, "'5.png' would overwrite the input"},
       {"sheet 5.png -o a.png --no-overwrite", 4, "cannot write 'a.png': it is there already"},
-      {"sheet 5.png -o b.jpg --quality 0", 2, "quality 0 is not between 1 and 100"},
+      {"sheet 5.png -o b.jpg --quality 0", 2, "quality 0 is not on the scale of JPEG"},
       {"sheet 5.png -o b.png --quality 50", 2, "other pictures keep every bit"},
       {"render none.png -o b.png", 3, "cannot read 'none.png': No such file"},
       {"render a.png -o none/b.png", 4, "mkdir -p 'none'"}};
@@ -305,11 +307,15 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
     EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr(part)) << arguments;
   }
-  const Case ofTheProcess[] = {{"rendr", 2, "unknown command"},
-                               {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
-                               {"render none.png -o b.png", 3, "cannot read 'none.png'"},
-                               {"params >/dev/full", 4, "cannot write"},
-                               {"render a.png -o b.png --dry-run >/dev/full", 4, "cannot write"}};
+  const Case ofTheProcess[] = {
+      {"rendr", 2, "unknown command"},
+      {"render a.png b.png -crf 20", 2, "unknown option '-crf'; write --quality"},
+      {"render a.png -hide_banner b.png", 2, "unknown option '-hide_banner'; for less"},
+      {"render a.png b.png --threads=4", 2, "unknown option '--threads=4'; write --jobs"},
+      {"render a.png -o b.png --frames ''", 2, "--frames: is empty"},
+      {"render none.png -o b.png", 3, "cannot read 'none.png'"},
+      {"params >/dev/full", 4, "cannot write"},
+      {"render a.png -o b.png --dry-run >/dev/full", 4, "cannot write"}};
   for (const auto& [arguments, code, part] : ofTheProcess) {
     const Outcome outcome = Run(arguments);
     EXPECT_EQ(outcome.code, code) << arguments;
