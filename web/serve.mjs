@@ -18,7 +18,12 @@ const types = {
   '.wasm': 'application/wasm',
 };
 
-const root = resolve(process.argv[2]);
+const [folder, ...options] = process.argv.slice(2);
+if (!folder || !statSync(folder, { throwIfNoEntry: false })?.isDirectory()) {
+  console.error(folder ? `there is no folder ${folder}` : 'usage: node serve.mjs FOLDER [--open]');
+  process.exit(2);
+}
+const root = resolve(folder);
 
 function fileAt(url) {
   const path = join(root, decodeURIComponent(new URL(url, 'http://localhost').pathname));
@@ -47,9 +52,16 @@ const server = createServer((request, response) => {
 server.listen(0, '127.0.0.1', () => {
   const address = `http://127.0.0.1:${server.address().port}/`;
   console.log(`${address} until Ctrl-C`);
-  if (process.argv.includes('--open')) {
-    spawn('xdg-open', [address], { detached: true, stdio: 'ignore' })
-      .on('error', () => console.log('no xdg-open here: open the address yourself'))
-      .unref();
+  if (options.includes('--open')) {
+    openInBrowser(address);
   }
 });
+
+// Where there is no browser or no screen, xdg-open fails after a while.
+function openInBrowser(address) {
+  const tell = () => console.log('no browser could be started here: open the address yourself');
+  spawn('xdg-open', [address], { detached: true, stdio: 'ignore' })
+    .on('error', tell)
+    .on('exit', (code) => code !== 0 && tell())
+    .unref();
+}
