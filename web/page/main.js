@@ -56,7 +56,7 @@ async function begin(api) {
   const looksPlace = document.createElement('section');
   looksPlace.className = 'looks';
   const main = document.getElementById('page');
-  main.replaceChildren(topbar.element, viewBar.element, looksPlace, stage.element, timeline.element, panel.element);
+  main.replaceChildren(topbar.element, viewBar.element, looksPlace, stage.element, timeline.element, panel.element, notices.element);
   document.body.append(createDropTarget((files) => commands.take(files)));
   installShortcuts({ ...context, commands, stage, panel });
 

@@ -1,10 +1,14 @@
-// What the page keeps and how it changes: undo, keys, and where a picture stands.
+// What the page keeps and how it changes: undo, keys, the time that is shown, and where a picture stands.
 
 import assert from 'node:assert/strict';
 import test from 'node:test';
 import { createCost } from '../../../web/page/preview/cost.js';
+import { createActions } from '../../../web/page/state/actions.js';
 import { keyAt, valueAt, withKey, withMovedKey, withoutKey } from '../../../web/page/state/course.js';
-import { createStore } from '../../../web/page/state/store.js';
+import { arrange } from '../../../web/page/state/declarations.js';
+import { selectedKey } from '../../../web/page/state/selection.js';
+import { createStore, kInitialState } from '../../../web/page/state/store.js';
+import { spanOf } from '../../../web/page/state/time_span.js';
 import { placeOf, zoomedAt } from '../../../web/page/views/stage_zoom.js';
 
 test('a drag is one step, where one looks is none, and steps go back and forth', () => {
@@ -37,6 +41,50 @@ test('keys are added, moved and removed in order, and lead on by their ease', ()
   assert.deepEqual(withMovedKey(course, 0, 20).keys.map(({ frame, value }) => [frame, value]), [[10, 80], [20, 0]]);
   assert.equal([0, 10, 20].reduce(withoutKey, course), 100, 'the last key leaves its value behind');
   assert.deepEqual(valueAt({ keys: [{ frame: 0, value: [0, 10], ease: 'linear' }, { frame: 2, value: [4, 30] }] }, 1), [2, 20]);
+});
+
+test('of a long clip a part is shown, which the playhead does not leave', () => {
+  const store = createStore({ ...kInitialState, time: { ...kInitialState.time, last: 5000 } });
+  const actions = createActions(store, arrange([]));
+  const span = () => spanOf(store.state);
+  actions.setFrame(1000);
+  actions.zoomTime(10, 1000);
+  assert.deepEqual([span().last - span().first, span().first], [500, 900]);
+  actions.panTime(100);
+  assert.equal(span().last, 5000, 'not beyond the end');
+  actions.setFrame(1200);
+  assert.equal(span().first, 1200, 'pushed');
+  actions.setView({ playing: true });
+  actions.setFrame(1800);
+  assert.ok(span().first < 1800 && span().last > 2200, 'the page is turned');
+  actions.zoomTime(1e9, 1800);
+  assert.equal(span().last - span().first, 8);
+  actions.setTime({ first: 10, last: 12 });
+  assert.deepEqual(span(), { first: 10, last: 12 });
+  actions.zoomTime(1e-9);
+  assert.equal(store.state.view.span, undefined);
+});
+
+test('every key is reached from its neighbour, and a key that is made is the selected one', () => {
+  const list = ['size', 'wind'].map((slug) => ({ slug, type: 'slider', default: 0 }));
+  const store = createStore();
+  const actions = createActions(store, arrange(list));
+  for (const [slug, frame] of [['wind', 0], ['size', 20], ['wind', 20], ['wind', 50]]) {
+    actions.setFrame(frame);
+    actions.toggleKey(slug);
+  }
+  actions.setFrame(80);
+  actions.setValue('size', 7);
+  const selected = () => selectedKey(store.state) && [store.state.view.key.slug, store.state.view.key.frame];
+  const walk = (step) => {
+    actions.selectNeighbour(step);
+    return selected();
+  };
+  assert.deepEqual(selected(), ['size', 80]);
+  assert.deepEqual([walk(-1), walk(-1), walk(-1), walk(-1)], [['wind', 50], ['wind', 20], ['size', 20], ['wind', 0]]);
+  actions.setFrame(20);
+  assert.equal(selected(), undefined, 'the playhead has left it');
+  assert.deepEqual([walk(1), walk(1)], [['size', 20], ['wind', 20]]);
 });
 
 test('the point under the pointer stays there while zooming', () => {

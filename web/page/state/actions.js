@@ -2,14 +2,17 @@
 
 import { isKeyed, keyAt, neighbouringKeyFrame, valueAt, withEase, withKey, withMovedKey, withoutKey } from './course.js';
 import { equalValues, titleOf } from './declarations.js';
+import { neighbouringKey } from './selection.js';
+import { pannedSpan, spanOf, spanWithPlayhead, zoomedSpan } from './time_span.js';
 
 /** `declarations` as `arrange` makes them. */
 export function createActions(store, declarations) {
   const courseOf = (slug, parameters = store.state.parameters) =>
     parameters[slug] ?? declarations.bySlug.get(slug).default;
 
-  // What has its default is left out, so that equal settings are equal objects.
-  function putCourse(slug, course, options) {
+  // What has its default is left out, so that equal settings are equal objects. `key` is the frame of the key that is
+  // selected afterwards.
+  function putCourse(slug, course, { key, ...options } = {}) {
     const declaration = declarations.bySlug.get(slug);
     store.update(
       (state) => {
@@ -18,7 +21,9 @@ export function createActions(store, declarations) {
           return state;
         }
         const parameters = equalValues(course, declaration.default) ? others : { ...others, [slug]: course };
-        return { ...state, parameters };
+        const isOfKeys = isKeyed(before) || isKeyed(course);
+        const selection = key === undefined ? undefined : { slug, frame: key };
+        return { ...state, parameters, view: isOfKeys ? { ...state.view, key: selection } : state.view };
       },
       { label: titleOf(declaration), ...options },
     );
@@ -44,7 +49,8 @@ export function createActions(store, declarations) {
     /** A parameter with keys gets one at the playhead; any other changes throughout. */
     setValue(slug, value, options) {
       const course = courseOf(slug);
-      putCourse(slug, isKeyed(course) ? withKey(course, store.state.time.frame, value) : value, options);
+      const { frame } = store.state.time;
+      putCourse(slug, isKeyed(course) ? withKey(course, frame, value) : value, { ...options, key: frame });
     },
 
     /** Back to what the effect declares, keys and all. */
@@ -69,28 +75,31 @@ export function createActions(store, declarations) {
       if (keyAt(course, frame)) {
         actions.removeKey(slug, frame);
       } else {
-        putCourse(slug, withKey(course, frame, valueAt(course, frame)), { label: 'Add key' });
-        setView({ key: { slug, frame } });
+        putCourse(slug, withKey(course, frame, valueAt(course, frame)), { label: 'Add key', key: frame });
       }
     },
     removeKey(slug, frame) {
       putCourse(slug, withoutKey(courseOf(slug), frame), { label: 'Remove key' });
-      setView({ key: undefined });
     },
     removeAllKeys(slug) {
       putCourse(slug, actions.valueOf(slug), { label: 'Remove keys' });
-      setView({ key: undefined });
     },
     moveKey(slug, from, to, options) {
-      putCourse(slug, withMovedKey(courseOf(slug), from, to), { label: 'Move key', ...options });
-      setView({ key: { slug, frame: to } });
+      putCourse(slug, withMovedKey(courseOf(slug), from, to), { label: 'Move key', ...options, key: to });
     },
     setEase(slug, frame, ease) {
-      putCourse(slug, withEase(courseOf(slug), frame, ease), { label: 'Ease' });
+      putCourse(slug, withEase(courseOf(slug), frame, ease), { label: 'Ease', key: frame });
     },
     selectKey(slug, frame) {
       setView({ key: { slug, frame } });
       actions.setFrame(frame);
+    },
+    /** Selects the key before or after the selected one, of any parameter. */
+    selectNeighbour(step) {
+      const key = neighbouringKey(store.state, declarations, step);
+      if (key) {
+        actions.selectKey(key.slug, key.frame);
+      }
     },
     /** To the nearest key before or after the playhead, of one parameter or of all. */
     goToKey(step, slug) {
@@ -101,10 +110,30 @@ export function createActions(store, declarations) {
       }
     },
 
+    /** Moves the playhead; what the timeline shows follows it. */
     setFrame(frame) {
-      const { first, last } = store.state.time;
-      setTime({ frame: Math.min(Math.max(Math.round(frame), first), last) });
+      store.update((state) => {
+        const { first, last } = state.time;
+        const time = { ...state.time, frame: Math.min(Math.max(Math.round(frame), first), last) };
+        if (time.frame === state.time.frame) {
+          return state;
+        }
+        const span = spanWithPlayhead({ view: state.view, time });
+        return { ...state, time, view: span === state.view.span ? state.view : { ...state.view, span } };
+      });
     },
+    /** Shows less of the clip (a factor above 1) or more of it, with `frame` staying where it is on the timeline. */
+    zoomTime(factor, frame = store.state.time.frame) {
+      const { time } = store.state;
+      setView({ span: zoomedSpan(factor, frame, spanOf(store.state), time) });
+    },
+    /** Moves what is shown by so many of its own lengths. */
+    panTime(lengths) {
+      if (store.state.view.span) {
+        setView({ span: pannedSpan(lengths, spanOf(store.state), store.state.time) });
+      }
+    },
+    showAllTime: () => setView({ span: undefined }),
     /** First and last frame; the playhead stays between them. */
     setRange(first, last, options) {
       const frame = Math.min(Math.max(store.state.time.frame, first), last);

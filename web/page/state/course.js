@@ -16,16 +16,20 @@ export function valueAt(course, frame) {
     return course;
   }
   const { keys } = course;
-  const next = keys.findIndex((key) => key.frame > frame);
-  if (next === 0) {
-    return keys[0].value;
+  const next = keys.findIndex((key) => key.frame >= frame);
+  return next < 0 ? keys.at(-1).value : valueBetween(keys[next - 1], keys[next], frame);
+}
+
+/** The value at a frame after `leaving` and not after `coming`, keys that follow each other; either may be undefined. */
+export function valueBetween(leaving, coming, frame) {
+  if (!leaving || coming?.frame === frame) {
+    return coming.value;
   }
-  const key = next < 0 ? keys.at(-1) : keys[next - 1];
-  if (next < 0 || key.ease === 'hold' || key.frame === frame) {
-    return key.value;
+  if (!coming || leaving.ease === 'hold') {
+    return leaving.value;
   }
-  const t = (frame - key.frame) / (keys[next].frame - key.frame);
-  return mix(key.value, keys[next].value, key.ease === 'smooth' ? t * t * (3 - 2 * t) : t);
+  const t = (frame - leaving.frame) / (coming.frame - leaving.frame);
+  return mix(leaving.value, coming.value, leaving.ease === 'smooth' ? t * t * (3 - 2 * t) : t);
 }
 
 export function keyAt(course, frame) {

@@ -10,6 +10,8 @@ const kSections = [
     ['Home End', 'First or last frame'],
     ['[ ]', 'Previous or next key of any parameter'],
     ['L', 'Loop'],
+    ['Wheel, + −', 'On the timeline: show less or more of it; F shows all'],
+    ['Shift wheel', 'On the timeline: go along it, as Shift Page ↑ ↓ do'],
   ]],
   ['Picture', [
     ['P, held', 'The plate without snow'],

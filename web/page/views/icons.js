@@ -25,6 +25,11 @@ const kPaths = {
   link: 'M8.5 11.5a3 3 0 0 0 4.2 0l2.8-2.8a3 3 0 0 0-4.2-4.2l-1 1M11.5 8.5a3 3 0 0 0-4.2 0l-2.8 2.8a3 3 0 0 0 4.2 4.2l1-1',
   target: 'M10 3v4M10 13v4M3 10h4M13 10h4M10 6a4 4 0 1 1 0 8 4 4 0 0 1 0-8z',
   check: 'M4.5 10.5l3.5 3.5 7.5-8',
+  previous: 'M12.5 5L7.5 10l5 5',
+  next: 'M7.5 5l5 5-5 5',
+  plus: 'M10 4.5v11M4.5 10h11',
+  minus: 'M4.5 10h11',
+  fit: 'M3.5 4.5v11M16.5 4.5v11M6.5 10h7M8.5 7.5L6 10l2.5 2.5M11.5 7.5L14 10l-2.5 2.5',
 };
 const kFilled = new Set(['play', 'pause', 'first', 'back', 'forward', 'last', 'triangle']);
 

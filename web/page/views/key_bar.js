@@ -1,9 +1,10 @@
-// What can be done with the key that is selected: how it leads on, and its removal.
+// What can be done with the key that is selected: how it leads on, its removal, the way to the ones beside it.
 
-import { keyAt, kEases } from '../state/course.js';
+import { isKeyed, kEases } from '../state/course.js';
 import { titleOf } from '../state/declarations.js';
+import { neighbouringKey, selectedKey } from '../state/selection.js';
 import { createSegments } from './controls/choice.js';
-import { h, setText } from './dom.js';
+import { h, set, setText } from './dom.js';
 import { icon } from './icons.js';
 
 const kEaseTitles = {
@@ -15,27 +16,30 @@ const kEaseTitles = {
 /** Returns { element, update(state) }. */
 export function createKeyBar(declarations, { store, actions }) {
   const name = h('span', { class: 'key-bar-name' });
-  const selected = () => store.state.view.key;
+  const selected = () => selectedKey(store.state);
+  const button = (name, label, act, title = label) =>
+    h('button', { type: 'button', class: 'icon-button', 'aria-label': label, title, onclick: act }, icon(name));
+  const back = button('previous', 'Key before', () => actions.selectNeighbour(-1));
+  const on = button('next', 'Key after', () => actions.selectNeighbour(1));
   const eases = createSegments({
     label: 'How the key leads to the next',
     segments: kEases.map((ease) => ({ id: ease, label: ease[0].toUpperCase() + ease.slice(1), title: kEaseTitles[ease] })),
     choose: (ease) => actions.setEase(selected().slug, selected().frame, ease),
   });
-  const remove = h(
-    'button',
-    { type: 'button', class: 'icon-button', 'aria-label': 'Remove this key', title: 'Remove this key (Delete)', onclick: () => actions.removeKey(selected().slug, selected().frame) },
-    icon('trash'),
-  );
-  const element = h('div', { class: 'key-bar', role: 'group', 'aria-label': 'Selected key', hidden: true }, name, eases.element, remove);
+  const remove = button('trash', 'Remove this key', () => actions.removeKey(selected().slug, selected().frame), 'Remove this key (Delete)');
+  const element = h('div', { class: 'key-bar', role: 'group', 'aria-label': 'Selected key', hidden: true }, back, name, eases.element, remove, on);
   return {
     element,
-    update({ view, parameters }) {
-      const key = view.key && keyAt(parameters[view.key.slug], view.key.frame);
-      element.hidden = !key;
-      if (key) {
-        setText(name, `${titleOf(declarations.bySlug.get(view.key.slug))} @ ${key.frame}`);
-        eases.update(key.ease ?? 'linear');
-      }
+    update(state) {
+      const { view, parameters } = state;
+      const chosen = selectedKey(state);
+      element.hidden = view.playing || !Object.values(parameters).some(isKeyed);
+      element.classList.toggle('is-idle', !chosen);
+      setText(name, chosen ? `${titleOf(declarations.bySlug.get(chosen.slug))} @ ${chosen.frame}` : 'No key chosen');
+      eases.update(chosen && (chosen.key.ease ?? 'linear'), !chosen);
+      set(remove, { disabled: !chosen });
+      set(back, { disabled: !neighbouringKey(state, declarations, -1) });
+      set(on, { disabled: !neighbouringKey(state, declarations, 1) });
     },
   };
 }

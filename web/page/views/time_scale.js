@@ -1,12 +1,13 @@
 // Frames along a line: shares of its length, and where to write numbers.
 
-/** Where a frame stands between first and last, 0 to 1. */
+/** Where a frame stands between first and last: 0 to 1, or beyond. */
 export function shareOf(frame, { first, last }) {
   return last === first ? 0 : (frame - first) / (last - first);
 }
 
+/** The frame nearest to a share of the length. */
 export function frameAtShare(share, { first, last }) {
-  return Math.round(first + Math.min(Math.max(share, 0), 1) * (last - first));
+  return Math.round(first + share * (last - first));
 }
 
 /** Frames to label, so that about `room` labels fit: whole seconds, or parts that divide a second. */

@@ -1,10 +1,12 @@
 // The timeline: transport, a ruler to scrub on, a bar of what is rendered ahead, and lanes of keys.
 
 import { parseRate } from '../share/rate.js';
+import { spanOf } from '../state/time_span.js';
 import { followPointer, h, set } from './dom.js';
 import { createKeyBar } from './key_bar.js';
 import { createLanes } from './lanes.js';
 import { frameAtShare, labelledFrames, runs, shareOf } from './time_scale.js';
+import { createTimelineZoom } from './timeline_zoom.js';
 import { createTransport } from './transport.js';
 
 const kLabelPixels = 70;
@@ -15,6 +17,7 @@ export function createTimeline(declarations, context) {
   const transport = createTransport(context);
   const keyBar = createKeyBar(declarations, context);
   const lanes = createLanes(declarations, context);
+  const zoom = createTimelineZoom(context);
   const ticks = h('div', { class: 'ticks', 'aria-hidden': 'true' });
   const bar = h('div', { class: 'rendered', 'aria-hidden': 'true' });
   const ruler = h(
@@ -24,11 +27,23 @@ export function createTimeline(declarations, context) {
   );
   const playhead = h('div', { class: 'playhead', 'aria-hidden': 'true' });
   const overlay = h('div', { class: 'playhead-room' }, playhead);
-  const body = h('div', { class: 'timeline-body' }, h('div', { class: 'ruler-row' }, h('span', { class: 'lane-name' }), ruler), lanes.element, overlay);
+  const body = h(
+    'div',
+    { class: 'timeline-body' },
+    h('div', { class: 'ruler-row' }, zoom.buttons, h('div', { class: 'ruler-holder' }, ruler, zoom.bar)),
+    lanes.element, overlay,
+  );
   const element = h('section', { class: 'timeline', 'aria-label': 'Time' }, transport.element, keyBar.element, body);
   let drawn = '';
+  let cached = () => [];
   let barTimer;
-  new ResizeObserver(() => drawTicks(store.state.time)).observe(ruler);
+  zoom.listen(body, lanes.element, frameAt);
+  new ResizeObserver(() => draw(store.state)).observe(ruler);
+
+  function frameAt(x) {
+    const { left, width } = ruler.getBoundingClientRect();
+    return frameAtShare((x - left) / width, spanOf(store.state));
+  }
 
   function scrub(event) {
     if (event.button !== 0) {
@@ -36,10 +51,7 @@ export function createTimeline(declarations, context) {
     }
     event.preventDefault();
     ruler.focus();
-    const follow = (now) => {
-      const { left, width } = ruler.getBoundingClientRect();
-      actions.setFrame(frameAtShare((now.clientX - left) / width, store.state.time));
-    };
+    const follow = (now) => actions.setFrame(frameAt(now.clientX));
     actions.setView({ dragging: true });
     follow(event);
     followPointer(event, follow, () => actions.setView({ dragging: false }));
@@ -55,20 +67,25 @@ export function createTimeline(declarations, context) {
     }
   }
 
-  function drawTicks(time) {
-    const text = `${time.first} ${time.last} ${time.fps} ${ruler.clientWidth}`;
+  // What changes with the part of the clip that is shown, and with nothing else.
+  function draw(state) {
+    const { first, last } = spanOf(state);
+    const { fps } = state.time;
+    const text = `${first} ${last} ${fps} ${ruler.clientWidth}`;
     if (text === drawn || ruler.clientWidth === 0) {
       return;
     }
     drawn = text;
-    const frames = labelledFrames(time, ruler.clientWidth / kLabelPixels, parseRate(time.fps)?.perSecond ?? 24);
+    const span = { first, last };
+    const frames = labelledFrames(span, ruler.clientWidth / kLabelPixels, parseRate(fps)?.perSecond ?? 24);
     ticks.replaceChildren(
       ...frames.map((frame) => {
         const tick = h('span', { class: 'tick' }, h('span', {}, String(frame)));
-        tick.style.left = `${shareOf(frame, time) * 100}%`;
+        tick.style.left = `${shareOf(frame, span) * 100}%`;
         return tick;
       }),
     );
+    drawBar();
   }
 
   return {
@@ -78,29 +95,33 @@ export function createTimeline(declarations, context) {
       transport.update(state);
       keyBar.update(state);
       lanes.update(state);
-      drawTicks(time);
-      playhead.style.left = `${shareOf(time.frame, time) * 100}%`;
+      zoom.update(state);
+      draw(state);
+      const share = shareOf(time.frame, spanOf(state));
+      playhead.style.left = `${share * 100}%`;
+      playhead.hidden = share < 0 || share > 1;
       set(ruler, { 'aria-valuemin': time.first, 'aria-valuemax': time.last, 'aria-valuenow': time.frame });
     },
     /** `numbers()` are those of the frames that are ready; asked for at most once for each picture on the screen. */
     showCached(numbers) {
+      cached = numbers;
       barTimer ??= requestAnimationFrame(() => {
         barTimer = undefined;
-        drawBar(numbers());
+        drawBar();
       });
     },
     showRate: transport.showRate,
   };
 
-  function drawBar(numbers) {
-    const { time } = store.state;
-    const width = 1 / (time.last - time.first + 1);
-    const within = numbers.filter((number) => number >= time.first && number <= time.last);
+  function drawBar() {
+    const span = spanOf(store.state);
+    const width = 1 / (span.last - span.first + 1);
+    const within = cached().filter((number) => number >= span.first && number <= span.last);
     bar.replaceChildren(
       ...runs(within).map(([from, to]) => {
         const run = h('span', {});
-        run.style.left = `${shareOf(from, time) * 100}%`;
-        run.style.width = `${Math.max(shareOf(to, time) - shareOf(from, time), width) * 100}%`;
+        run.style.left = `${shareOf(from, span) * 100}%`;
+        run.style.width = `${Math.max(shareOf(to, span) - shareOf(from, span), width) * 100}%`;
         return run;
       }),
     );
