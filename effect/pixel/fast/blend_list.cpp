@@ -24,6 +24,7 @@ VINTREL_INLINE Pixel Combine(const Pixel& flake, const Pixel& picture) {
   } else if constexpr (mode == BlendMode::kComposite) {
     return Operator::Composite(flake, picture);
   } else {
+    static_assert(mode == BlendMode::kCompositeUnder);
     return Operator::Composite(picture, flake);
   }
 }
