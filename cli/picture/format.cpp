@@ -32,6 +32,20 @@ std::span<const std::string_view> CompressionsOf(FileFormat format) {
   return {};
 }
 
+constexpr const char* NameOf(FileFormat format) {
+  switch (format) {
+    case FileFormat::kPng:
+      return "a PNG";
+    case FileFormat::kTiff:
+      return "a TIFF";
+    case FileFormat::kExr:
+      return "an EXR";
+    case FileFormat::kJpeg:
+      break;
+  }
+  return "a JPEG";
+}
+
 }  // namespace
 
 std::optional<FileFormat> PictureFormatOf(const std::filesystem::path& path) {
@@ -59,13 +73,12 @@ FileFormat FormatOf(const std::filesystem::path& path) {
 }
 
 Compression ParseCompression(FileFormat format, std::string_view text) {
-  constexpr const char* kNames[] = {"a PNG", "a TIFF", "an EXR"};
+  const char* taker = NameOf(format);
   if (format == FileFormat::kJpeg) {
-    Refuse(ExitCode::kUsage, "compression: '{}' is not for a JPEG; it takes a quality, 1 to 100", text);
+    Refuse(ExitCode::kUsage, "compression: '{}' is not for {}; it takes a quality, 1 to 100", text, taker);
   }
   const auto names = CompressionsOf(format);
   const std::string_view name = text.substr(0, text.find(':'));
-  const char* taker = kNames[static_cast<int>(format)];
   if (std::ranges::find(names, name) == names.end()) {
     Refuse(ExitCode::kUsage, "compression: '{}' is none of those that {} takes{}: {}", text, taker,
            SuggestNearest(name, names), fmt::join(names, ", "));

@@ -14,8 +14,21 @@ constexpr Choices<VideoCodec, 4> kCodecs = {{VideoCodec::kH264, "h264"},
                                             {VideoCodec::kProres, "prores"},
                                             {VideoCodec::kFfv1, "ffv1"}};
 
-constexpr const char* NameOfFormat(VideoFormat format) {
-  return format == VideoFormat::kMp4 ? ".mp4" : format == VideoFormat::kMov ? ".mov" : ".mkv";
+struct FormatFacts {
+  const char* extension;
+  VideoCodec ownCodec;
+};
+
+constexpr FormatFacts FactsOf(VideoFormat format) {
+  switch (format) {
+    case VideoFormat::kMp4:
+      return {".mp4", VideoCodec::kH264};
+    case VideoFormat::kMov:
+      return {".mov", VideoCodec::kProres};
+    case VideoFormat::kMkv:
+      break;
+  }
+  return {".mkv", VideoCodec::kFfv1};
 }
 
 bool Takes(VideoFormat format, VideoCodec codec) {
@@ -50,11 +63,10 @@ std::string_view NameOfCodec(VideoCodec codec) {
 }
 
 VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings) {
-  constexpr VideoCodec kOwn[] = {VideoCodec::kH264, VideoCodec::kProres, VideoCodec::kFfv1};
-  const VideoCodec codec =
-      settings.codec.empty() ? kOwn[static_cast<int>(format)] : ParseChoice(kCodecs, settings.codec);
+  const auto [extension, ownCodec] = FactsOf(format);
+  const VideoCodec codec = settings.codec.empty() ? ownCodec : ParseChoice(kCodecs, settings.codec);
   if (!Takes(format, codec)) {
-    Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, NameOfFormat(format),
+    Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, extension,
            codec == VideoCodec::kProres ? ".mov or .mkv" : ".mkv");
   }
   if (settings.quality) {

@@ -136,18 +136,19 @@ Metadata ReadMetadata(const std::filesystem::path& path) {
 
 void AddMetadata(std::vector<std::uint8_t>& file, FileFormat format, const Metadata& metadata, int width,
                  int height) {
-  if (metadata.IsEmpty() || format == FileFormat::kExr) {
+  if (metadata.IsEmpty()) {
     return;
   }
-  if (format == FileFormat::kTiff) {
-    AddToTiff(file, metadata.exif, metadata.xmp, width, height);
-    return;
-  }
-  const std::string exif = metadata.exif.IsEmpty() ? "" : WriteExif(metadata.exif, width, height);
-  if (format == FileFormat::kPng) {
-    AddToPng(file, exif, metadata.xmp);
-  } else {
-    AddToJpeg(file, exif, metadata.xmp);
+  const auto exif = [&] { return metadata.exif.IsEmpty() ? "" : WriteExif(metadata.exif, width, height); };
+  switch (format) {
+    case FileFormat::kPng:
+      return AddToPng(file, exif(), metadata.xmp);
+    case FileFormat::kTiff:
+      return AddToTiff(file, metadata.exif, metadata.xmp, width, height);
+    case FileFormat::kExr:
+      return;  // it has attributes of its own
+    case FileFormat::kJpeg:
+      return AddToJpeg(file, exif(), metadata.xmp);
   }
 }
 

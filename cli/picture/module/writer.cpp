@@ -149,9 +149,19 @@ OIIO::ImageSpec SpecFor(const Image& image, const PictureTraits& traits, FileFor
   return spec;
 }
 
+/// The library's name of it.
 const char* NameOf(FileFormat format) {
-  constexpr const char* kNames[] = {"png", "tiff", "openexr", "jpeg"};
-  return kNames[static_cast<int>(format)];
+  switch (format) {
+    case FileFormat::kPng:
+      return "png";
+    case FileFormat::kTiff:
+      return "tiff";
+    case FileFormat::kExr:
+      return "openexr";
+    case FileFormat::kJpeg:
+      break;
+  }
+  return "jpeg";
 }
 
 std::vector<std::uint8_t> EncodeAs(OIIO::TypeDesc type, const void* samples, OIIO::ImageSpec spec,

@@ -67,8 +67,17 @@ AVPixelFormat PixelFormatOf(VideoCodec codec, const VideoTraits& traits) {
 }
 
 const char* EncoderOf(VideoCodec codec) {
-  constexpr const char* kEncoders[] = {"libx264", "libx265", "prores_ks", "ffv1"};
-  return kEncoders[static_cast<int>(codec)];
+  switch (codec) {
+    case VideoCodec::kH264:
+      return "libx264";
+    case VideoCodec::kHevc:
+      return "libx265";
+    case VideoCodec::kProres:
+      return "prores_ks";
+    case VideoCodec::kFfv1:
+      break;
+  }
+  return "ffv1";
 }
 
 /// For the options of x265; the units are those of its messages: 1/50000 of the chart of colours, 1/10000
