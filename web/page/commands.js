@@ -12,6 +12,8 @@ import { openExportDialog } from './views/export_dialog.js';
 import { openHelp } from './views/help.js';
 
 const kAccepted = 'image/*,video/*,.toml,.mov,.mkv';
+// Far more than the reader of scenes takes; the rest of a huge file need not come into memory to be refused.
+const kMostSceneBytes = 4 << 20;
 
 /** `panel` is what panel_mode.js made, or undefined where the page stands alone. */
 export function createCommands({ store, actions, pool, library, notices, panel }) {
@@ -32,7 +34,14 @@ export function createCommands({ store, actions, pool, library, notices, panel }
   }
 
   async function readScene(text, name) {
+    if (text.trim() === '') {
+      throw new Error(`${name} is empty`); // to the reader a scene without any settings
+    }
     const read = stateOfScene(await pool.readScene(text, name), declarations, kShipped.map((plate) => plate.name));
+    // What the engine cannot take must not replace what is set.
+    await pool.disabled(read.parameters, read.time.first ?? 0).catch((error) => {
+      throw new Error(`${name}: ${error.message}`);
+    });
     store.update(
       (state) => {
         const time = { ...state.time, ...read.time };
@@ -46,7 +55,7 @@ export function createCommands({ store, actions, pool, library, notices, panel }
 
   async function openFile(file) {
     if (/\.toml$/i.test(file.name)) {
-      await readScene(await file.text(), file.name);
+      await readScene(await file.slice(0, kMostSceneBytes).text(), file.name);
       return;
     }
     const plate = await library.open(file);

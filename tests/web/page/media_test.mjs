@@ -119,6 +119,26 @@ test("a video's frames are found by their number, in any order", async (context)
   }
 });
 
+test('of a video that breaks off, what is there can be seen', async (context) => {
+  const folder = temporaryFolder(context);
+  const [clip, indexFirst] = ['clip.mp4', 'first.mp4'].map((name) => join(folder, name));
+  writeGrayVideo(clip, 'libx264', 40, '25');
+  execFileSync('ffmpeg', ['-v', 'error', '-i', clip, '-c', 'copy', '-movflags', '+faststart', indexFirst]);
+  const whole = readFileSync(indexFirst);
+  const open = async (file) => {
+    const { openVideo } = await import('/media/video.js');
+    const video = await openVideo(window.fileOf(file)).catch((error) => ({ error: error.message }));
+    const last = await video.frameAt?.(video.frames - 1);
+    return { ...video, frameAt: undefined, close: undefined, brightness: last?.data[4 * 64 * 128 + 256] };
+  };
+  const cutAt = (share) => [['cut.mp4', '', whole.subarray(0, whole.length * share).toString('base64')]];
+  const { frames, notes, brightness } = await page.evaluate(open, ...cutAt(0.7));
+  assert.ok(frames > 0 && frames < 40, `${frames} frames`);
+  assert.deepEqual(notes, [`cut.mp4 breaks off: the last ${40 - frames} of its pictures are missing`]);
+  assert.ok(Math.abs(brightness - (60 + 4 * (frames - 1))) <= 1, `${brightness} in the last of ${frames}`);
+  assert.match((await page.evaluate(open, ...cutAt(0.2))).error, /^cut.mp4 has no video in it that can be read/);
+});
+
 const kOrder = [0, 1, 2, 39, 13, 12, 11, 25, 26, 30, 0];
 
 test('a clip holds every frame at a constant rate, over black, even in size', async (context) => {

@@ -182,12 +182,17 @@ test('a link and a scene carry a look to another page and to the tool', async (c
   assert.equal(differenceOf(await pixelsOfFile(join(folder, 'by-line.png')), seen), '', line);
 });
 
+// They fit into a scene, but not with an ease for each, as the page keeps them.
+const kManyKeys = Array.from({ length: 60000 }, (_, frame) => `[${frame}, 1]`).join();
+
 test('what cannot be opened costs nothing, and steps are taken back', async (context) => {
   const page = await openPage(context, { path: '#v=1&plate=street&at=3&size=5' });
   const name = page.locator('.plate-name');
   const broken = [
     ['notes.txt', 'dear diary', /^notes.txt is not a picture or a video/i],
     ['broken.toml', '[parameters]\nsise = 3\n', /broken.toml:2:1: .*sise.*did you mean 'size'/i],
+    ['empty.toml', '\n', /empty.toml is empty/],
+    ['long.toml', `[parameters]\nwind = { keys = [${kManyKeys}] }`, /long.toml: .*longer than 1048576 bytes/],
     ['cut.png', kPlate.subarray(0, 60), /cut.png is damaged/i],
   ];
   for (const [file, bytes, words] of broken) {

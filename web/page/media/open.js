@@ -25,7 +25,7 @@ export async function openMedia(file) {
   }
 }
 
-const kOfTheTool = /\.(tiff?|exr|mov|mkv|mp4|avi|mxf)$/i;
+const kOfTheTool = /\.(tiff?|exr|mov|mkv|mp4|webm|avi|mxf)$/i;
 
 function hint(error, { name = '' }) {
   const canTheTool = error instanceof MediaError && kOfTheTool.test(name) && !/too large/.test(error.message);

@@ -24,7 +24,7 @@ export async function openVideo(blob, name = blob.name ?? 'video') {
       .catch((error) => {
         throw error instanceof MediaError ? new MediaError(`${name} ${error.message}`) : error;
       });
-  const { reader, isConstant, ...about } = await ask('open', blob);
+  const { reader, isConstant, missing, ...about } = await ask('open', blob);
   const { width, height, pixelAspect, fps, frames } = about;
   const close = () => ask('close', reader);
   if (width * height > kMostPixels) {
@@ -40,7 +40,10 @@ export async function openVideo(blob, name = blob.name ?? 'video') {
   return {
     name,
     ...about,
-    notes: isConstant ? [] : [`the rate of ${name} varies; its mean, ${fps}, is used`],
+    notes: [
+      !isConstant && `the rate of ${name} varies; its mean, ${fps}, is used`,
+      missing > 0 && `${name} breaks off: the last ${missing} of its pictures are missing`,
+    ].filter(Boolean),
     frameAt(frame) {
       if (!(Number.isInteger(frame) && frame >= 0 && frame < frames)) {
         return Promise.reject(new MediaError(`${name} has no frame ${frame}; it has 0 to ${frames - 1}`));

@@ -15,7 +15,7 @@ export async function readerOf(blob) {
   }
   const track = await input.getPrimaryVideoTrack();
   if (!track) {
-    throw new MediaError('has no pictures in it');
+    throw new MediaError('has no video in it that can be read; it may be cut short');
   }
   const codec = await track.getCodec();
   if (typeof VideoDecoder === 'undefined') {
@@ -24,11 +24,18 @@ export async function readerOf(blob) {
   if (!(await track.canDecode())) {
     throw new MediaError(`holds ${codec ?? 'unknown'} video, which this browser does not decode`);
   }
-  const index = indexOf(await picturesOf(track));
+  const listed = await picturesOf(track);
+  const pictures = await withoutTail(track, listed);
+  if (pictures.length === 0) {
+    throw new MediaError(`has no pictures that can be read${listed.length > 0 ? ': it breaks off before the first' : ''}`);
+  }
+  const index = indexOf(pictures);
   const frames = new FrameDecoder(track, index);
-  return { about: { ...(await shapeOf(track)), ...index, codec }, frames, close: () => input.dispose() };
+  const missing = listed.length - pictures.length;
+  return { about: { ...(await shapeOf(track)), ...index, codec, missing }, frames, close: () => input.dispose() };
 }
 
+// In the order of the file, which is that of decoding.
 async function picturesOf(track) {
   const pictures = [];
   for await (const packet of new EncodedPacketSink(track).packets(undefined, undefined, { metadataOnly: true })) {
@@ -36,10 +43,27 @@ async function picturesOf(track) {
       pictures.push({ time: packet.timestamp, duration: packet.duration }); // what lies before is decoded, not shown
     }
   }
-  if (pictures.length === 0) {
-    throw new MediaError('has no pictures in it');
-  }
   return pictures;
+}
+
+// A file that was cut short may still list all of its pictures: those before the first that is not there.
+async function withoutTail(track, pictures) {
+  const sink = new EncodedPacketSink(track);
+  const isThere = async (at) => (await sink.getPacket(pictures[at].time).catch(() => null)) !== null;
+  if (pictures.length === 0 || (await isThere(pictures.length - 1))) {
+    return pictures;
+  }
+  let [low, high] = [0, pictures.length - 1]; // the first that is not there is between them
+  while (low < high) {
+    const middle = (low + high) >> 1;
+    if (await isThere(middle)) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  const end = pictures.slice(low).reduce((least, { time }) => Math.min(least, time), Infinity);
+  return pictures.filter(({ time }) => time < end);
 }
 
 async function shapeOf(track) {
