@@ -181,16 +181,25 @@ int SoundCopy::Send() {
     av_packet_unref(next_.get());
     return error;
   }
-  const AVRational from = input_->streams[next_->stream_index]->time_base;
+  const AVStream& sound = *input_->streams[next_->stream_index];
+  const AVRational from = sound.time_base;
   next_->pts -= track.begin;
   if (next_->dts != AV_NOPTS_VALUE) {
     next_->dts -= track.begin;
   }
   next_->stream_index = track.output;
   next_->pos = -1;
+  const double time = static_cast<double>(next_->pts) * av_q2d(from);
   av_packet_rescale_ts(next_.get(), from, output_.streams[track.output]->time_base);
   hasNext_ = false;
-  return av_interleaved_write_frame(&output_, next_.get());
+  const int error = av_interleaved_write_frame(&output_, next_.get());
+  // Some packets are taken apart for another container, which tells when they are no sound.
+  if (error == AVERROR_INVALIDDATA) {
+    Refuse(ExitCode::kInput,
+           "{} of '{}' is damaged {:.2f} s from the first frame; leave it out with --sound none",
+           NameOf(sound), range_.path.filename().string(), time);
+  }
+  return error;
 }
 
 }  // namespace cli

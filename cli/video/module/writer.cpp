@@ -114,6 +114,25 @@ void AddLightLevels(const LightLevels& levels, AVStream& stream) {
   add(AV_PKT_DATA_CONTENT_LIGHT_LEVEL, levels.content);
 }
 
+/// Of an encoder that could not be opened.
+std::string WhyNotOpened(VideoCodec codec, const VideoTraits& traits, int error) {
+  if (error == AVERROR(ENOMEM)) {
+    return LibavMessage(error);
+  }
+  constexpr int kMostOfH264 = 16'384;
+  constexpr int kLeastOfHevc = 16;
+  std::string limit;
+  if (codec == VideoCodec::kH264 && std::max(traits.width, traits.height) > kMostOfH264) {
+    limit = fmt::format(", at most {} a side", kMostOfH264);
+  }
+  if (codec == VideoCodec::kHevc && std::min(traits.width, traits.height) < kLeastOfHevc) {
+    limit = fmt::format(", at least {} a side", kLeastOfHevc);
+  }
+  return fmt::format("{} takes no {} x {} pixels at {:.5g} frames a second{}; write .mov with codec prores",
+                     NameOfCodec(codec), traits.width, traits.height,
+                     static_cast<double>(traits.rate.timeScale) / traits.rate.timeStep, limit);
+}
+
 /// `rowsOfSlices` is FFV1's: a picture is divided into so many rows and columns of slices.
 void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
                    Options& options) {
@@ -148,11 +167,9 @@ void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices,
       }
       return;
     case VideoCodec::kFfv1: {
-      constexpr int kSmallestToDivide = 32;  // pixels a side
       codec.level = 3;
       codec.gop_size = 1;  // every picture stands alone
-      const bool isTiny = std::min(traits.width, traits.height) < kSmallestToDivide;
-      codec.slices = isTiny ? 1 : rowsOfSlices * rowsOfSlices;
+      codec.slices = rowsOfSlices * rowsOfSlices;
       options.Set("slicecrc", "1");
       return;
     }
@@ -253,15 +270,14 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   }
   // FFV1 says "not implemented" when a slice is too large for it.
   constexpr int kMostRows = 16;
-  int rowsOfSlices = 2;
+  constexpr int kSmallestToDivide = 32;  // pixels a side
+  int rowsOfSlices = std::min(traits.width, traits.height) < kSmallestToDivide ? 1 : 2;
   int error = TryCodec(*encoder, traits, rowsOfSlices);
   while (error == AVERROR(ENOSYS) && rowsOfSlices < kMostRows) {
     error = TryCodec(*encoder, traits, ++rowsOfSlices);
   }
   if (error < 0) {
-    RefuseOutput(path_,
-                 fmt::format("{} x {} pixels at {}/{} frames a second: {}", traits.width, traits.height,
-                             traits.rate.timeScale, traits.rate.timeStep, LibavMessage(error)));
+    RefuseOutput(path_, WhyNotOpened(kind_, traits, error));
   }
   stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
   Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));

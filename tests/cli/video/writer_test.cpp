@@ -38,6 +38,7 @@ TEST_F(VideoWrite, LosslessRgbComesBackEqual) {
   };
   const Case cases[] = {{"bgr0", "ffv1", {}, "bgr24"},  // the 0 means nothing
                         {"gbrap", "utvideo", {}, "bgra"},
+                        {"bgr0 -s 400x4", "ffv1", {}, "bgr24"},  // too wide for one slice, too low for many
                         {"gbrap16le", "ffv1", Depth::kFloat, "gbrap16le"}};
   for (const Case& c : cases) {
     const auto clip = folder_ / "clip.mkv";
@@ -130,6 +131,10 @@ TEST_F(VideoWrite, AppearsWholeOrNotAtAll) {
   ExpectError(ExitCode::kOutput, "mkdir", [&] { VideoSink(folder_ / "no/a.mkv", traits); });
   traits.width = 127;
   ExpectError(ExitCode::kOutput, "127 x 128; crop", [&] { VideoSink(folder_ / "b.mp4", traits); });
+  traits.width = 16'386;
+  ExpectError(ExitCode::kOutput,
+              "h264 takes no 16386 x 128 pixels at 25 frames a second, at most 16384 a side",
+              [&] { VideoSink(folder_ / "b.mp4", traits); });
   EXPECT_THAT(folder_.Names(), ElementsAre("a.mkv", "a.mov", "a.mp4", "clip.mkv"));
 }
 
