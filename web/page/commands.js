@@ -130,7 +130,7 @@ export function createCommands({ store, actions, pool, library, notices, panel }
       }),
     exportClip: () => attempt(() => {
       actions.setView({ playing: false });
-      return openExportDialog({ store, library, renderFrame, save });
+      return openExportDialog({ store, library, notices, renderFrame, save });
     }),
     undo() {
       announce(store.undo(), 'Undone', 'Nothing to undo');

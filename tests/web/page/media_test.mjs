@@ -143,9 +143,14 @@ const kOrder = [0, 1, 2, 39, 13, 12, 11, 25, 26, 30, 0];
 
 test('a clip holds every frame at a constant rate, over black, even in size', async (context) => {
   const folder = temporaryFolder(context);
-  for (const format of ['mp4', 'webm']) {
-    const { data, progress } = await bytesFrom(page, exportRamp, format);
-    const file = join(folder, `clip.${format}`);
+  for (const [format, into] of [
+    ['mp4', 'memory'],
+    ['webm', 'memory'],
+    ['mp4', 'file'],
+    ['webm', 'file'],
+  ]) {
+    const { data, progress } = await bytesFrom(page, exportRamp, { format, into });
+    const file = join(folder, `${into}.${format}`);
     writeFileSync(file, data);
     assert.deepEqual(progress, { done: 20, count: 20 });
     const shape = 'width,height,avg_frame_rate,color_range,color_space,nb_read_frames';
@@ -171,11 +176,18 @@ test('a clip holds every frame at a constant rate, over black, even in size', as
       }
     }
   }
-  assert.equal(await page.evaluate(cancelledExport), 'AbortError');
+  for (const [name, content] of [
+    ['new', undefined],
+    ['old', 'what was there'],
+  ]) {
+    assert.deepEqual(await page.evaluate(cancelledExport, { name, content }), { error: 'AbortError', content });
+  }
 });
 
-async function exportRamp(format) {
+async function exportRamp({ format, into }) {
   const { exportClip } = await import('/media/clip.js');
+  const folder = await navigator.storage.getDirectory();
+  const file = into === 'file' ? await folder.getFileHandle(`clip.${format}`, { create: true }) : undefined;
   const [width, height] = [161, 129];
   const renderFrame = async (frame) => {
     await new Promise((done) => setTimeout(done, (frame % 3) * 5)); // frames become ready out of order
@@ -188,19 +200,29 @@ async function exportRamp(format) {
   let progress;
   const frames = Array.from({ length: 20 }, (_, index) => 100 + index);
   const onProgress = (now) => (progress = now);
-  const clip = await exportClip({ renderFrame, frames, fps: '24000/1001', width, height, format, onProgress });
-  return { data: await window.base64Of(clip), progress };
+  const clip = await exportClip({ renderFrame, frames, fps: '24000/1001', width, height, format, file, onProgress });
+  return { data: await window.base64Of(clip ?? (await file.getFile())), progress };
 }
 
-async function cancelledExport() {
+/** An export into a file that is stopped: the error, and what is in the file then, undefined where there is none. */
+async function cancelledExport({ name, content }) {
   const { exportClip } = await import('/media/clip.js');
+  const folder = await navigator.storage.getDirectory();
+  const file = await folder.getFileHandle(name, { create: true });
+  if (content) {
+    const writable = await file.createWritable();
+    await writable.write(content);
+    await writable.close();
+  }
   const stop = new AbortController();
   const data = new Uint8ClampedArray(64 * 64 * 4);
   const job = { frames: Array(1000).keys(), fps: '24', width: 64, height: 64, format: 'webm', signal: stop.signal };
   const renderFrame = async () => ({ width: 64, height: 64, data });
   const onProgress = ({ done }) => done === 3 && stop.abort();
-  return exportClip({ ...job, renderFrame, onProgress }).then(
+  const error = await exportClip({ ...job, file, renderFrame, onProgress }).then(
     () => 'it went on',
-    (error) => error.name,
+    ({ name }) => name,
   );
+  const left = await folder.getFileHandle(name).then((handle) => handle.getFile(), () => undefined);
+  return { error, content: await left?.text() };
 }

@@ -7,7 +7,7 @@ import { join } from 'node:path';
 import test from 'node:test';
 import { promisify } from 'node:util';
 
-import { bytesFrom, startBrowser } from './support/browser.mjs';
+import { bytesFrom, privateFile, startBrowser } from './support/browser.mjs';
 import { downloaded, drop, enter, frameOnPage, isInAddress } from './support/hands.mjs';
 import { pngsOfAllKinds } from './support/pictures.mjs';
 import { differenceOf, kSources, pixelsOfFile, renderedByTool, temporaryFolder } from './support/tool.mjs';
@@ -124,9 +124,13 @@ test('the keyboard alone sets a look, adds keys, plays and exports', async (cont
   await press(' ');
   await page.getByRole('button', { name: 'Play', exact: true }).waitFor();
 
+  await page.evaluate(() => (window.saveIntoFile = true));
   await press('e');
   await page.locator('dialog button:focus').getByText('Export').waitFor();
-  const clip = await downloaded(page, folder, () => press('Enter'));
+  await press('Enter');
+  await page.getByRole('status').getByText(/snow.mp4 is written, \d/).waitFor();
+  const clip = join(folder, 'snow.mp4');
+  writeFileSync(clip, (await bytesFrom(page, privateFile, 'snow.mp4')).data);
   const probe = [
     '-v',
     'error',

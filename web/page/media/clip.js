@@ -34,13 +34,14 @@ export async function clipFormats({ width, height, fps = '24' }) {
 }
 
 /**
- * The Blob of a clip. `frames` are frame numbers in their order; `renderFrame(n)` promises { width, height, data },
+ * The Blob of a clip; undefined when it was written into `file`, the handle of a file that the visitor chose, which
+ * keeps a long one out of memory. `frames` are frame numbers in their order; `renderFrame(n)` promises { width, height, data },
  * straight RGBA of 8 bits, and is called for several frames ahead; its data stays the caller's. `fps` is a rate's
  * text. `onProgress({ done, count })` is told after every frame. The clip is opaque: over black where there is no
  * plate, and even in size, so an odd picture loses its last row or column. Rejects with MediaError where the browser
  * cannot, with AbortError when `signal` says so.
  */
-export async function exportClip({ renderFrame, frames, fps, width, height, format, signal, onProgress = () => {} }) {
+export async function exportClip({ renderFrame, frames, fps, width, height, format, file, signal, onProgress = () => {} }) {
   const numbers = [...frames];
   const rate = parseRate(fps);
   const known = kFormats.find(({ id }) => id === format);
@@ -57,7 +58,7 @@ export async function exportClip({ renderFrame, frames, fps, width, height, form
   if (!codec) {
     throw new MediaError(`this browser does not encode ${known.label} at ${size.width} × ${size.height}`);
   }
-  const clip = await calls.call('begin', { format, codec, rate, ...size });
+  const clip = await calls.call('begin', { format, codec, rate, count: numbers.length, file, ...size });
   try {
     for await (const frame of renderedAhead(numbers, renderFrame)) {
       signal?.throwIfAborted();
@@ -67,7 +68,7 @@ export async function exportClip({ renderFrame, frames, fps, width, height, form
     signal?.throwIfAborted();
     return await calls.call('finish', clip);
   } finally {
-    calls.call('cancel', clip).catch(() => {}); // of one that is finished, nothing
+    await calls.call('cancel', clip).catch(() => {}); // of one that is finished, nothing
   }
 }
 

@@ -1,7 +1,6 @@
 // One clip: frames in, a file out. Runs in a worker.
 
 import {
-  BufferTarget,
   canEncodeVideo,
   Mp4OutputFormat,
   Output,
@@ -10,12 +9,13 @@ import {
   VideoSampleSource,
   WebMOutputFormat,
 } from '../lib/mediabunny.min.mjs';
+import { kBitsPerPixel } from './clip_size.js';
+import { clipTargetOf } from './clip_target.js';
 import { MediaError } from './media_error.js';
 import { colorSpaceOf, i420Of } from './yuv.js';
 
 // Snow is noise to an encoder: a rate that is enough for a talking head smears it, so the quality is held instead.
 const kQuantizers = { avc: 20, vp9: 40, av1: 120 };
-const kBitsPerPixel = 1;
 const kKeySeconds = 2;
 
 /** The first of `codecs` that this browser encodes at this size and rate, or null. */
@@ -28,12 +28,16 @@ export async function encodableOf({ codecs, width, height, rate }) {
   return null;
 }
 
-/** Begins a file at a constant rate of numerator / denominator frames a second. */
-export async function clipOf({ format, codec, width, height, rate }) {
+/**
+ * Begins a clip of `count` frames at a constant rate of numerator / denominator frames a second, in `file` where there
+ * is one.
+ */
+export async function clipOf({ format, codec, width, height, rate, count, file }) {
   let added = 0;
   let encoded = 0;
-  const target = new BufferTarget();
-  const container = format === 'mp4' ? new Mp4OutputFormat({ fastStart: 'in-memory' }) : new WebMOutputFormat();
+  const { target, ...destination } = await clipTargetOf(file);
+  // Players want an MP4's index first: room is left for it where what is written cannot be moved.
+  const container = format === 'mp4' ? new Mp4OutputFormat({ fastStart: file ? 'reserve' : 'in-memory' }) : new WebMOutputFormat();
   const output = new Output({ format: container, target });
   const source = new VideoSampleSource({
     codec,
@@ -41,7 +45,7 @@ export async function clipOf({ format, codec, width, height, rate }) {
     keyFrameInterval: kKeySeconds,
     onEncodedPacket: () => ++encoded,
   });
-  output.addVideoTrack(source, { frameRate: rate.perSecond });
+  output.addVideoTrack(source, { frameRate: rate.perSecond, maximumPacketCount: count });
   await output.start();
   return {
     /** The next frame, straight RGBA; resolves when the encoder takes more. */
@@ -62,14 +66,23 @@ export async function clipOf({ format, codec, width, height, rate }) {
       }
     },
     /** Ends the clip before its time. */
-    cancel: () => output.cancel(),
-    /** The whole file. */
+    async cancel() {
+      await output.cancel().catch(() => {});
+      await destination.cancel();
+    },
+    /** The whole file as a Blob; undefined when it is written. */
     async finish() {
-      await output.finalize();
-      if (encoded !== added) {
-        throw new MediaError(`the browser's encoder kept ${encoded} of ${added} frames; try the other format`);
+      try {
+        await output.finalize();
+        if (encoded !== added) {
+          throw new MediaError(`the browser's encoder kept ${encoded} of ${added} frames; try the other format`);
+        }
+      } catch (error) {
+        await destination.cancel();
+        throw error;
       }
-      return new Blob([target.buffer], { type: format === 'mp4' ? 'video/mp4' : 'video/webm' });
+      const buffer = await destination.finish();
+      return buffer && new Blob([buffer], { type: format === 'mp4' ? 'video/mp4' : 'video/webm' });
     },
   };
 }

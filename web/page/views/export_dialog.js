@@ -1,26 +1,35 @@
 // A clip out: which format, which frames; progress, and a way to stop.
 
 import { clipFormats, exportClip } from '../media/clip.js';
+import { bytesText, clipBytes, isTooLargeForMemory } from '../media/clip_size.js';
+import { canChooseFile, chooseFile } from '../media/file_choice.js';
 import { openDialog } from './dialog.js';
 import { h, set, setText } from './dom.js';
 
-/** `renderFrame(n, signal)` promises a full frame; `save(blob, name)` hands the clip to the visitor. */
-export async function openExportDialog({ store, library, renderFrame, save }) {
+/**
+ * `renderFrame(n, signal)` promises a full frame; `save(blob, name)` hands over a clip that has no file of its own.
+ * The dialog is there at once; the formats come when the browser has answered.
+ */
+export async function openExportDialog({ store, library, notices, renderFrame, save }) {
   const { time, plate } = store.state;
   const source = await library.load(plate);
   const size = { width: source.width, height: source.height };
   const count = time.last - time.first + 1;
+  const bytes = clipBytes(size, count);
   let controller;
 
   const formats = h('div', { class: 'choices', role: 'radiogroup', 'aria-label': 'Format' }, h('p', { class: 'muted' }, 'Asking the browser what it can write…'));
   const progress = h('progress', { max: count, value: 0, 'aria-label': 'Frames done' });
-  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}`);
+  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}, about ${bytesText(bytes)}`);
   const trouble = h('p', { class: 'trouble', role: 'alert' });
+  const isRisky = !canChooseFile() && isTooLargeForMemory(bytes);
+  const warning = h('p', { class: 'warning', hidden: !isRisky },
+    `This browser cannot write a file while it renders: the clip lies in memory until it is done, about ${bytesText(bytes)}. Fewer frames are safer.`);
   const start = h('button', { type: 'button', class: 'button primary', disabled: true, onclick: run }, 'Export');
   const stop = h('button', { type: 'button', class: 'button', onclick: () => (controller ? controller.abort() : dialog.close()) }, 'Cancel');
   const dialog = openDialog({
     title: 'Export a clip', className: 'small', onClose: () => controller?.abort(),
-    content: [formats, words, progress, trouble, h('div', { class: 'dialog-buttons' }, stop, start)],
+    content: [formats, words, warning, progress, trouble, h('div', { class: 'dialog-buttons' }, stop, start)],
   });
   progress.hidden = true;
 
@@ -41,39 +50,53 @@ export async function openExportDialog({ store, library, renderFrame, save }) {
 
   async function run() {
     const format = formats.querySelector('input:checked').value;
+    const name = `snow.${format}`;
+    setText(trouble, '');
+    try {
+      const file = canChooseFile() ? await chooseFile(name) : undefined;
+      if (file !== null && dialog.open) {
+        showRunning(true);
+        await write(format, file ?? undefined, name);
+        dialog.close();
+      }
+    } catch (error) {
+      const isStopped = error.name === 'AbortError';
+      setText(words, isStopped ? 'Stopped; nothing was written.' : '');
+      setText(trouble, isStopped ? '' : error.message);
+    }
+    controller = undefined;
+    showRunning(false);
+  }
+
+  async function write(format, file, name) {
     const state = store.state;
+    const began = performance.now();
     controller = new AbortController();
     const { signal } = controller;
-    setText(trouble, '');
-    start.disabled = true;
-    for (const input of formats.querySelectorAll('input')) {
-      input.disabled = true;
+    const blob = await exportClip({
+      ...size, format, file, signal, fps: state.time.fps,
+      frames: Array.from({ length: count }, (_, i) => time.first + i),
+      renderFrame: (frame) => renderFrame(state, frame, signal),
+      onProgress: ({ done }) => {
+        set(progress, { value: done });
+        const left = ((performance.now() - began) / done) * (count - done);
+        setText(words, `Frame ${done} of ${count}, ${Math.ceil(left / 1000)} s left`);
+      },
+    });
+    controller = undefined;
+    if (blob) {
+      save(blob, name);
     }
-    progress.hidden = false;
-    const began = performance.now();
-    try {
-      const blob = await exportClip({
-        ...size, format, signal, fps: state.time.fps,
-        frames: Array.from({ length: count }, (_, i) => time.first + i),
-        renderFrame: (frame) => renderFrame(state, frame, signal),
-        onProgress: ({ done }) => {
-          set(progress, { value: done });
-          const left = ((performance.now() - began) / done) * (count - done);
-          setText(words, `Frame ${done} of ${count}, ${Math.ceil(left / 1000)} s left`);
-        },
-      });
-      controller = undefined;
-      save(blob, `snow.${format}`);
-      dialog.close();
-    } catch (error) {
-      controller = undefined;
-      progress.hidden = true;
-      setText(words, error.name === 'AbortError' ? 'Stopped; nothing was written.' : '');
-      setText(trouble, error.name === 'AbortError' ? '' : error.message);
-      start.disabled = false;
-      known.forEach(({ available }, i) => {
-        formats.querySelectorAll('input')[i].disabled = !available;
-      });
-    }
+    const written = blob ?? (await file.getFile());
+    notices.note(`${file?.name ?? name} is written, ${bytesText(written.size)}`);
+  }
+
+  function showRunning(isRunning) {
+    progress.hidden = !isRunning;
+    set(progress, { value: 0 });
+    start.disabled = isRunning;
+    known.forEach(({ available }, i) => {
+      formats.querySelectorAll('input')[i].disabled = isRunning || !available;
+    });
   }
 }

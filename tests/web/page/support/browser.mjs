@@ -57,12 +57,30 @@ export async function openPage(browser, address, { path = '', ...options } = {})
       problems.push(`the page asked for ${request.url()}`);
     }
   });
+  await page.addInitScript(answerSaveDialog);
   await page.goto(location.href);
   return { page, problems };
+}
+
+// Nobody can answer the browser's own dialog: clips go into a file of the page's private folder, or, while there is
+// no `saveIntoFile`, to the downloads as in a browser that has no such dialog.
+function answerSaveDialog() {
+  const privateFile = async ({ suggestedName }) =>
+    (await navigator.storage.getDirectory()).getFileHandle(suggestedName, { create: true });
+  Object.defineProperty(window, 'showSaveFilePicker', { get: () => window.saveIntoFile && privateFile });
 }
 
 /** Bytes that a function in the page returns as base64, which crosses over faster than numbers. */
 export async function bytesFrom(page, work, argument) {
   const { data, ...rest } = await page.evaluate(work, argument);
   return { ...rest, data: Buffer.from(data, 'base64') };
+}
+
+/** For bytesFrom: a file that answerSaveDialog has named. */
+export async function privateFile(name) {
+  const folder = await navigator.storage.getDirectory();
+  const reader = new FileReader();
+  reader.readAsDataURL(await (await folder.getFileHandle(name)).getFile());
+  await new Promise((done) => reader.addEventListener('load', done));
+  return { data: reader.result.slice(reader.result.indexOf(',') + 1) };
 }
