@@ -89,8 +89,17 @@ class Pool {
       job.begin();
       worker
         .render(job.request)
-        .then(job.resolve, job.reject)
+        .then(job.resolve, (error) => this.#refuse(job, worker, error))
         .finally(() => this.#dispatch());
+    }
+  }
+
+  // What was asked of a worker that has failed since, another does.
+  #refuse(job, worker, error) {
+    if (worker.hasFailed && this.#renderers.some((other) => !other.hasFailed)) {
+      this.#waiting.push(job);
+    } else {
+      job.reject(error);
     }
   }
 
