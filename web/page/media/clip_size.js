@@ -1,12 +1,12 @@
 // How large clips become.
 
-/** Snow is noise to an encoder: about as much as this at the quality that clip_writer.js holds. */
+/** Snow is noise to an encoder: heavy snow needs about as much as this at the quality that clip_writer.js holds. */
 export const kBitsPerPixel = 1;
 
 // Beyond that a browser may run out of memory, in which the clip lies twice when it is put together.
 const kMostBytesInMemory = 512 << 20;
 
-/** The bytes of a clip of so many frames, roughly: how much snow there is makes it half or twice that. */
+/** What a clip of so many frames seldom exceeds, in bytes: little snow on a still picture needs a tenth of it. */
 export function clipBytes({ width, height }, count) {
   return (width * height * count * kBitsPerPixel) / 8;
 }

@@ -20,11 +20,11 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
 
   const formats = h('div', { class: 'choices', role: 'radiogroup', 'aria-label': 'Format' }, h('p', { class: 'muted' }, 'Asking the browser what it can write…'));
   const progress = h('progress', { max: count, value: 0, 'aria-label': 'Frames done' });
-  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}, about ${bytesText(bytes)}`);
+  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}, seldom more than ${bytesText(bytes)}`);
   const trouble = h('p', { class: 'trouble', role: 'alert' });
   const isRisky = !canChooseFile() && isTooLargeForMemory(bytes);
   const warning = h('p', { class: 'warning', hidden: !isRisky },
-    `This browser cannot write a file while it renders: the clip lies in memory until it is done, about ${bytesText(bytes)}. Fewer frames are safer.`);
+    `This browser cannot write a file while it renders: the clip lies in memory until it is done, up to about ${bytesText(bytes)}. Fewer frames are safer.`);
   const start = h('button', { type: 'button', class: 'button primary', disabled: true, onclick: run }, 'Export');
   const stop = h('button', { type: 'button', class: 'button', onclick: () => (controller ? controller.abort() : dialog.close()) }, 'Cancel');
   const dialog = openDialog({
