@@ -79,13 +79,20 @@ export function stepFor(declaration, { shiftKey, altKey, ctrlKey }) {
   return step;
 }
 
-/** "45 000": thousands apart, as many decimals as declared. */
+const kThinSpace = '\u202f';
+
+/** "45 000", "25.0 %": thousands apart, as many decimals as declared, and the one unit that the effect declares. */
 export function numberText(declaration, number) {
   const decimals = declaration.type === 'integer' ? 0 : declaration.decimals;
   const [whole, fraction] = Math.abs(number).toFixed(decimals).split('.');
-  const apart = whole.length > 4 ? whole.replace(/\B(?=(\d{3})+$)/g, '\u202f') : whole;
+  const apart = whole.length > 4 ? whole.replace(/\B(?=(\d{3})+$)/g, kThinSpace) : whole;
   const sign = number < 0 && Number(number.toFixed(decimals)) !== 0 ? '\u2212' : '';
-  return sign + apart + (fraction ? `.${fraction}` : '');
+  return sign + apart + (fraction ? `.${fraction}` : '') + (declaration.percent ? `${kThinSpace}%` : '');
+}
+
+/** "50.0 %": a side of a point. */
+export function percentText(number) {
+  return `${number.toFixed(1)}${kThinSpace}%`;
 }
 
 export function colorText([red, green, blue]) {
@@ -107,7 +114,7 @@ export function valueText(declaration, value) {
     case 'color':
       return colorText(value);
     case 'point':
-      return `${value[0].toFixed(1)} %, ${value[1].toFixed(1)} %`;
+      return value.map(percentText).join(', ');
     default:
       return numberText(declaration, value);
   }

@@ -1,6 +1,6 @@
-// A point in percent of the picture: two fields here, and a handle on the picture (offset_handle.js).
+// A point in percent of the picture: two fields here, and a handle on the picture (point_handle.js).
 
-import { titleOf } from '../../state/declarations.js';
+import { percentText, titleOf } from '../../state/declarations.js';
 import { h } from '../dom.js';
 import { createTextField } from './text_field.js';
 
@@ -19,7 +19,7 @@ export function createPoint(declaration, { change, parse, complain }) {
       slug,
       label: `${titleOf(declaration)} ${title}, in percent`,
       className: 'number',
-      shown: (value) => value.toFixed(1),
+      shown: percentText,
       typed: (value) => String(Number(value.toFixed(4))),
       read: async (text) => {
         const typedPoint = withAxis(axis, text.replace(/\s*%$/, '').replace(',', '.'));
