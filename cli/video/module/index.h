@@ -53,20 +53,8 @@ class VideoIndex {
   const std::string& Damage() const { return damage_; }
 
  private:
-  /// What came of the stream, in its time base.
-  struct Extent {
-    std::int64_t packets = 0;
-    std::int64_t begin = INT64_MAX;
-    std::int64_t end = 0;
-    std::int64_t lastDuration = 0;  // of the picture shown last; 0 when it is not known
-    bool endsInPart = false;        // the last packet is cut off
-
-    void Add(const AVPacket& packet);
-  };
-
   std::size_t PictureShownAt(std::int64_t frame) const;
   void Gather(AVFormatContext& file, const AVStream& stream);
-  void CheckEnd(const AVFormatContext& file, const AVStream& stream, const Extent& extent);
   void CutAtLateGap();
   void CountFrames();
   void FindRate(AVFormatContext& file, const AVStream& stream);
