@@ -33,6 +33,8 @@ TEST(PictureExtras, CameraDataGoesThroughEveryFormat) {
     SCOPED_TRACE(name);
     const cli::Picture picture = cli::ReadPicture(folder / before);
     EXPECT_THAT(picture.traits.extras->facts, testing::Contains(testing::Pair("metadata", "EXIF, XMP")));
+    EXPECT_THAT(cli::LossesInVideo({.extras = picture.traits.extras}),
+                testing::ElementsAre("a video holds none of the picture's EXIF, XMP"));
     Write(folder / name, picture.image, picture.traits);
     const OIIO::ImageSpec stored = ReadStored(folder / name).spec;
     EXPECT_EQ(stored.width, 2) << "upright";
@@ -133,6 +135,7 @@ TEST(PictureExtras, KeepTheChannelsAndTheOverscanOfAnExr) {
   EXPECT_EQ(ReadStored(folder / "b.exr").spec.nchannels, 4);
   cli::SourceTraits traits{.extras = picture.traits.extras};
   EXPECT_THAT(cli::LossesOf(cli::FileFormat::kExr, traits), testing::IsEmpty());
+  EXPECT_THAT(cli::LossesInVideo(traits), testing::ElementsAre(HasSubstr("left out: Z, id")));
   traits.isReduced = true;
   EXPECT_THAT(cli::LossesOf(cli::FileFormat::kExr, traits),
               testing::ElementsAre("channels are left out: Z, id; .exr at full size keeps them"));
