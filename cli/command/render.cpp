@@ -67,6 +67,20 @@ bool IsLightenedSnowAlone(const Scene& scene) {
   return IsSet(scene, kCompositeWithOriginal, kOff) && IsSet(scene, kTransferMode, kLighten);
 }
 
+void SayNotes(Messages& messages, const Scene& scene, const RenderPlan& plan, const OpenedSink& sink) {
+  for (const std::string& note : plan.notes) {
+    messages.Note(note);
+  }
+  if (IsLightenedSnowAlone(scene)) {
+    messages.Note(
+        "snow drawn in Lighten cannot be laid over the plate later: it depends on what is under it; for a "
+        "layer that can, add --set transfer-mode=composite, in 16 bits or float");
+  }
+  for (const std::string& note : sink.notes) {
+    messages.Note(note);
+  }
+}
+
 // Takes away what an earlier run of the same output left behind when it was killed.
 void TidyUp(const std::filesystem::path& output) {
   const OutputName name(output);
@@ -138,21 +152,10 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   if (!options.saveScene.empty()) {
     SaveScene(options.saveScene, scene, inputs);
   }
+  SayNotes(messages, scene, plan, sink);
   if (options.dryRun) {
     PrintPlan(scene, plan, sink.isVideo);
     return ExitCode::kDone;
-  }
-  for (const std::string& note : plan.notes) {
-    messages.Note(note);
-  }
-  if (IsLightenedSnowAlone(scene)) {
-    messages.Note(
-        "snow drawn in Lighten cannot be laid over the plate later: it depends on what is under it; for a "
-        "layer "
-        "that can, add --set transfer-mode=composite, in 16 bits or float");
-  }
-  for (const std::string& note : sink.notes) {
-    messages.Note(note);
   }
   TidyUp(scene.output);
   const OutputName name(scene.output);

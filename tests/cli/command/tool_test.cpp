@@ -225,6 +225,34 @@ TEST_F(Tool, TellsProgramsEverythingInObjects) {
   EXPECT_THAT(events("render --progress=json --franes"), ElementsAre("error 2", "end 2 0 0 0 0"));
 }
 
+TEST_F(Tool, SaysOnceWhatIsLost) {
+  if (!HasFfmpeg()) {
+    GTEST_SKIP() << "ffmpeg is not installed";
+  }
+  MakeClip(folder_ / "clip.mkv", std::string(kTenFrames) +
+                                     "-f lavfi -i sine=d=0.4 -map 0 -map 1 -map 1 -pix_fmt yuv420p10 "
+                                     "-colorspace bt709 -color_range tv -c:v ffv1 -c:a pcm_s16le");
+  const std::pair<const char*, std::vector<const char*>> cases[] = {
+      {"-o a.mp4 --frames 0-8x4", {"the sound is left out", "holds 8 bits"}},
+      {"-o a.mp4",
+       {"sound track 1 of 2 of 'clip.mkv' is encoded as AAC", "sound track 2 of", "holds 8 bits"}},
+      {"-o a.mov --sound none", {}},
+      {"-o a.png --frames 3 --only-snow", {"cannot be laid over"}}};
+  for (const auto& [options, parts] : cases) {
+    for (const char* more : {"", " --dry-run"}) {
+      const std::string said = Run(std::string("render clip.mkv ") + options + more).err;
+      std::size_t notes = 0;
+      for (std::size_t at = 0; (at = said.find("note: ", at)) != std::string::npos; ++at) {
+        ++notes;
+      }
+      EXPECT_EQ(notes, parts.size()) << options << more << '\n' << said;
+      for (const char* part : parts) {
+        EXPECT_THAT(said, HasSubstr(part)) << options << more;
+      }
+    }
+  }
+}
+
 TEST_F(Tool, OptionsReachTheEffect) {
   WritePlate("a.png", Depth::kBits8, false);
   const auto render = [&](const std::string& options) {
