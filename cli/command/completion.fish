@@ -13,8 +13,14 @@ complete -c vintrel -n __fish_use_subcommand -a params -d 'List the parameters t
 complete -c vintrel -n __fish_use_subcommand -a check -d 'Try an effect module in a host that lies'
 complete -c vintrel -n __fish_use_subcommand -a about -d 'Say what the effect says about itself'
 
-function __vintrel_params
-    vintrel params 2>/dev/null | awk -F '  +' -v mark=$argv[1] 'NR > 1 { print $3 mark }'
+function __vintrel_set
+    vintrel params 2>/dev/null | awk -F '  +' 'NR > 1 { print $3 "=" }
+        NR > 1 && $4 == "checkbox" { print $3 "=on\n" $3 "=off" }
+        NR > 1 && $4 == "popup" { gsub(" or ", "\n" $3 "=", $5); print $3 "=" $5 }'
+end
+
+function __vintrel_key
+    vintrel params 2>/dev/null | awk -F '  +' 'NR > 1 && $7 ~ /^yes/ { print $3 "@" }'
 end
 
 set -l files '__fish_seen_subcommand_from render sheet panel info check'
@@ -26,8 +32,8 @@ complete -c vintrel -n $shot -s o -l output -r -F -d 'What to write'
 complete -c vintrel -n $shot -l blank -x -a '1280x720 1920x1080 3840x2160' -d 'A transparent input of this size'
 complete -c vintrel -n $shot -l scene -r -F -d 'Take all of it from a scene file'
 complete -c vintrel -n $shot -l preset -r -F -a "(vintrel presets 2>/dev/null | awk '{ print \$1 }')" -d 'A look'
-complete -c vintrel -n $shot -l set -x -a '(__vintrel_params =)' -d 'Set a parameter'
-complete -c vintrel -n $shot -l key -x -a '(__vintrel_params @)' -d 'Keys of a parameter'
+complete -c vintrel -n $shot -l set -x -a '(__vintrel_set)' -d 'Set a parameter'
+complete -c vintrel -n $shot -l key -x -a '(__vintrel_key)' -d 'Keys of a parameter'
 complete -c vintrel -n $shot -l seed -x -d 'Another arrangement of flakes'
 complete -c vintrel -n $shot -l only-snow -d 'Snow alone, on a transparent background'
 complete -c vintrel -n $shot -l frames -x -d 'The frames to render'

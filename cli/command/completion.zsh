@@ -3,14 +3,32 @@
 # the tool itself.
 
 _vintrel_presets() {
-  local -a presets=(${(f)"$($words[1] presets 2>/dev/null | awk '{ print $1 }')"})
-  compadd -a presets
+  local -a found=(${(f)"$($tool presets 2>/dev/null | awk '{ print $1 }')"})
+  compadd -a found
   _files -g '*.toml'
 }
 
-_vintrel_parameters() {
-  local -a slugs=(${(f)"$($words[1] params 2>/dev/null | awk -F '  +' 'NR > 1 { print $3 }')"})
-  compadd -S "$1" -a slugs
+# The lines of `vintrel params` through an awk program.
+_vintrel_params() {
+  print -r -- "$($tool params 2>/dev/null | awk -F '  +' "NR > 1 { $1 }")"
+}
+
+_vintrel_set() {
+  local -a found
+  if [[ $PREFIX == *=* ]]; then
+    found=(${(f)"$(_vintrel_params '
+      if ($4 == "checkbox") print $3 "=on\n" $3 "=off"
+      if ($4 == "popup") { gsub(" or ", "\n" $3 "=", $5); print $3 "=" $5 }')"})
+    compadd -a found
+  else
+    found=(${(f)"$(_vintrel_params 'print $3')"})
+    compadd -S = -a found
+  fi
+}
+
+_vintrel_key() {
+  local -a found=(${(f)"$(_vintrel_params 'if ($7 ~ /^yes/) print $3')"})
+  compadd -S @ -a found
 }
 
 _vintrel() {
@@ -31,8 +49,8 @@ _vintrel() {
     '--blank[a transparent input of this size]:size:(1280x720 1920x1080 3840x2160)'
     '--scene[take all of it from a scene file]:scene:_files -g "*.toml"'
     '--preset[begin with a look]:preset:_vintrel_presets'
-    '*--set[set a parameter]:parameter:_vintrel_parameters ='
-    '*--key[keys of a parameter]:parameter:_vintrel_parameters @'
+    '*--set[set a parameter]:parameter:_vintrel_set'
+    '*--key[keys of a parameter]:parameter:_vintrel_key'
     '--seed[another arrangement of flakes]:number:'
     '--only-snow[snow alone, on a transparent background]'
     '--frames[the frames to render]:list:'
@@ -69,7 +87,7 @@ _vintrel() {
     fi
     return
   fi
-  local command=$words[2]
+  local tool=${words[1]/#\~/$HOME} command=$words[2]
   # The options of a command stand after its name.
   shift words
   ((CURRENT--))

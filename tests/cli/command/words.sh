@@ -3,6 +3,7 @@
 # usage: words.sh TOOL SOURCE_FOLDER
 set -eu
 tool="$1"
+source="$2"
 completion="$2/cli/command/completion.bash"
 page="$2/docs/vintrel.1"
 
@@ -31,6 +32,18 @@ OptionsOfZsh() {
 OptionsOfFish() {
   fish --no-config -c 'source $argv[1]; complete -C $argv[2]' "$2/cli/command/completion.fish" "$1" | cut -f 1
 }
+
+# What may stand after an option: by zsh's helper of that option ($2), which its stub calls, and by fish.
+ValuesOfZsh() {
+  zsh -fc '
+    _arguments() { $helper }
+    _files() { }
+    compadd() { print -l -- "${(P@)argv[-1]}" }
+    source "$1"
+    helper=$2 PREFIX=$4 words=("$5" render $3 "$4") CURRENT=4
+    _vintrel' zsh "$source/cli/command/completion.zsh" "$2" "$1" "$3" "$tool"
+}
+ValuesOfFish() { PATH="$(dirname "$tool"):$PATH" OptionsOfFish "vintrel render $1 $2" "$source"; }
 
 # In the page ".It Fl o , -output Ar file" stands for -o and --output, ".It Cm render" for a command.
 CommandsOfPage() { sed -nE '/^\.Sh DESCRIPTION/,/^\.Ss/s/^\.It Cm ([a-z]+).*/\1/p' "$page"; }
@@ -69,4 +82,16 @@ for command in $commands; do
   [[ $shells != *fish* ]] || ExpectSame "fish of $command" "$(OptionsOfFish "vintrel $command -" "$2")" "$options"
 done
 ExpectSame "man page" "$(OptionsOfPage)" "$every"
+
+# The names that the tool itself knows, and no others.
+presets=$("$tool" presets | awk '{ print $1 }')
+modes=$'transfer-mode=Composite\ntransfer-mode=Lighten'
+ExpectSame "completion of --set" "$(Completions 'vintrel render --set transfer-mode=' | sed 's/^/transfer-mode=/')" "$modes"
+if [[ $shells == *zsh* ]]; then
+  ExpectSame "zsh of --preset" "$(ValuesOfZsh --preset _vintrel_presets '')" "$presets"
+  ExpectSame "zsh of --set" "$(ValuesOfZsh --set _vintrel_set transfer-mode= | grep '^transfer')" "$modes"
+fi
+if [[ $shells == *fish* ]]; then
+  ExpectSame "fish of --set" "$(ValuesOfFish --set transfer-mode=)" $'transfer-mode=\n'"$modes"
+fi
 exit $failed
