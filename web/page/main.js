@@ -4,6 +4,7 @@ import { installApi } from './api.js';
 import { createCommands } from './commands.js';
 import { prepareMedia } from './media/prepare.js';
 import { createPanelMode } from './panel_mode.js';
+import { createPlateFollower } from './plates/follower.js';
 import { createLibrary } from './plates/library.js';
 import { kShipped } from './plates/sources.js';
 import { createCost } from './preview/cost.js';
@@ -11,8 +12,9 @@ import { createFrameCache, frameMemory } from './preview/frame_cache.js';
 import { createThumbnails, loadLooks } from './preview/looks.js';
 import { createPlayer } from './preview/player.js';
 import { createPreview } from './preview/preview.js';
+import { createDisabledFollower } from './render/disabled.js';
 import { createPool } from './render/pool.js';
-import { hashToState, stateToHash } from './share/link.js';
+import { createAddressFollower, stateOfAddress } from './share/address.js';
 import { createActions } from './state/actions.js';
 import { arrange } from './state/declarations.js';
 import { createStore, kInitialState } from './state/store.js';
@@ -26,8 +28,6 @@ import { createStage } from './views/stage.js';
 import { createTimeline } from './views/timeline.js';
 import { createTopbar } from './views/topbar.js';
 import { createViewBar } from './views/view_bar.js';
-
-const kAddressMilliseconds = 400;
 
 async function begin(api) {
   const theme = createTheme();
@@ -124,99 +124,6 @@ function fetchTheRest(library) {
 
 function requestIdleCallbackOrLater(act) {
   (window.requestIdleCallback ?? ((later) => setTimeout(later, 1000)))(act);
-}
-
-function stateOfAddress(parameters, notices) {
-  const linked = hashToState(location.hash, parameters);
-  if (!linked) {
-    return kInitialState;
-  }
-  const { notes, ...state } = linked;
-  notes.forEach(notices.note);
-  return { ...kInitialState, ...state, plate: state.plate ?? kInitialState.plate };
-}
-
-/** Shows the plate of the state, and of a clip the plate of the frame; promises the source. */
-function createPlateFollower({ library, stage, topbar, store }) {
-  let shown;
-  let shownSource;
-  return async function follow(state) {
-    const source = await library.load(state.plate).catch(() => undefined);
-    if (!source || store.state.plate !== state.plate) {
-      return undefined;
-    }
-    if (source !== shownSource) {
-      shownSource = source;
-      stage.setSize(source);
-      topbar.showSource(source, state.plate);
-    }
-    const { show, holdPlate } = store.state.view;
-    if (holdPlate || show === 'plate' || show === 'wipe') {
-      const plate = await source.plateAt(store.state.time.frame).catch(() => undefined);
-      if (plate && plate !== shown && source === shownSource) {
-        shown = plate;
-        stage.showPlate(plate);
-      }
-    }
-    return source;
-  };
-}
-
-/** Asks the effect what it greys out; of questions that come while one is under way, only the last is asked. */
-function createDisabledFollower({ pool, show }) {
-  let isAsking = false;
-  let next;
-  async function ask({ parameters, time }) {
-    isAsking = true;
-    const slugs = await pool.disabled(parameters, time.frame).catch(() => follow.latest);
-    isAsking = false;
-    if (String(slugs) !== String(follow.latest)) {
-      follow.latest = slugs;
-      show(slugs);
-    }
-    if (next) {
-      const state = next;
-      next = undefined;
-      ask(state);
-    }
-  }
-  function follow(state, previous) {
-    const isSame = state.parameters === previous.parameters && state.time.frame === previous.time.frame;
-    if (isSame && follow.isKnown) {
-      return;
-    }
-    follow.isKnown = true;
-    if (isAsking) {
-      next = state;
-    } else {
-      ask(state);
-    }
-  }
-  follow.latest = [];
-  return follow;
-}
-
-/** Keeps the look in the address, and takes up one that is pasted there. */
-function createAddressFollower(store, parameters) {
-  let timer;
-  let written = location.hash;
-  window.addEventListener('hashchange', () => {
-    const linked = location.hash === written ? null : hashToState(location.hash, parameters);
-    if (linked && stateToHash(store.state, parameters) !== location.hash) {
-      const { plate, time } = linked;
-      store.update((state) => ({ ...state, parameters: linked.parameters, time, plate: plate ?? state.plate }), { label: 'Link' });
-    }
-  });
-  return function follow(state, previous) {
-    if (state.view.playing || (state.parameters === previous.parameters && state.time === previous.time && state.plate === previous.plate && state.view.playing === previous.view.playing)) {
-      return;
-    }
-    clearTimeout(timer);
-    timer = setTimeout(() => {
-      written = stateToHash(store.state, parameters);
-      history.replaceState(null, '', written);
-    }, kAddressMilliseconds);
-  };
 }
 
 const api = installApi();

@@ -82,12 +82,5 @@ export function createPreview({ store, pool, library, cache, cost, show, fail })
     refresh();
   }
 
-  return {
-    refresh,
-    /** Shows the picture again even if nothing changed, as after an error that has passed. */
-    again() {
-      shown = '';
-      refresh();
-    },
-  };
+  return { refresh };
 }

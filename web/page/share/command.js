@@ -1,7 +1,9 @@
 // The command line that renders what is seen, quoted for the shell.
 
+import { isKeyed } from '../state/course.js';
+import { equalValues, hasValue } from '../state/declarations.js';
 import { framesText, inputOf } from './scene.js';
-import { hasKeys, hasValue, sameCourse, valueText } from './value_text.js';
+import { valueText } from './value_text.js';
 
 // A longer line is no longer read; a scene file is better then.
 const kMostCharacters = 1000;
@@ -28,7 +30,7 @@ export function commandOf(state, declarations, { frames = 'one', input, output }
   }
   for (const declaration of declarations.filter(hasValue)) {
     const course = parameters[declaration.slug];
-    if (course !== undefined && !sameCourse(course, declaration.default)) {
+    if (course !== undefined && !equalValues(course, declaration.default)) {
       look.push(...settingOf(declaration, course));
     }
   }
@@ -48,7 +50,7 @@ function lineOf(words) {
 }
 
 function settingOf(declaration, course) {
-  if (!hasKeys(course)) {
+  if (!isKeyed(course)) {
     return ['--set', `${declaration.slug}=${valueText(declaration, course)}`];
   }
   const keys = course.keys.map(({ frame, value, ease = 'linear' }) => {

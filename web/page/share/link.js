@@ -6,8 +6,10 @@
 // with `:s` behind those that lead on smoothly and `:h` behind those that hold. A link comes from anywhere, so whatever
 // cannot be read is left out and named, and the rest counts.
 
+import { isKeyed } from '../state/course.js';
+import { equalValues, hasValue } from '../state/declarations.js';
 import { parseRate } from './rate.js';
-import { hasKeys, hasValue, readKeyPlace, readValue, sameCourse, sortedKeys, valueText } from './value_text.js';
+import { readKeyPlace, readValue, sortedKeys, valueText } from './value_text.js';
 
 const kVersion = 1;
 const kMostCharacters = 100_000;
@@ -42,7 +44,7 @@ export function stateToHash({ plate, parameters, time }, declarations) {
   }
   for (const declaration of declarations.filter(hasValue)) {
     const course = parameters[declaration.slug];
-    if (course !== undefined && !sameCourse(course, declaration.default)) {
+    if (course !== undefined && !equalValues(course, declaration.default)) {
       add(declaration.slug, courseText(declaration, course));
     }
   }
@@ -144,7 +146,7 @@ function refuse(name, text, state) {
 }
 
 function courseText(declaration, course) {
-  if (!hasKeys(course)) {
+  if (!isKeyed(course)) {
     return linkText(declaration, course);
   }
   return course.keys

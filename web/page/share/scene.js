@@ -1,6 +1,6 @@
 // Between the page's state and a scene, as the engine's readScene and writeScene know it: { render, parameters }.
 
-import { hasValue, sameCourse } from './value_text.js';
+import { equalValues, hasValue } from '../state/declarations.js';
 
 // What a scene may ask of the tool and the page has no part in.
 const kOfTheToolAlone = [
@@ -79,7 +79,7 @@ function plateOf({ input, blank }, shippedPlates, notes) {
 
 function changed(parameters, declarations) {
   const differs = ({ slug, default: usual }) =>
-    parameters[slug] !== undefined && !sameCourse(parameters[slug], usual);
+    parameters[slug] !== undefined && !equalValues(parameters[slug], usual);
   return Object.fromEntries(
     declarations
       .filter((declaration) => hasValue(declaration) && differs(declaration))

@@ -2,26 +2,12 @@
 //
 // Numbers are written in JavaScript's shortest form that reads back as the same number, so nothing is lost on the way.
 
+import { kEases } from '../state/course.js';
+
 const kMostPercent = 32767;
 const kLastFrame = 2 ** 31 - 1;
-const kEases = ['linear', 'smooth', 'hold'];
 // Bounds are single precision: what one reads as in decimals may lie a rounding error beyond it.
 const kSinglePrecision = 1e-7;
-
-/** Whether a parameter's course has keys. */
-export function hasKeys(course) {
-  return typeof course === 'object' && course !== null && Array.isArray(course.keys);
-}
-
-/** Whether two courses are the same, part by part. */
-export function sameCourse(one, other) {
-  return JSON.stringify(one) === JSON.stringify(other);
-}
-
-/** Whether a declaration is of a parameter with a value, and no group's. */
-export function hasValue(declaration) {
-  return declaration.type !== 'group' && declaration.type !== 'groupEnd';
-}
 
 /** The text of a value: `45`, `on`, `Lighten`, `#ffeedd`, and `50,50` with `separator` between a point's parts. */
 export function valueText(declaration, value, separator = ',') {
@@ -74,7 +60,7 @@ export function sortedKeys(keys) {
 }
 
 /** All of `text` as a finite number, or null. */
-export function readNumber(text) {
+function readNumber(text) {
   return /^-?(\d+\.?\d*|\.\d+)(e[-+]?\d+)?$/i.test(text) && Number.isFinite(Number(text)) ? Number(text) : null;
 }
 

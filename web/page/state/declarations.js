@@ -22,17 +22,18 @@ export function arrange(list) {
       path.at(-1).push(declaration);
     }
   }
-  const values = list.filter(({ type }) => type !== 'group' && type !== 'groupEnd');
+  const values = list.filter(hasValue);
   return { tree, values, bySlug: new Map(values.map((declaration) => [declaration.slug, declaration])) };
+}
+
+/** Whether a declaration is of a parameter with a value, and no group's. */
+export function hasValue({ type }) {
+  return type !== 'group' && type !== 'groupEnd';
 }
 
 /** What stands beside the control: a checkbox has its text there and often no name. */
 export function titleOf(declaration) {
   return declaration.displayName || declaration.name || declaration.label || declaration.slug;
-}
-
-export function isNumber({ type }) {
-  return type === 'slider' || type === 'integer';
 }
 
 export function equalValues(a, b) {

@@ -1,0 +1,27 @@
+// The plate of the state, brought onto the stage.
+
+/** Shows the plate of the state, and of a clip the plate of the frame; promises the source. */
+export function createPlateFollower({ library, stage, topbar, store }) {
+  let shown;
+  let shownSource;
+  return async function follow(state) {
+    const source = await library.load(state.plate).catch(() => undefined);
+    if (!source || store.state.plate !== state.plate) {
+      return undefined;
+    }
+    if (source !== shownSource) {
+      shownSource = source;
+      stage.setSize(source);
+      topbar.showSource(source, state.plate);
+    }
+    const { show, holdPlate } = store.state.view;
+    if (holdPlate || show === 'plate' || show === 'wipe') {
+      const plate = await source.plateAt(store.state.time.frame).catch(() => undefined);
+      if (plate && plate !== shown && source === shownSource) {
+        shown = plate;
+        stage.showPlate(plate);
+      }
+    }
+    return source;
+  };
+}
