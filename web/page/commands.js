@@ -3,7 +3,7 @@
 import { encodePng } from './media/picture.js';
 import { renderOn, requestFor, seenParameters } from './preview/shot.js';
 import { commandOf } from './share/command.js';
-import { stateToHash } from './share/link.js';
+import { kMostCharacters, stateToHash } from './share/link.js';
 import { sceneOfState, stateOfScene } from './share/scene.js';
 import { kShipped } from './plates/sources.js';
 import { openDialog } from './views/dialog.js';
@@ -61,7 +61,6 @@ export function createCommands({ store, actions, pool, library, notices, panel }
     const plate = await library.open(file);
     const source = await library.load(plate);
     actions.setPlate(plate, source.frames && { ...source.frames, frame: source.frames.first, fps: source.fps });
-    source.notes.forEach(notices.note);
   }
 
   async function copy(text, what) {
@@ -106,11 +105,16 @@ export function createCommands({ store, actions, pool, library, notices, panel }
       });
     },
     copyLink() {
+      const hash = stateToHash(store.state, declarations);
+      if (hash.length > kMostCharacters) {
+        notices.fail('there are too many keys for a link; save the scene, which holds them all');
+        return undefined;
+      }
       const { kind, name } = store.state.plate;
       if (kind !== 'shipped' && kind !== 'blank') {
         notices.note(`the link carries the look, not ${name}: pictures stay on this machine`);
       }
-      return copy(new URL(stateToHash(store.state, declarations), location.href).href, 'Link');
+      return copy(new URL(hash, location.href).href, 'Link');
     },
     /** `frames` is 'one' or 'all', as commandOf takes it. */
     copyCommand: (frames) =>

@@ -70,7 +70,7 @@ async function begin(api) {
   const player = createPlayer({ ...rendering, onRate: timeline.showRate });
   const followPlate = createPlateFollower({ ...context, stage, topbar });
   const followDisabled = createDisabledFollower({ pool, show: (slugs) => panel.update(store.state, slugs) });
-  const followAddress = createAddressFollower(store, pool.parameters);
+  const followAddress = createAddressFollower(context, pool.parameters);
 
   let looks;
   let thumbnailsOf;

@@ -39,7 +39,6 @@ export function createPanelMode({ store, notices }) {
       const plate = library.add(source);
       const frames = input.isStill ? undefined : { first: input.first, last: input.last, frame: input.first };
       actions.setPlate(plate, frames && { ...frames, fps: source.fps });
-      source.notes.forEach(notices.note);
     }
     if (panel.scene) {
       await readScene(panel.scene.text, panel.scene.path);

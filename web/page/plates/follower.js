@@ -1,7 +1,11 @@
 // The plate of the state, brought onto the stage.
 
-/** Shows the plate of the state, and of a clip the plate of the frame; promises the source. */
-export function createPlateFollower({ library, stage, topbar, store }) {
+/**
+ * Shows the plate of the state, and of a clip the plate of the frame, and tells once what a source lost on its way;
+ * promises the source.
+ */
+export function createPlateFollower({ library, stage, topbar, store, notices }) {
+  const toldOf = new WeakSet();
   let shown;
   let shownSource;
   return async function follow(state) {
@@ -13,6 +17,10 @@ export function createPlateFollower({ library, stage, topbar, store }) {
       shownSource = source;
       stage.setSize(source);
       topbar.showSource(source, state.plate);
+      if (!toldOf.has(source)) {
+        toldOf.add(source);
+        source.notes.forEach(notices.note);
+      }
     }
     const { show, holdPlate } = store.state.view;
     if (holdPlate || show === 'plate' || show === 'wipe') {

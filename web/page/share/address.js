@@ -3,7 +3,7 @@
 import { kInitialState } from '../state/store.js';
 import { hashToState, stateToHash } from './link.js';
 
-const kMilliseconds = 400; // an address that changes all the time would fill the browser's history of it
+const kMilliseconds = 400; // browsers refuse an address that changes too often
 
 /** The state to begin with; `notices` hear what of the address was left out. */
 export function stateOfAddress(parameters, notices) {
@@ -17,13 +17,14 @@ export function stateOfAddress(parameters, notices) {
 }
 
 /** Keeps the look in the address, and takes up one that is pasted there. */
-export function createAddressFollower(store, parameters) {
+export function createAddressFollower({ store, notices }, parameters) {
   let timer;
   let written = location.hash;
   window.addEventListener('hashchange', () => {
     const linked = location.hash === written ? null : hashToState(location.hash, parameters);
     if (linked && stateToHash(store.state, parameters) !== location.hash) {
-      const { plate, time } = linked;
+      const { plate, time, notes } = linked;
+      notes.forEach(notices.note);
       store.update((state) => ({ ...state, parameters: linked.parameters, time, plate: plate ?? state.plate }), { label: 'Link' });
     }
   });

@@ -12,7 +12,8 @@ import { parseRate } from './rate.js';
 import { readKeyPlace, readValue, sortedKeys, valueText } from './value_text.js';
 
 const kVersion = 1;
-const kMostCharacters = 100_000;
+/** A longer link is not read. */
+export const kMostCharacters = 100_000;
 const kUsualTime = { first: 0, last: 119, fps: '24', shutter: 180, loop: true };
 const kPlateNames = { shipped: 'plate', blank: 'blank' };
 const kMostSide = 8192;

@@ -22,7 +22,7 @@ export function createTimeline(declarations, context) {
   const bar = h('div', { class: 'rendered', 'aria-hidden': 'true' });
   const ruler = h(
     'div',
-    { class: 'ruler', role: 'slider', tabindex: '0', 'aria-label': 'Frame', onpointerdown: scrub, onkeydown: press },
+    { class: 'ruler', role: 'slider', tabindex: '0', 'aria-label': 'Playhead', onpointerdown: scrub, onkeydown: press },
     ticks, bar,
   );
   const playhead = h('div', { class: 'playhead', 'aria-hidden': 'true' });
