@@ -77,6 +77,13 @@ OpenFile::OpenFile(const std::filesystem::path& path) : path_(path) {
     RefuseInput(path, fmt::format("it is of the format '{}'; PNG, JPEG, TIFF and EXR are read",
                                   input_->format_name()));
   }
+  // A progressive JPEG is decoded as it is opened, and the library goes on where it is cut off.
+  const std::string complaint = std::string_view(input_->format_name()) == "jpeg" ? input_->geterror() : "";
+  for (const char* damage : {"Premature end", "Corrupt JPEG data"}) {
+    if (complaint.find(damage) != std::string::npos) {
+      RefuseInput(path, FirstLine(complaint));
+    }
+  }
   if (Spec().deep) {
     RefuseInput(path, "it holds deep pixels; flatten it first");
   }
