@@ -85,7 +85,8 @@ ExitCode RunCommand(int argc, char** argv, cli::Messages& messages) {
       cli::PrintToStdout(text.str());
       return ExitCode::kDone;
     }
-    cli::Refuse(ExitCode::kUsage, "{}", cli::Explain(*app, error));
+    cli::Refuse(ExitCode::kUsage, "{}",
+                cli::Explain(*app, error, minihost::Effect::Linked(&MainEntry)->Parameters()));
   }
   return Dispatch(*app, line, messages);
 }

@@ -9,6 +9,7 @@
 
 #include "cli/command/foreign_options.h"
 #include "cli/report/nearest_name.h"
+#include "cli/scene/parameter_names.h"
 
 namespace cli {
 namespace {
@@ -18,6 +19,12 @@ std::string ExplainMismatch(std::string_view what) {
   const std::string_view option = what.substr(0, what.find(':'));
   return fmt::format("{} {}", option,
                      what.ends_with(" missing") ? "needs a value" : "is given more than once");
+}
+
+bool IsParameter(const std::string& slug, const minihost::ParameterList& parameters) {
+  return std::ranges::any_of(parameters, [&](const minihost::ParameterInfo& parameter) {
+    return parameter.HasValue() && Slug(parameter.DisplayName()) == slug;
+  });
 }
 
 }  // namespace
@@ -42,7 +49,8 @@ std::string ExplainForeign(const CLI::App& app, const std::vector<std::string>& 
   return {};
 }
 
-std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
+std::string Explain(const CLI::App& app, const CLI::ParseError& error,
+                    const minihost::ParameterList& parameters) {
   std::vector<std::string> unknown = app.remaining(true);
   std::erase(unknown, "--");
   const auto used = app.get_subcommands();
@@ -58,6 +66,11 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   // After "--" the name of an option is an argument like any other.
   const bool isOption =
       !used.empty() && unknown[0].starts_with('-') && used[0]->get_option_no_throw(unknown[0]) == nullptr;
+  const std::string slug = Slug(unknown[0].substr(0, unknown[0].find('=')));
+  if (isOption && IsParameter(slug, parameters)) {
+    return fmt::format("unknown option '{}'; '{}' is a parameter: write --set {}=VALUE", unknown[0], slug,
+                       slug);
+  }
   std::vector<std::string> names;
   if (used.empty()) {
     for (const CLI::App* command : app.get_subcommands({})) {
@@ -76,6 +89,12 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
       SuggestNearest(unknown[0], std::vector<std::string_view>(names.begin(), names.end()));
   if (used.empty()) {
     return fmt::format("unknown command '{}'{}; {}", unknown[0], suggestion, help);
+  }
+  if (!isOption && used[0]->get_option_no_throw("--frames") != nullptr) {
+    return fmt::format(
+        "unexpected argument '{}': one input at a time goes into one output; numbered pictures are one, "
+        "as plate.####.png",
+        unknown[0]);
   }
   return fmt::format("{} '{}'{}; {}", isOption ? "unknown option" : "unexpected argument", unknown[0],
                      suggestion, help);

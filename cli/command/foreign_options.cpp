@@ -41,7 +41,7 @@ constexpr Meaning kMeanings[] = {
     {" -d -bits -bitdepth -bit-depth -output-depth -half ", "write --depth 8, 16, half or float"},
     {" -vf -filter -filter:v -filter_complex -lavfi ",
      "snow is all that is drawn; crop or scale before or after"},
-    {" -s -size -width -height -resize -fit -scale -scale:v ",
+    {" -s -width -height -resize -fit -scale -scale:v ",
      "for a smaller picture write --proxy 2; for an empty one --blank 1920x1080"},
     {" -aspect ", "write --pixel-aspect 1.0667; it is a pixel's width over its height"},
     {" -colorspace -colourspace -color_range -color_primaries -color_trc -colorconvert -tocolorspace ",

@@ -1,5 +1,7 @@
 #include "cli/run/open_sink.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <utility>
@@ -39,6 +41,11 @@ std::optional<FileRange> SoundOf(const RenderPlan& plan) {
   const std::vector<std::int32_t>& frames = plan.job.frames;
   return plan.video != nullptr && !frames.empty() ? plan.video->Sound(frames.front(), frames.back())
                                                   : std::nullopt;
+}
+
+// One frame of an input that has any number of them, and none was asked for.
+bool IsLoneStill(const RenderPlan& plan) {
+  return plan.takesAll && plan.job.frames.size() == 1 && !plan.traits.lastFrame;
 }
 
 // What only some files take; what they take of it, their encoders say.
@@ -100,17 +107,21 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
     for (std::string& loss : LossesInVideo(plan.traits)) {
       notes.push_back(std::move(loss));
     }
+    if (IsLoneStill(plan)) {
+      notes.push_back(
+          fmt::format("'{}' has a single frame; --frames 0-47 makes more of a picture", scene.output));
+    }
     return {std::move(video), true, std::move(notes)};
   }
   const OutputName name(scene.output);
-  if (plan.job.frames.size() > 1 && !name.IsPattern()) {
-    Refuse(ExitCode::kUsage, "{} frames need a place for their number in the output name; try -o '{}'",
-           plan.job.frames.size(), name.SuggestedPattern().string());
-  }
   const std::optional<FileFormat> format = PictureFormatOf(scene.output);
   if (!format) {
     Refuse(ExitCode::kUsage, "output '{}' must end in .png, .jpg, .tif, .exr, .mp4, .mov or .mkv",
            scene.output);
+  }
+  if (plan.job.frames.size() > 1 && !name.IsPattern()) {
+    Refuse(ExitCode::kUsage, "{} frames need a place for their number in the output name; try -o '{}'",
+           plan.job.frames.size(), name.SuggestedPattern().string());
   }
   if (!scene.encoding.compression.empty()) {
     CheckCompression(*format, scene.encoding.compression);
@@ -126,7 +137,13 @@ OpenedSink OpenSink(const Scene& scene, const RenderPlan& plan, const InputFiles
   }
   SourceTraits traits = plan.traits;
   traits.hasAlpha |= plan.addsAlpha;
-  return {std::make_unique<StillSink>(name, *format, scene.encoding), false, LossesOf(*format, traits)};
+  std::vector<std::string> notes = LossesOf(*format, traits);
+  // Of several frames it is what was meant.
+  const std::string file = std::filesystem::path(scene.output).filename().string();
+  if (IsLoneStill(plan) && name.IsPattern() && std::ranges::count(file, '#') == 1) {
+    notes.push_back(fmt::format("the # in '{}' stands for the frame's number; \\# is a # and no more", file));
+  }
+  return {std::make_unique<StillSink>(name, *format, scene.encoding), false, std::move(notes)};
 }
 
 }  // namespace cli

@@ -100,6 +100,9 @@ OpenedSource OpenSource(const std::filesystem::path& path, const InputSettings& 
   }
   const bool isFile = std::filesystem::is_regular_file(path, error);
   // The reader of pictures has the words for what is not a file.
+  if (isFile && std::filesystem::file_size(path, error) == 0) {
+    RefuseInput(path, "it is empty");
+  }
   if (isFile && !LooksLikePicture(path)) {
     try {
       return OpenClip(path, settings);

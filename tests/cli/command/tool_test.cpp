@@ -57,7 +57,7 @@ class Tool : public testing::Test {
                                 : cli::RenderShot(line.shot, effect_, messages);
       return {static_cast<int>(code), "", ""};
     } catch (const CLI::ParseError& error) {
-      return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error)};
+      return {static_cast<int>(cli::ExitCode::kUsage), "", cli::Explain(*app, error, effect_->Parameters())};
     } catch (const cli::ToolError& error) {
       return {static_cast<int>(error.Code()), "", error.what()};
     }
@@ -237,10 +237,13 @@ TEST_F(Tool, SaysOnceWhatIsLost) {
       {"-o a.mp4",
        {"sound track 1 of 2 of 'clip.mkv' is encoded as AAC", "sound track 2 of", "holds 8 bits"}},
       {"-o a.mov --sound none", {}},
-      {"-o a.png --frames 3 --only-snow", {"cannot be laid over"}}};
+      {"-o a.png --frames 3 --only-snow", {"cannot be laid over"}},
+      {"--blank 8x8 -o a.mov", {"a single frame; --frames 0-47"}},
+      {"--blank 8x8 -o 'a #1.png'", {"the # in 'a #1.png' stands for the frame's number"}}};
   for (const auto& [options, parts] : cases) {
     for (const char* more : {"", " --dry-run"}) {
-      const std::string said = Run(std::string("render clip.mkv ") + options + more).err;
+      const char* input = std::string_view(options).starts_with("--blank") ? "render " : "render clip.mkv ";
+      const std::string said = Run(std::string(input) + options + more).err;
       std::size_t notes = 0;
       for (std::size_t at = 0; (at = said.find("note: ", at)) != std::string::npos; ++at) {
         ++notes;
@@ -296,7 +299,9 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"render a.png -o b.png --jobs -1", 2, "--jobs: -1 is not between 0 and 1024"},
       {"render a.png b.png -o c.png", 2,
        "'b.png' is one file too many beside the input and the output 'c.png'"},
-      {"render a.png b.png c.png", 2, "unexpected argument"},
+      {"render a.png b.png c.png", 2, "unexpected argument 'c.png': one input at a time"},
+      {"render a.png b.png --flakes 9", 2, "write --set flakes=VALUE"},
+      {"render a.png b.gif --frames 0-9", 2, "output 'b.gif' must end in"},
       {"-i a.png b.png", 2, "write: vintrel render -i ..."},
       {"render a.png -o b.png -o c.png", 2, "--output is given more than once"},
       {"render a.png -o b.jpg --quality 101", 2, "quality 101 is not on the scale of JPEG, 1 to 100 (best)"},
