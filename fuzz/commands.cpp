@@ -54,7 +54,13 @@ cli::check::Fault TakeFault(fuzz::Input& input) {
   return fault;
 }
 
-void DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
+// Sums are kept for a layer's one way of counting time: those of a frame counted otherwise are not the
+// next's.
+constexpr std::int32_t kStep = 1;
+constexpr std::int32_t kFarTime = 1000;  // no frame's next
+
+// Answers with the time that a layer frame lasts in what was rendered, if anything was.
+std::int32_t DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
   constexpr PF_Cmd kPlain[] = {PF_Cmd_SEQUENCE_SETUP, PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_SETDOWN,
                                PF_Cmd_SEQUENCE_FLATTEN};
   switch (input.Between(0, 7)) {
@@ -71,10 +77,13 @@ void DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instanc
     case 4:
       subject.host.Tell(TakeFault(input));
       break;
-    default:
-      instance.Render(TakeFrame(input, stage));
-      break;
+    default: {
+      const minihost::Frame frame = TakeFrame(input, stage);
+      instance.Render(frame);
+      return frame.timing.localTimeStep;
+    }
   }
+  return kStep;
 }
 
 void RunCommands(fuzz::Input& input) {
@@ -85,19 +94,22 @@ void RunCommands(fuzz::Input& input) {
   subject.host.Reset();
   const minihost::ParameterSet look = TakeLook(input, subject);
   minihost::Instance instance(subject.Effect(), look);
+  std::int32_t lastTime = 5;
   for (int steps = 0; steps < 24 && !input.IsEmpty(); ++steps) {
     try {
-      DoOne(input, subject, stage, instance);
+      if (DoOne(input, subject, stage, instance) != kStep) {
+        lastTime = kFarTime;
+      }
     } catch (const std::invalid_argument&) {  // what the host does not send
     }
     const std::string damage = Damage(stage);
     fuzz::Require(damage.empty(), damage);
   }
   subject.host.Reset();
-  const minihost::Frame last = stage.Begin(minihost::Protocol::kSmart, 5);
+  const minihost::Frame last = stage.Begin(minihost::Protocol::kSmart, lastTime);
   const std::vector<std::byte> pixels = stage.Render(instance, last);
   minihost::Instance fresh(subject.Effect(), look);
-  fuzz::Require(stage.Render(fresh, stage.Begin(minihost::Protocol::kSmart, 5)) == pixels,
+  fuzz::Require(stage.Render(fresh, stage.Begin(minihost::Protocol::kSmart, lastTime)) == pixels,
                 "the next frame is that of a fresh instance");
   instance.Close();
   // A host that lies about a depth brings about calls against its rules; what it lent comes back all the
