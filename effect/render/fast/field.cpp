@@ -148,9 +148,11 @@ VINTREL_INLINE void NoiseWiggle(const FrameField& frame, FieldLanes& lanes) {
   NoiseAt(table, places, lanes.closeWiggle);
 }
 
-// The host's cosine, one flake at a time.
+// The host's cosine, one flake at a time, and for lanes without a flake a number all the same.
 void CosineWiggle(const FrameField& frame, const FlakeBatch& batch, FieldLanes& lanes) {
   double (*const cosine)(double) = frame.inData->utils->ansi.cos;
+  lanes.openWiggle.fill(0.0f);
+  lanes.closeWiggle.fill(0.0f);
   for (std::size_t i = batch.first; i < batch.last; ++i) {
     lanes.openWiggle[i] = static_cast<float>(cosine(lanes.openPhase[i]));
     lanes.closeWiggle[i] = static_cast<float>(cosine(lanes.closePhase[i]));
