@@ -7,10 +7,20 @@
 
 #include "minihost/call/answer.h"
 #include "minihost/call/checkout.h"
+#include "minihost/call/trigonometry.h"
 #include "minihost/picture/copy.h"
 
 namespace minihost {
 namespace {
+
+using Function = double (*)(double);
+#if defined(__GLIBC__)
+constexpr Function kCosine = std::cos;
+constexpr Function kTangent = std::tan;
+#else
+constexpr Function kCosine = Cosine;
+constexpr Function kTangent = Tangent;
+#endif
 
 PF_Err CheckoutParam(PF_ProgPtr effect_ref, std::int32_t index, std::int32_t what_time, std::int32_t,
                      std::uint32_t time_scale, PF_ParamDef* def) noexcept {
@@ -142,7 +152,7 @@ void DisposeHandle(PF_Handle handle) noexcept {
 
 PF_UtilCallbacks UtilCallbacks(HandleCallbacks handles) noexcept {
   PF_UtilCallbacks callbacks{};
-  callbacks.ansi = {std::cos, std::sqrt, std::tan, std::sprintf, std::strcpy};
+  callbacks.ansi = {kCosine, std::sqrt, kTangent, std::sprintf, std::strcpy};
   callbacks.fill = Fill;
   callbacks.copy = Copy;
   if (handles == HandleCallbacks::kOffered) {
