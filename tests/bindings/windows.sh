@@ -1,12 +1,10 @@
 #!/bin/sh
 # The modules for Windows export what they promise, need nothing but Windows, move no vector as if the stack were
-# aligned to more than 16 bytes, and make the frames of the modules for Linux, byte for byte, on every CPU path of
-# this machine.
-# usage: windows.sh LINUX_BUILD WINDOWS_BUILD OUT
+# aligned to more than 16 bytes, and make the frames of the list, byte for byte, on every CPU path of this machine.
+# usage: windows.sh WINDOWS_BUILD OUT
 set -eu
-linux="$1"
-windows="$2"
-out="$3"
+windows="$1"
+out="$2"
 bundle=Vintrel.ofx.bundle/Contents
 prefix=x86_64-w64-mingw32
 WINEPREFIX=$(mktemp -d)
@@ -33,13 +31,11 @@ for module in "$out/$bundle/Win64/Vintrel.ofx" "$out/vintrel.dll" "$out/vintrel_
   [ -z "$aligned" ] || fail "$module moves aligned vectors: $aligned"
 done
 
-"$linux/bindings/bindings_frames" "$linux/bindings/openfx/$bundle/Linux-x86-64/Vintrel.ofx" \
-  "$linux/bindings/frei0r/vintrel.so" >"$windows/linux.txt"
 Compare() {
-  /usr/lib/wine/wine64 "$windows/bindings/bindings_frames.exe" "$2" "$3" 2>"$windows/wine.log" | tr -d '\r' >"$windows/frames.txt" ||
-    fail "$1: $(cat "$windows/wine.log")"
-  cmp "$windows/linux.txt" "$windows/frames.txt" || fail "$1: other frames than under Linux"
-  echo "$1: $(wc -l <"$windows/frames.txt") frames are those of Linux"
+  compare="$(dirname "$0")/../sameness/compare.sh"
+  frames="/usr/lib/wine/wine64 $windows/bindings/bindings_frames.exe"
+  # shellcheck disable=SC2086  # a program and its runner
+  "$compare" 33 "$1, OpenFX" $frames openfx "$2" && "$compare" 7 "$1, frei0r" $frames frei0r "$3"
 }
 Compare "what is shipped" "$out/$bundle/Win64/Vintrel.ofx" "$out/vintrel.dll"
 for path in kBaseline kAvx2 kAvx512; do
