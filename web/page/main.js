@@ -133,7 +133,7 @@ begin(api).catch((error) => {
   page.replaceChildren(
     Object.assign(document.createElement('p'), {
       className: 'cannot',
-      textContent: `The page could not begin: ${error.message}. It needs a browser with WebAssembly’s SIMD and exceptions, as all have had since 2023.`,
+      textContent: `The page could not begin: ${error.message.replace(/\.$/, '')}. It needs a browser with WebAssembly’s SIMD and exceptions, as all have had since 2023.`,
     }),
   );
 });

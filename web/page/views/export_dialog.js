@@ -56,7 +56,7 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
       const file = canChooseFile() ? await chooseFile(name) : undefined;
       if (file !== null && dialog.open) {
         showRunning(true);
-        await write(format, file ?? undefined, name);
+        await write(format, file, name);
         dialog.close();
       }
     } catch (error) {
