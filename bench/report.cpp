@@ -125,9 +125,10 @@ const char* NameOf(minihost::Depth depth) {
       return "8";
     case minihost::Depth::kBits16:
       return "16";
-    default:
-      return "float";
+    case minihost::Depth::kFloat:
+      break;
   }
+  return "float";
 }
 
 const char* NameOf(CpuPath path) {
@@ -136,7 +137,8 @@ const char* NameOf(CpuPath path) {
       return "avx512";
     case CpuPath::kAvx2:
       return "avx2";
-    default:
-      return "baseline";
+    case CpuPath::kBaseline:
+      break;
   }
+  return "baseline";
 }

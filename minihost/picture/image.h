@@ -16,18 +16,37 @@ namespace minihost {
 /// Bits a channel.  Opaque and white are 255, 32768 and 1.0.
 enum class Depth { kBits8, kBits16, kFloat };
 
+/// Calls `task` with one zero pixel of the type that `depth` stands for, so that a template can be chosen by
+/// a depth that is known only at run time: `WithPixel(depth, [&](auto pixel) { Task<decltype(pixel)>(); })`.
+template <class Task>
+constexpr decltype(auto) WithPixel(Depth depth, Task&& task) {
+  switch (depth) {
+    case Depth::kBits8:
+      return task(PF_Pixel{});
+    case Depth::kBits16:
+      return task(PF_Pixel16{});
+    case Depth::kFloat:
+      break;
+  }
+  return task(PF_PixelFloat{});
+}
+
 /// 4, 8 or 16.
 constexpr std::size_t BytesPerPixel(Depth depth) noexcept {
-  return depth == Depth::kBits8    ? sizeof(PF_Pixel)
-         : depth == Depth::kBits16 ? sizeof(PF_Pixel16)
-                                   : sizeof(PF_PixelFloat);
+  return WithPixel(depth, [](auto pixel) { return sizeof pixel; });
 }
 
 /// The code by which the world suite names the depth.
 constexpr PF_PixelFormat PixelFormatOf(Depth depth) noexcept {
-  return depth == Depth::kBits8    ? PF_PixelFormat_ARGB32
-         : depth == Depth::kBits16 ? PF_PixelFormat_ARGB64
-                                   : PF_PixelFormat_ARGB128;
+  switch (depth) {
+    case Depth::kBits8:
+      return PF_PixelFormat_ARGB32;
+    case Depth::kBits16:
+      return PF_PixelFormat_ARGB64;
+    case Depth::kFloat:
+      break;
+  }
+  return PF_PixelFormat_ARGB128;
 }
 
 /// The depth whose pixels are `P`.
@@ -35,19 +54,6 @@ template <class P>
 inline constexpr Depth kDepthOf = sizeof(P) == sizeof(PF_Pixel)     ? Depth::kBits8
                                   : sizeof(P) == sizeof(PF_Pixel16) ? Depth::kBits16
                                                                     : Depth::kFloat;
-
-/// Calls `task` with one zero pixel of the type that `depth` stands for, so that a template can be chosen by
-/// a depth that is known only at run time: `WithPixel(depth, [&](auto pixel) { Task<decltype(pixel)>(); })`.
-template <class Task>
-decltype(auto) WithPixel(Depth depth, Task&& task) {
-  if (depth == Depth::kBits8) {
-    return task(PF_Pixel{});
-  }
-  if (depth == Depth::kBits16) {
-    return task(PF_Pixel16{});
-  }
-  return task(PF_PixelFloat{});
-}
 
 enum class Clearing {
   kTransparentBlack,  // every byte zero, padding included

@@ -39,9 +39,10 @@ Function* SelectPath(CpuPath path, Function* baseline, Function* avx2, Function*
       return avx512;
     case CpuPath::kAvx2:
       return avx2;
-    default:
-      return baseline;
+    case CpuPath::kBaseline:
+      break;
   }
+  return baseline;
 }
 
 namespace cpu_path {
