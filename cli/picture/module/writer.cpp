@@ -70,8 +70,8 @@ std::vector<std::uint8_t> SamplesOverBlack(const Image& image) {
   return samples;
 }
 
-/// The defaults are those of docs/tool.md, by measurement: a PNG at least half as slow as at level 6 and
-/// hardly larger, an EXR in what packs a whole picture best, or one that is mostly empty.
+/// The defaults are those of docs/tool.md, by measurement: a PNG in half the time of level 6 and hardly
+/// larger, an EXR in what packs a whole picture best, or one that is mostly empty.
 void SetCompression(OIIO::ImageSpec& spec, const PictureTraits& traits, FileFormat format,
                     const Compression& compression) {
   constexpr int kNoFilter = 8;
