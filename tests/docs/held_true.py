@@ -13,6 +13,7 @@ import concurrent.futures
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -95,28 +96,32 @@ def wrong_figures(text, figures):
                     yield start, f'{number} {unit} is not in bench/record.json; say after it <!-- measured: COMMAND, MACHINE -->'
 
 
-def run_commands(path, text, tool, frei0r):
+def make_plates(folder, tool):
+    # Small, and even also at half the size, as video wants it.
+    for name in ('street.png', 'window.png'):
+        subprocess.run(['ffmpeg', '-nostdin', '-v', 'error', '-i', os.path.join(ROOT, 'examples', name), '-vf',
+                        'scale=480:272', name], cwd=folder, check=True)
+    copy = lambda *options: subprocess.run(
+        [tool, 'render', 'street.png', '--set', 'flakes=0', '-q', *options], cwd=folder, check=True)
+    for name in ('other.png', 'photo.jpg', 'plate.tif', 'plate.png'):
+        copy('-o', name)
+    copy('-o', 'plate.####.png', '--frames', '8-12')
+    for name in ('clip.mp4', 'shot.mov'):
+        copy('-o', name, '--frames', '0-49')
+
+
+def run_commands(text, tool, frei0r, plates):
     """The file's blocks, in a folder of its own; yields what went wrong."""
     commands = [(start, block) for start, fence, block in blocks(text) if fence == 'sh run']
     if not commands:
         return
     with tempfile.TemporaryDirectory() as folder:
+        shutil.copytree(plates, folder, dirs_exist_ok=True)
         os.makedirs(os.path.join(folder, 'build/release/cli'))
         os.symlink(tool, os.path.join(folder, 'build/release/cli/vintrel'))
         environment = os.environ | {'HOME': folder, 'PATH': os.path.dirname(tool) + ':' + os.environ['PATH'],
                                     'FREI0R_PATH': frei0r, 'MLT_FREI0R_PLUGIN_PATH': frei0r}
         environment.pop('XDG_CONFIG_HOME', None)
-        # Small, and even also at half the size, as video wants it.
-        for name in ('street.png', 'window.png'):
-            subprocess.run(['ffmpeg', '-nostdin', '-v', 'error', '-i', os.path.join(ROOT, 'examples', name), '-vf',
-                            'scale=480:272', name], cwd=folder, check=True)
-        copy = lambda *options: subprocess.run(
-            [tool, 'render', 'street.png', '--set', 'flakes=0', '-q', *options], cwd=folder, check=True)
-        for name in ('other.png', 'photo.jpg', 'plate.tif', 'plate.png'):
-            copy('-o', name)
-        copy('-o', 'plate.####.png', '--frames', '8-12')
-        for name in ('clip.mp4', 'shot.mov'):
-            copy('-o', name, '--frames', '0-49')
         for _, fence, block in blocks(text):
             if fence and fence.startswith('toml '):
                 with open(os.path.join(folder, fence.split()[1]), 'w') as file:
@@ -128,10 +133,10 @@ def run_commands(path, text, tool, frei0r):
                 yield start, f'exit code {done.returncode}:\n{block}\n{(done.stdout + done.stderr)[-1500:]}'
 
 
-def check(path, tool, frei0r, figures):
+def check(path, tool, frei0r, plates, figures):
     with open(path) as file:
         text = file.read()
-    wrong = [*wrong_links(path, text), *wrong_figures(text, figures), *run_commands(path, text, tool, frei0r)]
+    wrong = [*wrong_links(path, text), *wrong_figures(text, figures), *run_commands(text, tool, frei0r, plates)]
     if os.path.relpath(path, ROOT) == 'docs/performance.md' and table.tables(RECORD) not in text:
         wrong.append((1, 'the tables are not those that bench/table.py prints of bench/record.json'))
     count = sum(fence == 'sh run' for _, fence, _ in blocks(text))
@@ -144,8 +149,9 @@ with open(table.RECORD) as file:
 
 def main():
     tool, frei0r = (os.path.abspath(argument) for argument in sys.argv[1:])
-    with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        results = list(pool.map(lambda path: check(path, tool, frei0r, measured(RECORD)), sorted(documents())))
+    with concurrent.futures.ThreadPoolExecutor(2) as pool, tempfile.TemporaryDirectory() as plates:
+        make_plates(plates, tool)
+        results = list(pool.map(lambda path: check(path, tool, frei0r, plates, measured(RECORD)), sorted(documents())))
     for wrong, _ in results:
         for line in wrong:
             print(line)
