@@ -89,6 +89,7 @@ class Pipeline {
 
   RunSummary Go() {
     namespace tbb = oneapi::tbb;
+    CheckFrames();
     const int jobs = job_.jobs > 0 ? job_.jobs : tbb::info::default_concurrency();
     // The control allows for more threads than processors, the arena holds this run to its number.
     const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
@@ -164,12 +165,33 @@ class Pipeline {
     return work;
   }
 
+  [[noreturn]] void RefuseMissing(std::int32_t frame) const {
+    const SourceTraits& traits = source_.Traits();
+    const bool isOutside =
+        traits.firstFrame && traits.lastFrame && (frame < *traits.firstFrame || frame > *traits.lastFrame);
+    Refuse(ExitCode::kInput, "the input has no frame {}{}; try --missing skip, or --missing black", frame,
+           isOutside ? fmt::format(" (it has {} to {})", *traits.firstFrame, *traits.lastFrame) : "");
+  }
+
+  /// What is known to end the run is better known before any work.
+  void CheckFrames() const {
+    const SourceTraits& traits = source_.Traits();
+    if (job_.missing != MissingPolicy::kError || job_.onFailure != OnFailure::kStop || !traits.firstFrame ||
+        !traits.lastFrame) {
+      return;
+    }
+    for (const std::int32_t frame : job_.frames) {
+      if (frame < *traits.firstFrame || frame > *traits.lastFrame) {
+        RefuseMissing(frame);
+      }
+    }
+  }
+
   void ReplaceMissing(Work& work) const {
     const SourceTraits& traits = source_.Traits();
     switch (job_.missing) {
       case MissingPolicy::kError:
-        Refuse(ExitCode::kInput, "the input has no frame {}; try --missing skip, or --missing black",
-               work.frame);
+        RefuseMissing(work.frame);
       case MissingPolicy::kSkip:
         work.skipped = true;
         return;

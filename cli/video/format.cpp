@@ -1,5 +1,6 @@
 #include "cli/video/format.h"
 
+#include <algorithm>
 #include <string>
 
 #include "cli/file/extension.h"
@@ -29,6 +30,21 @@ constexpr FormatFacts FactsOf(VideoFormat format) {
       break;
   }
   return {".mkv", VideoCodec::kFfv1};
+}
+
+/// Refuses names that others give to the same, with the one here.
+VideoCodec ParseCodec(std::string_view name) {
+  constexpr Choices<VideoCodec, 4> kOthers = {{VideoCodec::kH264, "264"},
+                                              {VideoCodec::kH264, "avc"},
+                                              {VideoCodec::kHevc, "265"},
+                                              {VideoCodec::kProres, "prores"}};
+  const auto isName = [&](const auto& choice) { return choice.second == name; };
+  for (const auto& [codec, part] : kOthers) {
+    if (std::ranges::none_of(kCodecs, isName) && name.find(part) != std::string_view::npos) {
+      Refuse(ExitCode::kUsage, "codec '{}' has another name here: {}", name, NameOfCodec(codec));
+    }
+  }
+  return About("codec", [&] { return ParseChoice(kCodecs, name); });
 }
 
 bool Takes(VideoFormat format, VideoCodec codec) {
@@ -64,7 +80,7 @@ std::string_view NameOfCodec(VideoCodec codec) {
 
 VideoCodec CodecOf(VideoFormat format, const EncodingSettings& settings) {
   const auto [extension, ownCodec] = FactsOf(format);
-  const VideoCodec codec = settings.codec.empty() ? ownCodec : ParseChoice(kCodecs, settings.codec);
+  const VideoCodec codec = settings.codec.empty() ? ownCodec : ParseCodec(settings.codec);
   if (!Takes(format, codec)) {
     Refuse(ExitCode::kUsage, "codec '{}' does not go into {}; write {}", settings.codec, extension,
            codec == VideoCodec::kProres ? ".mov or .mkv" : ".mkv");

@@ -210,7 +210,9 @@ VideoWriter::~VideoWriter() = default;
 
 void VideoWriter::NoteLosses(const VideoTraits& traits) {
   if (IsSubsampled(kind_) && traits.hasAlpha) {
-    notes_.push_back(fmt::format("'{}' cannot hold alpha; the picture lies over black", path_.string()));
+    notes_.push_back(fmt::format(
+        "'{}' cannot hold alpha; the picture lies over black (.mov and .mkv with their own codecs hold it)",
+        path_.string()));
   }
   if (kind_ == VideoCodec::kH264 && traits.depth != Depth::kBits8) {
     const bool isHdr =

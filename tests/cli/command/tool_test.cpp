@@ -182,12 +182,15 @@ TEST_F(Tool, FillsGapsAsItIsTold) {
     WritePlate(name, Depth::kBits8, false);
   }
   EXPECT_THAT(RunHere("render -q 'p.%d.png' -o 'e.%d.png'").err, HasSubstr("no frame 2; try --missing skip"));
+  EXPECT_THAT(RunHere("render -q 'p.%d.png' -o 'o.%d.png' --frames 1,9").err,
+              HasSubstr("no frame 9 (it has 1 to 3)"));
   Render("'p.%d.png' -o 's.%d.png' --missing skip");
   EXPECT_THAT(Run("render 'p.%d.png' -o 'b.%d.png' --missing black --progress json").err,
               testing::ContainsRegex("\"frame\":1,.*\n.*\"frame\":2,.*\n.*\"frame\":3,"));
   EXPECT_THAT(folder_.Names(),
               IsSupersetOf({"b.1.png", "b.2.png", "b.3.png", "e.1.png", "s.1.png", "s.3.png"}));
   EXPECT_FALSE(std::filesystem::exists("s.2.png"));
+  EXPECT_FALSE(std::filesystem::exists("o.1.png")) << "before any work";
 }
 
 TEST_F(Tool, TellsProgramsEverythingInObjects) {
@@ -305,6 +308,7 @@ TEST_F(Tool, RefusesBeforeAnyWorkWithTheCodeForWhatIsWrong) {
       {"-i a.png b.png", 2, "write: vintrel render -i ..."},
       {"render a.png -o b.png -o c.png", 2, "--output is given more than once"},
       {"render a.png -o b.jpg --quality 101", 2, "quality 101 is not on the scale of JPEG, 1 to 100 (best)"},
+      {"render a.png -o b.mkv --codec libx265", 2, "codec 'libx265' has another name here: hevc"},
       {"render a.png -o b.mkv --codec hevc --quality 52", 2, "scale of hevc, 0 (best) to 51"},
       {"render a.png -o b.png --codec hevc", 2, "codec 'hevc' is for videos, not for 'b.png'"},
       {"render a.png -o b.png --depth half", 2, "depth half is for EXR"},
