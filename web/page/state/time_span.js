@@ -11,9 +11,9 @@ export function spanOf({ view, time }) {
 
 /** `view.span` after zooming by `factor`, with `frame` staying where it is. */
 export function zoomedSpan(factor, frame, span, time) {
-  const length = lengthOf(span) / factor;
-  const share = lengthOf(span) > 0 ? (frame - span.first) / lengthOf(span) : 0;
-  return length < lengthOf(time) ? fitted(frame - share * Math.max(length, kLeastFrames), length, time) : undefined;
+  const length = Math.max(lengthOf(span) / factor, kLeastFrames);
+  const share = (frame - span.first) / lengthOf(span);
+  return length < lengthOf(time) ? fitted(frame - share * length, length, time) : undefined;
 }
 
 /** `view.span` after moving on by so many of its own lengths. */
