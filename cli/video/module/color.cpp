@@ -89,7 +89,7 @@ Depth DepthOf(AVPixelFormat format) {
 std::optional<std::string> WhyUnreadable(AVPixelFormat format) {
   const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
   if (!desc) {
-    return "its pixel format is not known";
+    return "its pixels cannot be made out; it may be damaged or cut off";
   }
   const bool noColors = (desc->flags & (AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BAYER)) != 0 ||
                         format == AV_PIX_FMT_XYZ12LE || format == AV_PIX_FMT_XYZ12BE;

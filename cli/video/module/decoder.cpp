@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "cli/file/extension.h"
 #include "cli/report/error.h"
 
 extern "C" {
@@ -14,7 +15,11 @@ extern "C" {
 namespace cli {
 namespace {
 
-std::string WhyNotOpened(int error) {
+std::string WhyNotOpened(int error, const std::filesystem::path& path) {
+  const std::string extension = LowerExtension(path);
+  if (error == AVERROR_INVALIDDATA && (extension == ".heic" || extension == ".heif")) {
+    return "HEIC is not read; make a JPEG, PNG or TIFF of it first";
+  }
   if (error == AVERROR_EOF) {
     return "it ends before its first picture";
   }
@@ -68,11 +73,11 @@ VideoDecoder::VideoDecoder(const std::filesystem::path& path)
 void VideoDecoder::Open() {
   const int error = OpenInput(path_, file_);
   if (error < 0) {
-    RefuseInput(path_, WhyNotOpened(error));
+    RefuseInput(path_, WhyNotOpened(error, path_));
   }
   stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream_ < 0) {
-    RefuseInput(path_, "there is no video in it");
+    RefuseInput(path_, "there is neither picture nor video in it");
   }
   for (int i = 0; i < static_cast<int>(file_->nb_streams); ++i) {
     if (i != stream_) {
