@@ -97,7 +97,8 @@ void ApplyPicture(const ShotOptions& options, Scene& scene) {
 
 }  // namespace
 
-Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, const Presets& presets) {
+Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, const Presets& presets,
+              FileOutput fileOutput) {
   Scene scene(std::move(list));
   if (!options.preset.empty()) {
     // Of a whole scene its look alone.
@@ -107,6 +108,9 @@ Scene SceneOf(const ShotOptions& options, minihost::SharedParameterList list, co
   }
   if (!options.sceneFile.empty()) {
     ApplySceneFile(options.sceneFile, scene);
+  }
+  if (fileOutput == FileOutput::kOfRenders) {
+    scene.output.clear();
   }
   for (const ParameterChange& change : options.changes) {
     Apply(scene.parameters, change);

@@ -42,7 +42,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
   if (options.quiet) {
     messages.BeQuiet();
   }
-  Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool());
+  Scene scene = SceneOf(options, effect->SharedParameters(), Presets::OfTool(), FileOutput::kOfRenders);
   const ProgressStyle style = ProgressStyleOf(options);
   const auto count = static_cast<std::size_t>(
       About("--count", [&] { return CheckedWithin(cells, 1, static_cast<int>(ContactSheet::kMaxCells)); }));

@@ -379,6 +379,7 @@ TEST_F(Tool, MakesASheetOfWhatThereIs) {
   // A scene's encoding is that of the shot, not of the sheet.
   Render("p.1.png -o a.exr --compression piz --save-scene shot.toml");
   EXPECT_EQ(Run("sheet --scene shot.toml -o sheet.png").code, 0);
+  EXPECT_THAT(Run("sheet --scene shot.toml").err, HasSubstr("no output")) << "not over the shot's";
   if (!HasFfmpeg()) {
     GTEST_SKIP() << "ffmpeg is not installed";
   }
