@@ -29,7 +29,9 @@ export function createAddressFollower({ store, notices }, parameters) {
     }
   });
   return function follow(state, previous) {
-    if (state.view.playing || (state.parameters === previous.parameters && state.time === previous.time && state.plate === previous.plate && state.view.playing === previous.view.playing)) {
+    const isSame = ['parameters', 'time', 'plate'].every((part) => state[part] === previous[part]);
+    const hasStopped = previous.view.playing;
+    if (state.view.playing || (isSame && !hasStopped)) {
       return;
     }
     clearTimeout(timer);
