@@ -14,11 +14,8 @@ struct Block {
 
 }  // namespace
 
-PF_Handle NewHandle(std::uint64_t size) {
-  if (size > SIZE_MAX - sizeof(Block)) {
-    return nullptr;
-  }
-  void* const storage = ::operator new(sizeof(Block) + static_cast<std::size_t>(size), std::nothrow);
+PF_Handle NewHandle(std::uint32_t size) {
+  void* const storage = ::operator new (sizeof(Block) + std::size_t{size}, std::nothrow);
   if (storage == nullptr) {
     return nullptr;
   }

@@ -1,19 +1,16 @@
 #include "effect/pixel/fast/cpu_path.h"
 
 bool SupportsCpuPath(CpuPath path) {
-  switch (path) {
-    case CpuPath::kBaseline:
-      return true;
 #if defined(__x86_64__)
-    case CpuPath::kAvx2:
-      return __builtin_cpu_supports("avx2") != 0;
-    case CpuPath::kAvx512:
-      return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-             __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
-#endif
-    default:
-      return false;
+  if (path == CpuPath::kAvx2) {
+    return __builtin_cpu_supports("avx2") != 0;
   }
+  if (path == CpuPath::kAvx512) {
+    return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+           __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+  }
+#endif
+  return path == CpuPath::kBaseline;
 }
 
 CpuPath BestCpuPath() {

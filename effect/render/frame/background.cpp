@@ -11,11 +11,7 @@ PF_Err ClearOutput(const Fxenv& env) {
 }  // namespace
 
 PF_Err EnsureSequenceState(const Fxenv& env) {
-  PF_Err error = PF_Err_NONE;
-  if (env.outData->sequence_data == nullptr) {
-    error = SequenceSetup(env.inData, env.outData);
-  }
-  if (env.outData->sequence_data == nullptr || error != PF_Err_NONE) {
+  if (const PF_Err error = SequenceSetup(env.inData, env.outData); error != PF_Err_NONE) {
     return ClearOutput(env) | error;
   }
   return PF_Err_NONE;
