@@ -1,10 +1,12 @@
-// The suite cache and the pixel format of one command.
+// The suite cache, the pixel format and the temporary world of one command.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <regex>
+#include <tuple>
 
-#include "effect/host/fxenv.h"
+#include "effect/host/new_world.h"
 #include "tests/support/recording_host.h"
 
 namespace {
@@ -19,11 +21,64 @@ TEST(SuiteCache, AcquiresEverySlotOnceAndGivesItBackOnce) {
         EXPECT_NE(suites.Suite(slot), nullptr);
       }
     }
+    EXPECT_THROW(suites.Suite(98), PF_Err);
     acquired = host.log;
   }
   EXPECT_EQ(std::count(acquired.begin(), acquired.end(), '\n'), 98);
   EXPECT_EQ(host.log, acquired + std::regex_replace(acquired, std::regex("acquire"), "release"));
   EXPECT_THROW(AEGP_SuiteHandler(nullptr), PF_Err);
+}
+
+// Every suite is lent as this table of functions.
+void (*lent[4])();
+
+TEST(SuiteCache, RefusesATableThatLacksAFunctionOfThoseNeeded) {
+  using Suites = AEGP_SuiteHandler;
+  const std::pair<std::function<void(const Suites&)>, std::string_view> rows[] = {
+      {&Suites::HandleSuite1, "1101"},       {&Suites::WorldSuite1, "1100"},
+      {&Suites::WorldSuite2, "1100"},        {&Suites::ParamUtilsSuite1, "1000"},
+      {&Suites::Sampling8Suite1, "0100"},    {&Suites::Sampling16Suite1, "0100"},
+      {&Suites::SamplingFloatSuite1, "0100"}};
+  const SPBasicSuite basic = {[](const char*, std::int32_t, const void** suite) -> std::int32_t {
+                                *suite = lent;
+                                return 0;
+                              },
+                              [](const char*, std::int32_t) -> std::int32_t { return 0; }};
+  for (const auto& [ask, needed] : rows) {
+    for (std::size_t missing = 0; missing < needed.size(); ++missing) {
+      std::fill(std::begin(lent), std::end(lent), [] {});
+      lent[missing] = nullptr;
+      const AEGP_SuiteHandler suites(&basic);
+      if (needed[missing] == '1') {
+        EXPECT_THROW(ask(suites), PF_Err) << needed << ", " << missing;
+      } else {
+        EXPECT_NO_THROW(ask(suites)) << needed << ", " << missing;
+      }
+    }
+  }
+}
+
+TEST(NewWorld, GivesBackWhatItHoldsBeforeItTakesAnother) {
+  const std::tuple<PF_PixelFormat, std::string, std::string, std::string> rows[] = {
+      {PF_PixelFormat_ARGB32, "new_world 4x3 flags 1\n", "new_world 5x2 flags 0\n", "dispose_world\n"},
+      {PF_PixelFormat_ARGB64, "new_world 4x3 flags 3\n", "new_world 5x2 flags 2\n", "dispose_world\n"},
+      {PF_PixelFormat_ARGB128, "PF_NewWorld 4x3 clear 1 format 842229089\n",
+       "PF_NewWorld 5x2 clear 0 format 842229089\n", "PF_DisposeWorld\n"},
+  };
+  for (const auto& [format, first, second, disposed] : rows) {
+    RecordingHost host;
+    Fxenv env(&host.in, &host.out, nullptr, nullptr);
+    FX_NewWorld world(env);
+    EXPECT_EQ(world.Layer(), nullptr);
+    EXPECT_EQ(world.New(4, 3, format, true), 0);
+    EXPECT_EQ(world.New(5, 2, format, false), 0);
+    EXPECT_EQ(world.Layer()->width, 5);
+    EXPECT_TRUE(host.log.ends_with(first + disposed + second)) << host.log;
+    host.Refuse(disposed.substr(0, disposed.size() - 1), 9);
+    EXPECT_EQ(world.New(6, 1, format, false), 9);
+    EXPECT_EQ(world.Layer(), nullptr);
+    EXPECT_TRUE(host.log.ends_with(second + disposed)) << host.log;
+  }
 }
 
 TEST(PixelFormat, IsAskedOnceAndJudgedByFlagsWithoutTheSuite) {

@@ -13,6 +13,9 @@ static bool noMemory = false;
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return noMemory ? nullptr : operator new[](size);
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return noMemory ? nullptr : operator new(size);
+}
 
 namespace {
 
@@ -129,6 +132,12 @@ void NoRecord(RecordingHost& host) {
   host.Refuse("util new_handle");
 }
 
+void NoRecordOfItsOwn(RecordingHost& host) {
+  host.Call(PF_Cmd_SEQUENCE_SETDOWN);
+  host.utils.host_new_handle = nullptr;
+  noMemory = true;
+}
+
 const Ending kEndings[] = {
     {[](auto& host) { host.Refuse("copy input[", 31); }, 31, "copy", "tan", kKept},
     {[](auto& host) { NoLayer(host), host.Refuse("fill", 32); }, 32, "fill", "tan", kKept},
@@ -147,6 +156,7 @@ const Ending kEndings[] = {
     {[](auto& host) { host.Refuse("PF_GetPixelFormat"); }, 516, "PF_Get", "checkout 1 ", kKept},
     {[](auto& host) { host.format = 0x12345678; }, 516, "PF_Get", "checkout 1 ", kKept},
     {[](auto& host) { NoRecord(host); }, 517, "fill output clear all", "acquire PF S", kAbsent},
+    {[](auto& host) { NoRecordOfItsOwn(host); }, 517, "fill output clear all", "acquire PF S", kAbsent},
     {[](auto& host) { NoRecord(host), host.Refuse("fill", 0x1000A); }, 0x1000A | 517, "fill", "copy",
      kAbsent},
 };

@@ -58,4 +58,12 @@ TEST(PreRender, ReturnsTheCheckOutsStatusAndReportsTheRequest) {
   EXPECT_EQ(host.preOutput.result_rect, host.preInput.output_request.rect);
 }
 
+TEST(PreRender, LeavesNothingThatTheHostWillNotTakeBack) {
+  RecordingHost host;
+  host.Refuse("lock");
+  host.OnCall("dispose", []() -> PF_Err { throw PF_Err{89}; });
+  EXPECT_EQ(host.Call(PF_Cmd_SMART_PRE_RENDER), 0);
+  EXPECT_EQ(host.preOutput.pre_render_data, nullptr);
+}
+
 }  // namespace

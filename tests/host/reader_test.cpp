@@ -39,6 +39,9 @@ TEST(Readers, CheckOutAndInAtOnceAndGiveTheDefaultWhereTheHostRefuses) {
     EXPECT_EQ(green * 1000 + blue, refused ? 255255 : 20030);
     const auto [x, y] = read(Get_Point, 28);
     EXPECT_EQ(std::pair(x, y), refused ? std::pair(50.0, 50.0) : std::pair(50.5, -0.5));
+    for (const int undeclared : {-1, 0, 33}) {
+      EXPECT_TRUE(!refused || read(Get_Float_Slider, undeclared) == 0.0);
+    }
     EXPECT_EQ(host.log, calls);
     EXPECT_EQ(host.Outstanding(), "");
   }

@@ -4,11 +4,18 @@
 
 #include <cmath>
 #include <cstdint>
+#include <new>
 #include <random>
 #include <vector>
 
 #include "effect/pixel/flake_random.h"
 #include "effect/pixel/integer.h"
+
+static bool noMemory = false;
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return noMemory ? nullptr : operator new[](size);
+}
 
 namespace {
 
@@ -76,6 +83,14 @@ TEST(Noise, TableFollowsItsFourKeysAndTheBlend) {
       }
     }
   }
+}
+
+TEST(Noise, NeedsMemory) {
+  NoiseValues<float> noise;
+  noMemory = true;
+  EXPECT_EQ(noise.NoiseTableLin(1793, 128, 0.0f, 0), PF_Err_OUT_OF_MEMORY);
+  noMemory = false;
+  EXPECT_EQ(noise.table, nullptr);
 }
 
 TEST(Noise, LookupIsTheSplineBitForBit) {

@@ -283,6 +283,12 @@ RandomFrame<T>::RandomFrame(std::uint32_t s)
   if (dice.OneIn(16)) {
     record.fallBlur *= 1e9;
   }
+  // Phases and colours beyond 32 bits.
+  if (dice.OneIn(16)) {
+    record.wigglePhase = dice.Pick({1e12, -1e12});
+    record.influence = 1e12f;
+    record.influenceScale = record.influence / static_cast<float>(PixelType<T>::kWhite);
+  }
   record.output = output.World();
   record.illumWorld = illumination.World();
   record.sampleFn = SampleNearestMock<T>;

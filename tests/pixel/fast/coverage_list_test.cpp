@@ -36,6 +36,10 @@ struct RandomStrokes {
     inData.pixel_aspect_ratio = random() % 2 == 0 ? PF_RationalScale{1, 1} : PF_RationalScale{768, 1405};
     image.width = static_cast<std::int32_t>(1 + random() % (seed % 20 == 0 ? 900 : 90));
     image.height = static_cast<std::int32_t>(1 + random() % 60);
+    if (seed % 20 == 10) {  // taller than is near, at a scale that is not too small for that
+      image.height = 600;
+      inData.downsample_y = {1, 60};
+    }
     image.rowbytes = image.width * static_cast<std::int32_t>(sizeof(T)) + 12;
     pixels.resize(static_cast<std::size_t>(image.rowbytes) * static_cast<std::size_t>(image.height));
     image.data = pixels.data();

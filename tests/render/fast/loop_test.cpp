@@ -67,16 +67,23 @@ TYPED_TEST(FastLoop, StopsWherePlainStops) {
   }
 }
 
-TYPED_TEST(FastLoop, LeavesUnknownOperatorsAndHugeWorldsToThePlainLoop) {
-  RandomFrame<TypeParam> frame(1);
-  frame.record.transferOp = [](const TypeParam*, const TypeParam*, TypeParam&) {};
-  EXPECT_FALSE(CanDrawFast(frame.record));
-  RandomFrame<TypeParam> other(1);
-  PF_LayerDef huge = *other.record.output;
-  huge.rowbytes = 1 << 20;
-  huge.height = 1 << 12;
-  other.record.output = &huge;
-  EXPECT_FALSE(CanDrawFast(other.record));
+TYPED_TEST(FastLoop, LeavesOperatorsAndWorldsThatItDoesNotKnowToThePlainLoop) {
+  using T = TypeParam;
+  using Change = void (*)(FrameSetup<T>&, PF_LayerDef&);
+  const Change changes[] = {
+      [](FrameSetup<T>& frame, PF_LayerDef&) { frame.transferOp = [](const T*, const T*, T&) {}; },
+      [](FrameSetup<T>& frame, PF_LayerDef&) { frame.underOp = JLightenT<T>; },
+      [](FrameSetup<T>&, PF_LayerDef& world) { world.width = 0; },
+      [](FrameSetup<T>&, PF_LayerDef& world) { world.height = 0; },
+      [](FrameSetup<T>&, PF_LayerDef& world) { world.rowbytes = -world.rowbytes; },
+      [](FrameSetup<T>&, PF_LayerDef& world) { world.rowbytes = 1 << 20, world.height = 1 << 12; },
+  };
+  for (const Change& change : changes) {
+    RandomFrame<T> frame(1);
+    EXPECT_TRUE(CanDrawFast(frame.record));
+    change(frame.record, *frame.record.output);
+    EXPECT_FALSE(CanDrawFast(frame.record)) << &change - changes;
+  }
 }
 
 }  // namespace

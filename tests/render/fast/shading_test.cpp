@@ -36,8 +36,15 @@ TYPED_TEST(FastShading, IsShadeFlakeInEveryLane) {
       RandomFrame<T> random(seed);
       FrameSetup<T>& frame = random.record;
       random.host.answer = [](const HostCall& call) { return call.x % 5 == 0 ? 1 + call.x % 100 : 0; };
-      if (seed % 9 == 0) {  // a sampler that has no light to give
-        frame.sampleFn = [](PF_ProgPtr, PF_Fixed, PF_Fixed, const PF_SampPB*, T*) -> PF_Err { return 512; };
+      PF_LayerDef huge = *frame.illumWorld;
+      if (seed % 9 == 0) {  // a sampler that has no light to give, of a picture beyond its positions
+        frame.sampleFn = [](PF_ProgPtr ref, PF_Fixed x, PF_Fixed y, const PF_SampPB*, T*) -> PF_Err {
+          static_cast<FrameHost*>(ref)->calls.push_back({HostCall::kSample, x, y});
+          return 512;
+        };
+        huge.width = huge.height = 1 << 20;
+        frame.illumWorld = &huge;
+        frame.spreadWidth = frame.spreadHeight = 2e6f;
       }
       FlakeStreams plain(frame);
       BatchStreams streams(frame);
