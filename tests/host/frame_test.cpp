@@ -148,6 +148,12 @@ const Ending kEndings[] = {
     {[](auto& host) { host.in.current_time = -1; }, 0, "copy", "tan", kKept},
     {[](auto& host) { host.SetFloat(19, 0); }, 0, "checkin 18", "checkout 5 ", kKept},
     {[](auto& host) { host.Refuse("abort", 33); }, 33, "abort", "new_world", kKept},
+    {[](auto& host) {
+       host.in.local_time_step = 1;
+       host.in.current_time = 1 << 16;
+       host.Refuse("abort", 36);
+     },
+     36, "abort", "checkout 5 @65536", kKept},
     {[](auto& host) { host.SetFloat(21, 0); }, 0, "progress", "acquire PF World Suite 1", kUpdated},
     {[](auto& host) { host.Refuse("new_world", 34); }, 34, "new_world", "copy inputall", kUpdated},
     {[](auto& host) { host.Refuse("copy inputall", 35); }, 35, "copy", "checkout 5 @250", kUpdated},
