@@ -5,10 +5,9 @@
 set -eu
 package="$(realpath "$1")"
 root="$2"
-mirror="${3:-http://deb.debian.org/debian}"
 [ ! -e "$root" ] || { echo "clean_room.sh: '$root' is there already" >&2; exit 1; }
 
-debootstrap --variant=minbase bookworm "$root" "$mirror" >"$root.log" 2>&1
+debootstrap --variant=minbase bookworm "$root" ${3:+"$3"} >"$root.log" 2>&1
 # This machine's ways to the packages.
 cp /etc/apt/apt.conf.d/* "$root/etc/apt/apt.conf.d/"
 cp /etc/resolv.conf /etc/hosts "$root/etc/"
