@@ -109,10 +109,6 @@ Instance::~Instance() {
   }
 }
 
-const Effect& Instance::HostedEffect() const noexcept {
-  return *state_->effect;
-}
-
 const ParameterSet& Instance::Parameters() const noexcept {
   return state_->parameters;
 }

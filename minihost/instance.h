@@ -34,8 +34,7 @@ class Instance {
   /// Closes, if that has not happened.
   ~Instance();
 
-  /// Both live as long as the instance; the parameters change with SetParameters.
-  const Effect& HostedEffect() const noexcept;
+  /// Lives as long as the instance, and changes with SetParameters.
   const ParameterSet& Parameters() const noexcept;
 
   /// Takes effect with the next command.  Throws std::invalid_argument when they belong to another effect.
