@@ -159,7 +159,8 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
     EXPECT_THAT(VideoReader(folder_ / name).Damage(), HasSubstr("breaks off")) << name;
   }
   MakeClip(folder_ / "sound.wav", "-f lavfi -i sine=d=0.1");
-  ExpectError(ExitCode::kInput, "there is neither picture nor video in it", [&] { VideoReader(folder_ / "sound.wav"); });
+  ExpectError(ExitCode::kInput, "there is neither picture nor video in it",
+              [&] { VideoReader(folder_ / "sound.wav"); });
 }
 
 // Ten pictures a second for a second, then five: retimed, each stays as long as it is shown.
