@@ -43,7 +43,7 @@ PF_Err CheckinParam(PF_ProgPtr ref, PF_ParamDef* def) {
   const HostCall call{Entry::kCheckinParam, nullptr, def == nullptr ? 0 : def->uu.id};
   return AnswerReturn(call, [&] {
     const PF_Err err = theirs.inter.checkin_param(ref, def);
-    if (err == PF_Err_NONE) {
+    if (err == PF_Err_NONE && def != nullptr) {
       Spoil(*def);
     }
     return err;

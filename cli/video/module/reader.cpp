@@ -185,7 +185,7 @@ void VideoReader::NoteWhatIsIgnored() {
   if (decoder_.Stream().codecpar->field_order > AV_FIELD_PROGRESSIVE) {
     notes_.emplace_back("the video is interlaced; both fields are taken as one picture");
   }
-  if (HasVaryingRate() && !index.IsRetimed()) {
+  if (!index.IsConstantRate() && !index.IsRetimed()) {
     notes_.push_back(
         fmt::format("the frame rate varies; {} pictures are shown "
                     "as {} frames at {:.3f} a second",
