@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <optional>
+#include <type_traits>
 
 #include "effect/pixel/rasterizer.h"
 #include "effect/render/frame/record.h"
@@ -152,7 +153,14 @@ class Flakes {
     const float k = static_cast<float>(sampled.alpha) * f.influenceScale;
     for (auto channel : {&T::red, &T::green, &T::blue}) {
       const float own = static_cast<float>(pixel.*channel);
-      pixel.*channel = static_cast<decltype(T::red)>((static_cast<float>(sampled.*channel) - own) * k + own);
+      const float lit = (static_cast<float>(sampled.*channel) - own) * k + own;
+      if constexpr (std::is_same_v<T, PF_PixelFloat>) {
+        pixel.*channel = lit;
+      } else {  // no light leads out of the range; what no 32 bits can hold is black
+        constexpr float kWhite = std::is_same_v<T, PF_Pixel> ? 255 : 32768;
+        const float held = lit > 0 && lit < 0x1p31f ? std::fmin(lit, kWhite) : 0.0f;
+        pixel.*channel = static_cast<decltype(T::red)>(held);
+      }
     }
     return pixel;
   }

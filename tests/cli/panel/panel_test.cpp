@@ -214,7 +214,7 @@ TEST_F(PanelTest, RefusesOtherUsers) {
   const std::string request = "GET " + base_ + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port_) +
                               "\r\nConnection: close\r\n\r\n";
   const auto statusAs = [&](uid_t user) {
-    std::array<char, 12> reply{};
+    std::array<char, 13> reply{};  // "HTTP/1.1 200" and an end
     const pid_t child = ::fork();
     if (child == 0) {
       sockaddr_in address{};
@@ -225,7 +225,7 @@ TEST_F(PanelTest, RefusesOtherUsers) {
       const int connection = ::socket(AF_INET, SOCK_STREAM, 0);
       ::connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
       ::send(connection, request.data(), request.size(), 0);
-      ::recv(connection, reply.data(), reply.size(), MSG_WAITALL);
+      ::recv(connection, reply.data(), reply.size() - 1, MSG_WAITALL);
       ::_exit(hasAsked ? std::atoi(&reply[9]) - 200 : 255);
     }
     int status = 0;
