@@ -55,11 +55,13 @@ cli::check::Fault TakeFault(fuzz::Input& input) {
 }
 
 // Sums are kept for a layer's one way of counting time: those of a frame counted otherwise are not the
-// next's.
+// next's.  Nor are those of a frame in which the host refused a parameter: it has its declared value then.
 constexpr std::int32_t kStep = 1;
+constexpr std::int32_t kOtherSums = 0;
 constexpr std::int32_t kFarTime = 1000;  // no frame's next
 
-// Answers with the time that a layer frame lasts in what was rendered, if anything was.
+// Answers with the time that a layer frame lasts in what was rendered, if anything was; kOtherSums where sums
+// of other values may follow.
 std::int32_t DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
   constexpr PF_Cmd kPlain[] = {PF_Cmd_SEQUENCE_SETUP, PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_SETDOWN,
                                PF_Cmd_SEQUENCE_FLATTEN};
@@ -74,9 +76,11 @@ std::int32_t DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost:
       instance.UpdateParamsUi(minihost::UiEvent::kUpdate);
       break;
     case 3:
-    case 4:
-      subject.host.Tell(TakeFault(input));
-      break;
+    case 4: {
+      const cli::check::Fault fault = TakeFault(input);
+      subject.host.Tell(fault);
+      return fault.entry == cli::check::Entry::kCheckoutParam ? kOtherSums : kStep;
+    }
     default: {
       const minihost::Frame frame = TakeFrame(input, stage);
       instance.Render(frame);
