@@ -1,4 +1,4 @@
-// Dialogs: the browser's own element keeps the focus inside and closes on Escape.
+// Dialogs: the browser's own element keeps the focus inside, closes on Escape and gives the focus back as it closes.
 
 import { h } from './dom.js';
 import { icon } from './icons.js';
@@ -8,7 +8,6 @@ let lastId = 0;
 /** Opens a dialog at once; it goes from the page when it is closed. Returns the element; `close()` closes it. */
 export function openDialog({ title, content, className = '', onClose = () => {} }) {
   const id = `dialog-${++lastId}`;
-  const opener = document.activeElement;
   const dialog = h(
     'dialog',
     { class: `dialog ${className}`, 'aria-labelledby': id },
@@ -20,7 +19,6 @@ export function openDialog({ title, content, className = '', onClose = () => {} 
   dialog.addEventListener('close', () => {
     dialog.remove();
     onClose();
-    opener?.focus?.();
   });
   // A press on the shade behind the dialog, and nothing that began inside.
   dialog.addEventListener('pointerdown', (event) => {

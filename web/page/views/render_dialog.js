@@ -79,6 +79,7 @@ export function openRenderDialog({ store, start, isConflict }) {
         errors.push(event.message);
       } else if (event.event === 'end') {
         setText(words, endText(event));
+        show(false); // the connection may stay open for a while; there is nothing left to stop
       }
     }
     setText(trouble, errors.join('\n'));
