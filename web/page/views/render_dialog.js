@@ -71,6 +71,7 @@ export function openRenderDialog({ store, start, isConflict }) {
 
   async function follow(events) {
     const errors = [];
+    let end;
     for await (const event of events) {
       if (event.event === 'frame') {
         set(progress, { max: event.total, value: event.done });
@@ -78,10 +79,11 @@ export function openRenderDialog({ store, start, isConflict }) {
       } else if (event.event === 'error') {
         errors.push(event.message);
       } else if (event.event === 'end') {
-        setText(words, endText(event));
-        show(false); // the connection may stay open for a while; there is nothing left to stop
+        end = event;
+        break; // the connection may stay open for a while, and there is nothing left to stop
       }
     }
+    setText(words, end ? endText(end) : '');
     setText(trouble, errors.join('\n'));
   }
 
