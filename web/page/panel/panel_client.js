@@ -56,7 +56,7 @@ export class PanelClient {
     const path = `api/renders/${encodeURIComponent(id)}`;
     return {
       id,
-      events: eventsOf(() => this.#ask('GET', `${path}/events`, { signal })),
+      events: told(eventsOf(() => this.#ask('GET', `${path}/events`, { signal }))),
       stop: async () => {
         await this.#ask('DELETE', path);
       },
@@ -82,7 +82,7 @@ export class PanelClient {
       response = await fetch(new URL(path, this.#base), { method, body, headers, signal, cache: 'no-store' });
     } catch (error) {
       signal?.throwIfAborted();
-      throw new PanelError("the tool does not answer; is 'vintrel panel' still running?", { cause: error });
+      throw noAnswer(error);
     }
     if (response.ok) {
       return response;
@@ -91,4 +91,17 @@ export class PanelClient {
     const words = error ?? `the tool answered ${response.status} to ${method} ${path}`;
     throw response.status === 409 ? new PanelConflict(words) : new PanelError(words);
   }
+}
+
+// A tool that ends in the middle of its answer.
+async function* told(events) {
+  try {
+    yield* events;
+  } catch (error) {
+    throw error instanceof PanelError ? error : noAnswer(error);
+  }
+}
+
+function noAnswer(cause) {
+  return new PanelError("the tool does not answer; is 'vintrel panel' still running?", { cause });
 }

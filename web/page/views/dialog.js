@@ -20,14 +20,19 @@ export function openDialog({ title, content, className = '', onClose = () => {} 
     dialog.remove();
     onClose();
   });
-  // A press on the shade behind the dialog, and nothing that began inside.
+  // A click on the shade behind the dialog, and nothing that began or ended inside. As it begins is too early: the
+  // browser would take the focus away again from where the closing dialog puts it.
+  const isOnShade = ({ target, clientX: x, clientY: y }) => {
+    const { left, right, top, bottom } = dialog.getBoundingClientRect();
+    return target === dialog && (x < left || x > right || y < top || y > bottom);
+  };
+  let beganOnShade = false;
   dialog.addEventListener('pointerdown', (event) => {
-    if (event.target === dialog) {
-      const { left, right, top, bottom } = dialog.getBoundingClientRect();
-      const { clientX: x, clientY: y } = event;
-      if (x < left || x > right || y < top || y > bottom) {
-        dialog.close();
-      }
+    beganOnShade = isOnShade(event);
+  });
+  dialog.addEventListener('click', (event) => {
+    if (beganOnShade && isOnShade(event)) {
+      dialog.close();
     }
   });
   document.body.append(dialog);

@@ -95,6 +95,7 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
     progress.hidden = !isRunning;
     set(progress, { value: 0 });
     start.disabled = isRunning;
+    (isRunning ? stop : start).focus(); // from the one that is disabled, or of no use any more
     known.forEach(({ available }, i) => {
       formats.querySelectorAll('input')[i].disabled = isRunning || !available;
     });

@@ -4,6 +4,9 @@ import { framesText } from '../share/scene.js';
 import { confirmDialog, openDialog } from './dialog.js';
 import { h, set, setText } from './dom.js';
 
+const kStoppedCode = 130; // as shells count an interrupt
+const kNothingWritten = 'Stopped: nothing was written.';
+
 /** `start({ output, frames, replace })` promises { events, stop() }, as PanelClient.startRender does. */
 export function openRenderDialog({ store, start, isConflict }) {
   const { time } = store.state;
@@ -45,6 +48,9 @@ export function openRenderDialog({ store, start, isConflict }) {
     set(frames, { disabled: isRunning });
     set(progress, { hidden: !isRunning });
     setText(cancel, isRunning ? 'Stop' : 'Close');
+    if (isRunning) {
+      cancel.focus(); // what had the focus is disabled
+    }
   }
 
   async function run(replace) {
@@ -58,11 +64,12 @@ export function openRenderDialog({ store, start, isConflict }) {
       }
       await follow(render.events);
     } catch (error) {
-      if (isConflict(error) && !replace && await confirmDialog({ title: 'Replace files?', text: error.message, act: 'Replace' })) {
+      const isGivenUp = isUnwanted && !render;
+      if (isConflict(error) && !replace && !isGivenUp && await confirmDialog({ title: 'Replace files?', text: error.message, act: 'Replace' })) {
         return run(true);
       }
-      setText(trouble, error.message);
-      setText(words, '');
+      setText(trouble, isGivenUp ? '' : error.message);
+      setText(words, isGivenUp ? kNothingWritten : '');
     }
     render = undefined;
     show(false);
@@ -84,13 +91,23 @@ export function openRenderDialog({ store, start, isConflict }) {
       }
     }
     setText(words, end ? endText(end) : '');
+    const isWell = end?.code === 0 || end?.code === kStoppedCode;
+    if (errors.length === 0 && !isWell) {
+      errors.push(end ? `The tool ended with code ${end.code}.` : 'The tool’s report broke off.');
+    }
     setText(trouble, errors.join('\n'));
   }
 
   function endText({ code, written, left }) {
-    if (code === 130) {
-      return `Stopped: ${written} frames written, ${left} left.`;
+    switch (code) {
+      case 0:
+        return `Done: ${framesOf(written)} in ${output.value.trim()}.`;
+      case kStoppedCode: // so early that the tool has not counted, there is nothing to count
+        return written === undefined ? kNothingWritten : `Stopped: ${framesOf(written)} written, ${left} left.`;
+      default:
+        return '';
     }
-    return code === 0 ? `Done: ${written} frames in ${output.value.trim()}.` : '';
   }
 }
+
+const framesOf = (count) => (count === 1 ? '1 frame' : `${count} frames`);
