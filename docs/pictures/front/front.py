@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Makes the pictures of the README beside this file: the loop, a small picture of each look, a sheet, a frame of ffmpeg.
+"""Makes pictures of the README beside this file: the loop, a small one of each look, a sheet, a shot in shares, a frame
+of ffmpeg.
 
 usage: front.py path/to/vintrel FREI0R_FOLDER GALLERY
 
-GALLERY is what ./run gallery has left, out/gallery.  Needs ffmpeg.  kdenlive.jpg is a photograph of a screen, taken by
-hand: Kdenlive 22.12, the street with the filter on it.
+GALLERY is what ./run gallery has left, out/gallery.  Needs ffmpeg.  page.mjs beside it takes the page's pictures.
+kdenlive.jpg is a photograph of a screen, taken by hand: Kdenlive 22.12, the street with the filter on it.
 """
 import glob
 import os
@@ -13,7 +14,8 @@ import sys
 import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-STREET = os.path.join(HERE, '../../../examples/street.png')
+EXAMPLES = os.path.join(HERE, '../../../examples')
+STREET = os.path.join(EXAMPLES, 'street.png')
 
 FIRST, FRAMES, FADE, RATE = 100, 40, 8, 24
 # Half of the picture: of a whole one so small the snow could not be seen.
@@ -43,6 +45,20 @@ def draw_small(source, name, part, size):
            f'crop={part},scale={size}:flags=area', '-frames:v', '1', '-q:v', '3', '-pix_fmt', 'yuvj444p', os.path.join(HERE, name + '.jpg'))
 
 
+def draw_farm(tool, folder):
+    """Each row of the sheet is the share of one task of an array job, by the job's own script."""
+    shares = 4
+    os.mkdir(os.path.join(folder, 'frames'))
+    subprocess.run([tool, 'render', STREET, '-o', 'frames/snow.####.png', '--frames', '0-479x30', '--proxy', '2', '--preset',
+                    'blizzard', '--save-scene', 'shot.toml', '--dry-run'], check=True, cwd=folder, stdout=subprocess.DEVNULL)
+    for task in range(1, shares + 1):
+        subprocess.run(['sh', os.path.join(EXAMPLES, 'farm.sbatch'), 'shot.toml', str(shares)], check=True, cwd=folder,
+                       stderr=subprocess.DEVNULL, env=os.environ | {'VINTREL': tool, 'SLURM_ARRAY_TASK_ID': str(task)})
+    subprocess.run([tool, 'sheet', 'frames/snow.####.png', '-q', '-o', 'farm.png', '--frames', '0-479x30', '--count', '16',
+                    '--set', 'flakes=0'], check=True, cwd=folder)
+    draw_small(os.path.join(folder, 'farm.png'), 'farm', 'iw:ih:0:0', '720:-1')
+
+
 def main():
     tool, frei0r, gallery = (os.path.abspath(argument) for argument in sys.argv[1:])
     for sheet in sorted(glob.glob(os.path.join(gallery, '*-sheet.png'))):
@@ -50,6 +66,7 @@ def main():
         draw_small(os.path.join(gallery, look + '.png'), look, HALF, '400:225')
     with tempfile.TemporaryDirectory() as folder:
         draw_loop(tool, folder)
+        draw_farm(tool, folder)
         sheet = os.path.join(folder, 'sheet.png')
         subprocess.run([tool, 'sheet', STREET, '-q', '-o', sheet, '--frames', '0-95', '--count', '4', '--proxy', '2',
                         '--preset', 'turning-wind'], check=True)
