@@ -85,6 +85,8 @@ test('every key is reached from its neighbour, and a key that is made is the sel
   actions.setFrame(20);
   assert.equal(selected(), undefined, 'the playhead has left it');
   assert.deepEqual([walk(1), walk(1)], [['size', 20], ['wind', 20]]);
+  actions.moveKey('wind', 20, 30, { takesPlayhead: true });
+  assert.deepEqual([selected(), actions.canMoveKey('wind', 50), actions.canMoveKey('wind', 40)], [['wind', 30], false, true]);
 });
 
 test('the point under the pointer stays there while zooming', () => {

@@ -11,8 +11,8 @@ export function createActions(store, declarations) {
     parameters[slug] ?? declarations.bySlug.get(slug).default;
 
   // What has its default is left out, so that equal settings are equal objects. `key` is the frame of the key that is
-  // selected afterwards.
-  function putCourse(slug, course, { key, ...options } = {}) {
+  // selected afterwards; `takesPlayhead` brings the playhead there in the same step, for views that show that key alone.
+  function putCourse(slug, course, { key, takesPlayhead = false, ...options } = {}) {
     const declaration = declarations.bySlug.get(slug);
     store.update(
       (state) => {
@@ -23,7 +23,8 @@ export function createActions(store, declarations) {
         const parameters = equalValues(course, declaration.default) ? others : { ...others, [slug]: course };
         const isOfKeys = isKeyed(before) || isKeyed(course);
         const selection = key === undefined ? undefined : { slug, frame: key };
-        return { ...state, parameters, view: isOfKeys ? { ...state.view, key: selection } : state.view };
+        const next = { ...state, parameters, view: isOfKeys ? { ...state.view, key: selection } : state.view };
+        return takesPlayhead ? withPlayheadAt(key, next) : next;
       },
       { label: titleOf(declaration), ...options },
     );
@@ -84,6 +85,11 @@ export function createActions(store, declarations) {
     removeAllKeys(slug) {
       putCourse(slug, actions.valueOf(slug), { label: 'Remove keys' });
     },
+    /** Whether a key may be moved there: within the clip, and not onto another one, which would be lost for good. */
+    canMoveKey(slug, to) {
+      const { first, last } = store.state.time;
+      return to >= first && to <= last && !keyAt(courseOf(slug), to);
+    },
     moveKey(slug, from, to, options) {
       putCourse(slug, withMovedKey(courseOf(slug), from, to), { label: 'Move key', ...options, key: to });
     },
@@ -112,15 +118,7 @@ export function createActions(store, declarations) {
 
     /** Moves the playhead; what the timeline shows follows it. */
     setFrame(frame) {
-      store.update((state) => {
-        const { first, last } = state.time;
-        const time = { ...state.time, frame: Math.min(Math.max(Math.round(frame), first), last) };
-        if (time.frame === state.time.frame) {
-          return state;
-        }
-        const span = spanWithPlayhead({ view: state.view, time });
-        return { ...state, time, view: span === state.view.span ? state.view : { ...state.view, span } };
-      });
+      store.update((state) => withPlayheadAt(frame, state));
     },
     /** Shows less of the clip (a factor above 1) or more of it, with `frame` staying where it is on the timeline. */
     zoomTime(factor, frame = store.state.time.frame) {
@@ -154,4 +152,14 @@ export function createActions(store, declarations) {
     },
   };
   return actions;
+}
+
+function withPlayheadAt(frame, state) {
+  const { first, last } = state.time;
+  const time = { ...state.time, frame: Math.min(Math.max(Math.round(frame), first), last) };
+  if (time.frame === state.time.frame) {
+    return state;
+  }
+  const span = spanWithPlayhead({ view: state.view, time });
+  return { ...state, time, view: span === state.view.span ? state.view : { ...state.view, span } };
 }

@@ -1,6 +1,5 @@
 // The keys on a lane: buttons that are dragged or moved with the arrow keys.
 
-import { keyAt } from '../state/course.js';
 import { titleOf, valueText } from '../state/declarations.js';
 import { spanOf } from '../state/time_span.js';
 import { heightOf } from './curve.js';
@@ -28,12 +27,6 @@ export function createLaneKeys(declaration, { store, actions }) {
     }, svg('svg', { viewBox: '0 0 12 12', 'aria-hidden': 'true' }, svg('path', { d: 'M6 1l5 5-5 5-5-5z' })));
   }
 
-  // A key that stands in the way would be lost for good; the moved one goes around it.
-  function canMoveTo(frame) {
-    const { first, last } = store.state.time;
-    return frame >= first && frame <= last && !keyAt(course(), frame);
-  }
-
   function drag(event) {
     if (event.button !== 0) {
       return;
@@ -46,7 +39,7 @@ export function createLaneKeys(declaration, { store, actions }) {
       (now) => {
         const { left, width } = element.getBoundingClientRect();
         const to = frameAtShare((now.clientX - left) / width, spanOf(store.state));
-        if (canMoveTo(to)) {
+        if (actions.canMoveKey(slug, to)) {
           move(button, to, { merge });
         }
       },
@@ -63,9 +56,8 @@ export function createLaneKeys(declaration, { store, actions }) {
     const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
     if (by && !event.altKey && !event.ctrlKey) {
       const to = frame + by * (event.shiftKey ? 10 : 1);
-      if (canMoveTo(to)) {
-        move(button, to, { merge: `nudge ${slug}` });
-        actions.setFrame(to);
+      if (actions.canMoveKey(slug, to)) {
+        move(button, to, { takesPlayhead: true, merge: `nudge ${slug}` });
       }
     } else if (by) {
       focusOn(neighbour(frame, by));

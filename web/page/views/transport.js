@@ -1,6 +1,7 @@
 // Time in numbers: play and step, the playhead, first and last frame, rate, shutter, and what playback reaches.
 
 import { parseRate } from '../share/rate.js';
+import { createFrameField } from './controls/frame_field.js';
 import { createTextField } from './controls/text_field.js';
 import { h, set, setText } from './dom.js';
 import { icon } from './icons.js';
@@ -24,9 +25,25 @@ export function createTransport({ store, actions, notices }) {
 
   const play = button('play', 'Play', () => actions.setView({ playing: !store.state.view.playing }), 'Space');
   const loop = button('loop', 'Loop', () => actions.setTime({ loop: !time().loop }), 'L');
-  const frame = numberField('Frame', 'frame', (number) => actions.setFrame(number), () => true);
-  const first = numberField('First frame', 'first', (number, options) => actions.setRange(number, time().last, options), (number) => number <= time().last && time().last - number < kMostFrames);
-  const last = numberField('Last frame', 'last', (number, options) => actions.setRange(time().first, number, options), (number) => number >= time().first && number - time().first < kMostFrames);
+  const rule = 'frames are whole numbers, the first before the last';
+  const frame = createFrameField({
+    label: 'Frame', slug: 'time frame', rule, notices,
+    fits: () => true,
+    change: (number) => {
+      actions.setFrame(number);
+      frame.update(time().frame); // beyond the clip's end it is another, and maybe the one that it was
+    },
+  });
+  const first = createFrameField({
+    label: 'First frame', slug: 'time first', rule, notices,
+    fits: (number) => number <= time().last && time().last - number < kMostFrames,
+    change: (number, options) => actions.setRange(number, time().last, options),
+  });
+  const last = createFrameField({
+    label: 'Last frame', slug: 'time last', rule, notices,
+    fits: (number) => number >= time().first && number - time().first < kMostFrames,
+    change: (number, options) => actions.setRange(time().first, number, options),
+  });
 
   const fps = createTextField({
     slug: 'fps', label: 'Frames a second', className: 'number rate', complain,
@@ -70,7 +87,7 @@ export function createTransport({ store, actions, notices }) {
       button('forward', 'One frame on', () => actions.setFrame(time().frame + 1), '→'),
       button('last', 'To the last frame', () => actions.setFrame(time().last), 'End'),
       loop),
-    h('label', { class: 'with-unit' }, frame.element, h('span', {}, 'of')),
+    h('label', { class: 'with-unit' }, frame.element, h('span', { class: 'of' }, 'of')),
     h('span', { class: 'with-unit range' }, first.element, h('span', {}, '–'), last.element),
     h('label', { class: 'with-unit' }, fps.element, h('span', {}, 'fps')),
     h('datalist', { id: 'rates' }, kRates.map((rate) => h('option', { value: rate }))),
@@ -84,25 +101,6 @@ export function createTransport({ store, actions, notices }) {
     if (text) {
       notices.fail(text);
     }
-  }
-
-  function numberField(label, slug, change, fits) {
-    return createTextField({
-      slug: `time ${slug}`, label, className: 'number', complain,
-      shown: String,
-      read: async (text) => {
-        const number = Number(text || NaN);
-        if (!Number.isInteger(number) || Math.abs(number) > 0x7fffffff || !fits(number)) {
-          throw new Error(`'${text}' cannot be the ${label.toLowerCase()}: frames are whole numbers, the first before the last`);
-        }
-        return number;
-      },
-      step: (number, direction, { shiftKey }) => {
-        const next = number + direction * (shiftKey ? 10 : 1);
-        return fits(next) ? next : number;
-      },
-      change,
-    });
   }
 
   return {
