@@ -1,7 +1,7 @@
 // A clip out: which format, which frames; progress, and a way to stop.
 
 import { clipFormats, exportClip } from '../media/clip.js';
-import { bytesText, clipBytes, isTooLargeForMemory } from '../media/clip_size.js';
+import { bytesText, isTooLargeForMemory, mostClipBytes } from '../media/clip_size.js';
 import { canChooseFile, chooseFile } from '../media/file_choice.js';
 import { openDialog } from './dialog.js';
 import { h, set, setText } from './dom.js';
@@ -15,16 +15,14 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
   const source = await library.load(plate);
   const size = { width: source.width, height: source.height };
   const count = time.last - time.first + 1;
-  const bytes = clipBytes(size, count);
   let controller;
 
   const formats = h('div', { class: 'choices', role: 'radiogroup', 'aria-label': 'Format' }, h('p', { class: 'muted' }, 'Asking the browser what it can write…'));
   const progress = h('progress', { max: count, value: 0, 'aria-label': 'Frames done' });
-  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}, seldom more than ${bytesText(bytes)}`);
+  const words = h('p', { class: 'muted', role: 'status' }, `${count} frames at ${time.fps} frames a second, ${size.width} × ${size.height}`);
   const trouble = h('p', { class: 'trouble', role: 'alert' });
-  const isRisky = !canChooseFile() && isTooLargeForMemory(bytes);
-  const warning = h('p', { class: 'warning', hidden: !isRisky },
-    `This browser cannot write a file while it renders: the clip lies in memory until it is done, up to about ${bytesText(bytes)}. Fewer frames are safer.`);
+  const warning = h('p', { class: 'warning', hidden: true },
+    'This browser cannot write a file while it renders: the clip lies in memory until it is done. Fewer frames are safer.');
   const start = h('button', { type: 'button', class: 'button primary', disabled: true, onclick: run }, 'Export');
   const stop = h('button', { type: 'button', class: 'button', onclick: () => (controller ? controller.abort() : dialog.close()) }, 'Cancel');
   const dialog = openDialog({
@@ -36,20 +34,31 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
   const known = await clipFormats({ ...size, fps: time.fps });
   const chosen = known.find(({ available }) => available)?.id;
   formats.replaceChildren(
-    ...known.map(({ id, label, available, reason, note }) =>
-      h('label', { class: 'choice' },
-        h('input', { type: 'radio', name: 'format', value: id, checked: id === chosen, disabled: !available }),
-        h('span', {}, label, (reason || note) && h('span', { class: 'muted' }, reason || note)))),
+    ...known.map(({ id, label, available, reason, note }) => {
+      const most = `up to about ${bytesText(mostClipBytes(id, size, count))}, by how much it snows`;
+      return h('label', { class: 'choice' },
+        h('input', { type: 'radio', name: 'format', value: id, checked: id === chosen, disabled: !available, onchange: warn }),
+        h('span', {}, label, h('span', { class: 'muted' }, reason || [most, note].filter(Boolean).join('; '))));
+    }),
   );
   start.disabled = chosen === undefined;
   if (chosen) {
+    warn();
     start.focus();
   } else {
     setText(trouble, 'This browser cannot write a clip. Save single frames as PNG, or copy the command line for the tool.');
   }
 
+  function chosenFormat() {
+    return formats.querySelector('input:checked').value;
+  }
+
+  function warn() {
+    warning.hidden = canChooseFile() || !isTooLargeForMemory(mostClipBytes(chosenFormat(), size, count));
+  }
+
   async function run() {
-    const format = formats.querySelector('input:checked').value;
+    const format = chosenFormat();
     const name = `snow.${format}`;
     setText(trouble, '');
     try {
