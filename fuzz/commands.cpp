@@ -1,17 +1,23 @@
 // A run of commands on one instance, with faults of its host between them: afterwards everything lent is
-// back, nothing was written beside the pixels, and the next frame is that of a fresh instance.
+// back, nothing was written beside the pixels, and the next frames are those of a fresh instance.
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 
+#include "cli/check/instance_record.h"
 #include "cli/check/scenario.h"
 #include "cli/check/subject.h"
-#include "cli/check/wild.h"
 #include "fuzz/input.h"
 
 namespace {
 
+using cli::check::Entry;
+using cli::check::InstanceRecord;
 using cli::check::Stage;
 using cli::check::Subject;
+using cli::check::TimeOf;
 
 // Parameters of any number in their valid range, of few flakes.
 minihost::ParameterSet TakeLook(fuzz::Input& input, const Subject& subject) {
@@ -54,15 +60,59 @@ cli::check::Fault TakeFault(fuzz::Input& input) {
   return fault;
 }
 
-// Sums are kept for a layer's one way of counting time: those of a frame counted otherwise are not the
-// next's.  Nor are those of a frame in which the host refused a parameter: it has its declared value then.
-constexpr std::int32_t kStep = 1;
-constexpr std::int32_t kOtherSums = 0;
-constexpr std::int32_t kFarTime = 1000;  // no frame's next
+// Whether the sums that an instance keeps are those that a fresh one takes from time 0 on.  They are others
+// after a frame that counted the layer's time in other steps, and after one in which the host refused Speed,
+// Wind or Frequency, which then had its declared value: as long as frames continue from them.
+class KeptSums {
+ public:
+  explicit KeptSums(Subject& subject) : host_(subject.host) {
+    const minihost::ParameterList& list = subject.Effect()->Parameters();
+    std::ranges::transform(kSummed, summed_.begin(),
+                           [&](const char* name) { return FindParameter(list, name)->index; });
+    host_.isRecording = true;
+    host_.after = [this](const cli::check::CommandView& command, PF_Err) { See(command); };
+  }
+  KeptSums(const KeptSums&) = delete;
+  KeptSums& operator=(const KeptSums&) = delete;
 
-// Answers with the time that a layer frame lasts in what was rendered, if anything was; kOtherSums where sums
-// of other values may follow.
-std::int32_t DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
+  // None after a set-down.
+  const std::optional<InstanceRecord>& Record() const { return record_; }
+  bool AreOthers() const { return areOthers_; }
+
+ private:
+  static constexpr std::array kSummed = {"Speed", "Wind", "Frequency"};
+
+  void See(const cli::check::CommandView& command) {
+    const std::optional<InstanceRecord> before = record_;
+    const PF_Handle handle = command.out.sequence_data;
+    record_ = handle == nullptr ? std::nullopt : std::optional(cli::check::ReadRecord(handle));
+    if (!record_) {
+      areOthers_ = false;
+    } else if (record_ != before) {
+      const std::int32_t step = command.in.local_time_step;
+      const bool continues = before && TimeOf(*before) == command.in.current_time - step;
+      areOthers_ = (continues && areOthers_) || step != 1 || WasSumRefused();
+    }
+    host_.record.clear();
+  }
+
+  // Before the sums are kept the host is asked whether to go on; what is read afterwards is not in them.
+  bool WasSumRefused() const {
+    const auto question = std::ranges::find(host_.record.rbegin(), host_.record.rend(), Entry::kAbort,
+                                            &cli::check::HostCall::entry);
+    return std::any_of(question, host_.record.rend(), [this](const cli::check::HostCall& call) {
+      return call.isLie && call.entry == Entry::kCheckoutParam &&
+             std::ranges::find(summed_, call.number) != summed_.end();
+    });
+  }
+
+  cli::check::LyingHost& host_;
+  std::array<std::int32_t, kSummed.size()> summed_{};
+  std::optional<InstanceRecord> record_;
+  bool areOthers_ = false;
+};
+
+void DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
   constexpr PF_Cmd kPlain[] = {PF_Cmd_SEQUENCE_SETUP, PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_SETDOWN,
                                PF_Cmd_SEQUENCE_FLATTEN};
   switch (input.Between(0, 7)) {
@@ -76,18 +126,28 @@ std::int32_t DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost:
       instance.UpdateParamsUi(minihost::UiEvent::kUpdate);
       break;
     case 3:
-    case 4: {
-      const cli::check::Fault fault = TakeFault(input);
-      subject.host.Tell(fault);
-      return fault.entry == cli::check::Entry::kCheckoutParam ? kOtherSums : kStep;
-    }
-    default: {
-      const minihost::Frame frame = TakeFrame(input, stage);
-      instance.Render(frame);
-      return frame.timing.localTimeStep;
-    }
+    case 4:
+      subject.host.Tell(TakeFault(input));
+      break;
+    default:
+      instance.Render(TakeFrame(input, stage));
+      break;
   }
-  return kStep;
+}
+
+// With `record`, if any, in place of what its set-up left.
+std::vector<std::byte> RenderFresh(Subject& subject, const minihost::ParameterSet& look, Stage& stage,
+                                   std::int32_t time, const std::optional<InstanceRecord>& record) {
+  minihost::Instance fresh(subject.Effect(), look);
+  subject.host.before = [&](const cli::check::CommandView& command) {
+    if (record && command.number == PF_Cmd_SMART_PRE_RENDER) {
+      cli::check::WriteRecord(command.out.sequence_data, *record);
+    }
+    return cli::check::LyingHost::Pass::kOn;
+  };
+  std::vector<std::byte> pixels = stage.Render(fresh, stage.Begin(minihost::Protocol::kSmart, time));
+  subject.host.before = nullptr;
+  return pixels;
 }
 
 void RunCommands(fuzz::Input& input) {
@@ -97,24 +157,28 @@ void RunCommands(fuzz::Input& input) {
   Stage stage(layout);
   subject.host.Reset();
   const minihost::ParameterSet look = TakeLook(input, subject);
+  const KeptSums sums(subject);
   minihost::Instance instance(subject.Effect(), look);
-  std::int32_t lastTime = 5;
   for (int steps = 0; steps < 24 && !input.IsEmpty(); ++steps) {
     try {
-      if (DoOne(input, subject, stage, instance) != kStep) {
-        lastTime = kFarTime;
-      }
+      DoOne(input, subject, stage, instance);
     } catch (const std::invalid_argument&) {  // what the host does not send
     }
     const std::string damage = Damage(stage);
     fuzz::Require(damage.empty(), damage);
   }
   subject.host.Reset();
-  const minihost::Frame last = stage.Begin(minihost::Protocol::kSmart, lastTime);
-  const std::vector<std::byte> pixels = stage.Render(instance, last);
-  minihost::Instance fresh(subject.Effect(), look);
-  fuzz::Require(stage.Render(fresh, stage.Begin(minihost::Protocol::kSmart, lastTime)) == pixels,
-                "the next frame is that of a fresh instance");
+
+  const std::int32_t next = sums.Record() ? TimeOf(*sums.Record()) + 1 : 5;
+  const auto given = sums.AreOthers() ? sums.Record() : std::nullopt;
+  const auto renderSame = [&](std::int32_t time) {
+    return stage.Render(instance, stage.Begin(minihost::Protocol::kSmart, time));
+  };
+  fuzz::Require(renderSame(next) == RenderFresh(subject, look, stage, next, given),
+                "the next frame, which continues, is that of a fresh instance with as much of the record");
+  const std::int32_t later = next + 2;
+  fuzz::Require(renderSame(later) == RenderFresh(subject, look, stage, later, {}),
+                "a frame that begins anew is that of a fresh instance");
   instance.Close();
   // A host that lies about a depth brings about calls against its rules; what it lent comes back all the
   // same.

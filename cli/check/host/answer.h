@@ -26,15 +26,10 @@ struct Telling {
 };
 Telling& CurrentTelling() noexcept;
 
-/// Counts a call.  The fault whose turn it is, or null.
-inline const Fault* NextLie(const HostCall& call) {
-  Telling& telling = CurrentTelling();
-  if (telling.host->isRecording) {
-    telling.host->record.push_back(call);
-  }
-  Plan& plan = telling.plan;
-  const std::uint64_t number = ++plan.calls[static_cast<std::size_t>(call.entry)];
-  if (!plan.fault || plan.fault->entry != call.entry) {
+/// Counts a call of an entry.  The fault whose turn it is, or null.
+inline const Fault* DueFault(Plan& plan, Entry entry) {
+  const std::uint64_t number = ++plan.calls[static_cast<std::size_t>(entry)];
+  if (!plan.fault || plan.fault->entry != entry) {
     return nullptr;
   }
   const Fault& fault = *plan.fault;
@@ -43,6 +38,17 @@ inline const Fault* NextLie(const HostCall& call) {
   }
   ++plan.told;
   return &fault;
+}
+
+/// Counts a call, and notes it where that is wanted.  The fault whose turn it is, or null.
+inline const Fault* NextLie(const HostCall& call) {
+  Telling& telling = CurrentTelling();
+  const Fault* const lie = DueFault(telling.plan, call.entry);
+  if (telling.host->isRecording) {
+    telling.host->record.push_back(call);
+    telling.host->record.back().isLie = lie != nullptr;
+  }
+  return lie;
 }
 
 [[noreturn]] inline void Throw(const Fault& lie) {

@@ -124,6 +124,7 @@ struct HostCall {
   Entry entry;
   const void* about = nullptr;  // the suite's name, for those
   std::int32_t number = 0;      // the suite's version, the parameter's index
+  bool isLie = false;           // answered otherwise than it should
 };
 
 }  // namespace cli::check

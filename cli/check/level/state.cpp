@@ -1,26 +1,17 @@
 // Level 3: the record that an instance keeps between frames.
 #include <fmt/format.h>
 
-#include <array>
-#include <bit>
 #include <cstring>
 #include <map>
+#include <utility>
 
+#include "cli/check/instance_record.h"
 #include "cli/check/level.h"
 #include "cli/check/random.h"
 #include "cli/check/scenario.h"
 
 namespace cli::check {
 namespace {
-
-constexpr std::size_t kRecordBytes = 28;
-using Record = std::array<std::byte, kRecordBytes>;
-
-std::int32_t TimeOf(const Record& record) {
-  std::int32_t time = 0;
-  std::memcpy(&time, record.data(), sizeof time);
-  return time;
-}
 
 class States {
  public:
@@ -55,13 +46,13 @@ class States {
 
   // With this record in place of what the frame at time 2 left.  A record of the frame before is continued,
   // whatever its sums; all others count for nothing.
-  void After(Tally::Check check, const Record& record, std::int32_t time) {
+  void After(Tally::Check check, const InstanceRecord& record, std::int32_t time) {
     minihost::Instance instance = subject_.Make(kLook);
     subject_.host.Reset();
     WatchRecord();
     subject_.host.before = [&](const CommandView& command) {
       if (command.number != PF_Cmd_SMART_RENDER && command.out.sequence_data != nullptr) {
-        std::memcpy(*command.out.sequence_data, record.data(), record.size());
+        WriteRecord(command.out.sequence_data, record);
       }
       return LyingHost::Pass::kOn;
     };
@@ -79,9 +70,9 @@ class States {
   }
 
   void BitFlips(Tally::Check check) {
-    const Record kept = Alone(2).record;
+    const InstanceRecord kept = Alone(2).record;
     for (std::size_t bit = 0; bit < kRecordBytes * 8; ++bit) {
-      Record flipped = kept;
+      InstanceRecord flipped = kept;
       flipped[bit / 8] ^= std::byte(1 << bit % 8);
       for (const std::int32_t time : {3, 2, 7}) {
         task_.tally.Try(check, "{}: bit {} flipped, then frame {}", name_, bit, time);
@@ -93,7 +84,7 @@ class States {
   void RandomBytes(Tally::Check check, std::uint64_t count) {
     Random random(task_.seed);
     for (std::uint64_t i = 0; i < count; ++i) {
-      Record record;
+      InstanceRecord record;
       for (std::byte& byte : record) {
         byte = std::byte(random.Next() & 0xFF);
       }
@@ -145,13 +136,13 @@ class States {
  private:
   struct Known {
     std::vector<std::byte> picture;
-    Record record;
+    InstanceRecord record;
   };
 
   void WatchRecord() {
     subject_.host.after = [this](const CommandView& command, PF_Err) {
       if (command.out.sequence_data != nullptr) {
-        std::memcpy(after_.data(), *command.out.sequence_data, after_.size());
+        after_ = ReadRecord(command.out.sequence_data);
       }
     };
   }
@@ -163,7 +154,7 @@ class States {
       return found->second;
     }
     Stage stage({.width = 24, .height = 18, .depth = stage_.output.Picture().PixelDepth(), .padding = 1});
-    const Record kept = after_;
+    const InstanceRecord kept = after_;
     const auto before = std::exchange(subject_.host.before, nullptr);
     const auto after = std::exchange(subject_.host.after, nullptr);
     minihost::Instance instance = subject_.Make(kLook);
@@ -183,7 +174,7 @@ class States {
   minihost::Protocol protocol_;
   Stage stage_;
   std::string name_;
-  Record after_{};
+  InstanceRecord after_{};
   std::map<std::int32_t, Known> alone_;
 };
 
