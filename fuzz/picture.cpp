@@ -3,8 +3,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "cli/picture/module/open_file.h"
 #include "cli/picture/reader.h"
@@ -28,25 +30,54 @@ class MemoryFile {
   int file_;
 };
 
-// The library takes memory for an EXR's rows, and for a table of them, as its header has them, before anyone
-// can ask for the size.  A gigabyte is soon refused without sanitizers and takes a minute with them.
+constexpr std::int64_t kMostAnnounced = 1 << 18;
+
+// 0 where there are no more bytes.
+std::int64_t NumberAt(std::string_view bytes, std::size_t at) {
+  std::int32_t number = 0;
+  if (at + sizeof number <= bytes.size()) {
+    std::memcpy(&number, bytes.data() + at, sizeof number);
+  }
+  return number;
+}
+
+// Left, top, right, bottom.
+bool IsVastWindow(std::string_view window) {
+  return NumberAt(window, 8) - NumberAt(window, 0) >= kMostAnnounced ||
+         NumberAt(window, 12) - NumberAt(window, 4) >= kMostAnnounced;
+}
+
+// The library takes memory for an EXR's attributes, its rows and a table of them, as its header has them,
+// before anyone can ask for the size.  A gigabyte is soon refused without sanitizers and takes a minute with
+// them.
 bool IsVast(std::string_view file) {
-  using namespace std::string_view_literals;
-  constexpr std::string_view kWindow = "dataWindow\0box2i\0"sv;
-  constexpr std::int64_t kMost = 1 << 18;
-  for (std::size_t at = 0; (at = file.find(kWindow, at)) != file.npos;) {
-    at += kWindow.size();
-    std::array<std::int32_t, 5> sizeAndCorners{};  // the attribute's size; left, top, right, bottom
-    if (file.size() - at >= sizeof sizeAndCorners) {
-      std::memcpy(sizeAndCorners.data(), file.data() + at, sizeof sizeAndCorners);
-    }
-    for (const std::size_t corner : {1u, 2u}) {
-      if (std::int64_t{sizeAndCorners[corner + 2]} - sizeAndCorners[corner] >= kMost) {
+  constexpr std::int64_t kHasParts = 0x1000;
+  if (!file.starts_with("\x76\x2f\x31\x01")) {
+    return false;
+  }
+  const bool hasParts = (NumberAt(file, 4) & kHasParts) != 0;
+  std::string_view rest = file;
+  const auto skip = [&](std::size_t bytes) { rest.remove_prefix(std::min(bytes, rest.size())); };
+  const auto takeWord = [&] {
+    const std::string_view word = rest.substr(0, rest.find('\0'));
+    skip(word.size() + 1);
+    return word;
+  };
+  skip(8);
+  for (;;) {
+    const std::string_view name = takeWord();
+    if (!name.empty()) {
+      takeWord();  // its type
+      const std::int64_t size = NumberAt(rest, 0);
+      skip(4);
+      if (size >= kMostAnnounced || (name == "dataWindow" && IsVastWindow(rest))) {
         return true;
       }
+      skip(size < 0 ? 0 : static_cast<std::size_t>(size));
+    } else if (!hasParts || rest.empty() || rest.front() == '\0') {  // the end of the last header
+      return false;
     }
   }
-  return false;
 }
 
 // More samples than this say nothing that fewer do not, and take long.
