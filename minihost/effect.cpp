@@ -81,7 +81,6 @@ Effect::Effect(Module module, EntryPoint mainEntry, const Faults& faults)
     RequireSuccess(setup.Run(entry_, PF_Cmd_GLOBAL_SETUP, nullptr, nullptr, nullptr), "global set-up");
     RequireClean(session.ledger, "global set-up");
     version_ = VersionOf(setup.OutData().my_version);
-    supportsSmartRender_ = (setup.OutData().out_flags2 & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0;
   }
   PF_ParamDef inputLayer{};
   inputLayer.param_type = PF_Param_LAYER;

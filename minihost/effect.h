@@ -61,8 +61,6 @@ class Effect {
   SharedParameterList SharedParameters() const noexcept { return parameters_; }
 
   const EffectVersion& Version() const noexcept { return version_; }
-  /// Whether frames may be asked for by Protocol::kSmart.
-  bool SupportsSmartRender() const noexcept { return supportsSmartRender_; }
 
   /// The effect's text about itself, its carriage returns turned into line feeds.  Throws EffectError when
   /// the effect does not give it.
@@ -85,7 +83,6 @@ class Effect {
   std::vector<PF_ParamDef> definitions_;
   SharedParameterList parameters_;
   EffectVersion version_;
-  bool supportsSmartRender_ = false;
 };
 
 }  // namespace minihost
