@@ -23,8 +23,8 @@ class Ledger {
   /// One line for each open loan, such as `suite "PF World Suite" 2`, without those the host keeps.
   std::vector<std::string> Missing() const;
 
-  /// What the effect did against the rules: returned what was never lent or was back already, wrote beyond
-  /// the handshake.  In the order it happened.
+  /// What the effect did against the rules, such as to give back what was not on loan, or to render more than
+  /// was asked for.  In the order it happened.
   const std::vector<std::string>& Faults() const noexcept { return faults_; }
 
   // The host's side.

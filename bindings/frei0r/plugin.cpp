@@ -4,11 +4,9 @@ extern "C" {
 #include <frei0r.h>
 }
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <exception>
 
 #include "bindings/frei0r/snow.h"
 

@@ -1,6 +1,5 @@
 #include "bindings/frei0r/snow.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <stdexcept>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -63,7 +62,8 @@ class Store {
   std::uint64_t edits_ = 0;
 };
 
-/// Whether the host gives the values of the courses up to this frame.  `everyFrame` reads them all.
+/// Whether the host gives the values of the courses up to this frame.  kEveryFrame reads them all, kSome
+/// those that tell a long curve from another.
 enum class Check { kEveryFrame, kSome };
 bool Hold(const Courses& courses, std::int64_t frame, const HostParameters& host, Check check);
 

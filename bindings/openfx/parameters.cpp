@@ -47,7 +47,7 @@ const char* TypeOf(PF_ParamType type) {
   }
 }
 
-void SetDoubleRange(const Properties& properties, const minihost::ParameterInfo& info, double defaultValue) {
+void SetDoubleRange(const Properties& properties, const ParameterInfo& info, double defaultValue) {
   const bool isPoint = info.type == PF_Param_POINT;
   properties.SetDouble("OfxParamPropDefault", defaultValue);
   properties.SetDouble("OfxParamPropMin", isPoint ? -kFarthestPercent : info.validMin);
@@ -127,7 +127,6 @@ std::string ScriptName(const std::string& displayName) {
 
 void DefineParameters(const Suites& suites, OfxParamSetHandle set, const minihost::ParameterList& list) {
   int children = 0;
-  OfxPropertySetHandle page = nullptr;
   const auto define = [&](const char* type, const std::string& name, const std::string& label,
                           const std::string& group) {
     OfxPropertySetHandle handle = nullptr;
@@ -142,7 +141,7 @@ void DefineParameters(const Suites& suites, OfxParamSetHandle set, const minihos
     }
     return handle;
   };
-  page = define("OfxParamTypePage", kPage, "Controls", "");
+  const OfxPropertySetHandle page = define("OfxParamTypePage", kPage, "Controls", "");
   for (const ParameterInfo& info : list) {
     if (info.type == PF_Param_GROUP_START) {
       const OfxPropertySetHandle group =

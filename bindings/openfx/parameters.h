@@ -1,7 +1,6 @@
 // The effect's parameters as OpenFX has them: declared once, read at any time.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 

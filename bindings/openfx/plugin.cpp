@@ -2,7 +2,6 @@
 #include <atomic>
 #include <cstring>
 #include <exception>
-#include <mutex>
 #include <new>
 #include <string>
 #include <string_view>

@@ -13,8 +13,7 @@ struct LevelReport {
   int number = 0;
   std::string name;
   std::vector<CheckResult> checks;
-  std::string
-      broken;  // how the level's process ended before its time, and where it was; empty when it did not
+  std::string broken;  // how its process ended before its time, and where; empty when it did not
   double seconds = 0;
 
   bool Passed() const;

@@ -9,8 +9,8 @@
 namespace minihost {
 namespace {
 
-constexpr double kFarthest =
-    0x1p40;  // radians; quarter turns up to there have 64 bits to spare for their number
+// Radians.  The quarter turn in AngleOf is good to 2^-163, and so many of them as lie below this to 2^-123.
+constexpr double kFarthest = 0x1p40;
 
 // The unrounded sum of two numbers, of which the second is at most half a step of the first: 106 bits.
 struct Pair {

@@ -49,11 +49,10 @@ struct Axis {
 // Every target position inside the target image with source pixels under it.
 std::vector<Cover> CoversOf(const Axis& axis) {
   const std::int64_t common = std::gcd(axis.sourceLength, axis.targetLength);
-  // Lengths are below 2^32, so their products fit without a sign.
-  const auto perTarget =
-      static_cast<std::uint64_t>(axis.sourceLength / common);  // units a target pixel covers
-  const auto perSource =
-      static_cast<std::uint64_t>(axis.targetLength / common);  // units a source pixel is long
+  // Units that a target pixel covers, and that a source pixel is long.  Lengths are below 2^32, so their
+  // products fit without a sign.
+  const auto perTarget = static_cast<std::uint64_t>(axis.sourceLength / common);
+  const auto perSource = static_cast<std::uint64_t>(axis.targetLength / common);
   const auto firstInside = static_cast<std::uint64_t>(std::max(std::int64_t{0}, -axis.sourceBegin));
   const std::int64_t reach = std::min(axis.sourceLength, axis.sourceLimit - axis.sourceBegin);
 

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <array>
-#include <cstring>
 
 #include "cli/check/level.h"
 #include "cli/check/level/command_faults.h"

@@ -1,8 +1,6 @@
 // Level 8: the same pictures by the fast loop and by the plain one, and by other builds.
 #include <fmt/format.h>
 
-#include <cstring>
-
 #include "cli/check/level.h"
 #include "cli/check/random.h"
 #include "cli/check/random_look.h"
