@@ -1,19 +1,16 @@
 // A run of commands on one instance, with faults of its host between them: afterwards everything lent is
 // back, nothing was written beside the pixels, and the next frames are those of a fresh instance.
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
 #include <stdexcept>
 
-#include "cli/check/instance_record.h"
+#include "cli/check/kept_sums.h"
 #include "cli/check/scenario.h"
 #include "cli/check/subject.h"
 #include "fuzz/input.h"
 
 namespace {
 
-using cli::check::Entry;
 using cli::check::InstanceRecord;
 using cli::check::Stage;
 using cli::check::Subject;
@@ -60,58 +57,6 @@ cli::check::Fault TakeFault(fuzz::Input& input) {
   return fault;
 }
 
-// Whether the sums that an instance keeps are those that a fresh one takes from time 0 on.  They are others
-// after a frame that counted the layer's time in other steps, and after one in which the host refused Speed,
-// Wind or Frequency, which then had its declared value: as long as frames continue from them.
-class KeptSums {
- public:
-  explicit KeptSums(Subject& subject) : host_(subject.host) {
-    const minihost::ParameterList& list = subject.Effect()->Parameters();
-    std::ranges::transform(kSummed, summed_.begin(),
-                           [&](const char* name) { return FindParameter(list, name)->index; });
-    host_.isRecording = true;
-    host_.after = [this](const cli::check::CommandView& command, PF_Err) { See(command); };
-  }
-  KeptSums(const KeptSums&) = delete;
-  KeptSums& operator=(const KeptSums&) = delete;
-
-  // None after a set-down.
-  const std::optional<InstanceRecord>& Record() const { return record_; }
-  bool AreOthers() const { return areOthers_; }
-
- private:
-  static constexpr std::array kSummed = {"Speed", "Wind", "Frequency"};
-
-  void See(const cli::check::CommandView& command) {
-    const std::optional<InstanceRecord> before = record_;
-    const PF_Handle handle = command.out.sequence_data;
-    record_ = handle == nullptr ? std::nullopt : std::optional(cli::check::ReadRecord(handle));
-    if (!record_) {
-      areOthers_ = false;
-    } else if (record_ != before) {
-      const std::int32_t step = command.in.local_time_step;
-      const bool continues = before && TimeOf(*before) == command.in.current_time - step;
-      areOthers_ = (continues && areOthers_) || step != 1 || WasSumRefused();
-    }
-    host_.record.clear();
-  }
-
-  // Before the sums are kept the host is asked whether to go on; what is read afterwards is not in them.
-  bool WasSumRefused() const {
-    const auto question = std::ranges::find(host_.record.rbegin(), host_.record.rend(), Entry::kAbort,
-                                            &cli::check::HostCall::entry);
-    return std::any_of(question, host_.record.rend(), [this](const cli::check::HostCall& call) {
-      return call.isLie && call.entry == Entry::kCheckoutParam &&
-             std::ranges::find(summed_, call.number) != summed_.end();
-    });
-  }
-
-  cli::check::LyingHost& host_;
-  std::array<std::int32_t, kSummed.size()> summed_{};
-  std::optional<InstanceRecord> record_;
-  bool areOthers_ = false;
-};
-
 void DoOne(fuzz::Input& input, Subject& subject, Stage& stage, minihost::Instance& instance) {
   constexpr PF_Cmd kPlain[] = {PF_Cmd_SEQUENCE_SETUP, PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_SETDOWN,
                                PF_Cmd_SEQUENCE_FLATTEN};
@@ -157,7 +102,12 @@ void RunCommands(fuzz::Input& input) {
   Stage stage(layout);
   subject.host.Reset();
   const minihost::ParameterSet look = TakeLook(input, subject);
-  const KeptSums sums(subject);
+  cli::check::KeptSums sums(subject);
+  subject.host.isRecording = true;
+  subject.host.after = [&](const cli::check::CommandView& command, PF_Err) {
+    sums.See(command, subject.host.record);
+    subject.host.record.clear();
+  };
   minihost::Instance instance(subject.Effect(), look);
   for (int steps = 0; steps < 24 && !input.IsEmpty(); ++steps) {
     try {

@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "cli/check/kept_sums.h"
 #include "cli/check/level.h"
 #include "cli/check/level/command_faults.h"
 #include "cli/check/promise.h"
@@ -34,6 +35,8 @@ class Walk {
     for (std::size_t i = 0; i < kEntryCount; ++i) {
       counts_[i] = subject.host.Calls(static_cast<Entry>(i));
     }
+    minihost::Instance another = Make();
+    following_ = stage_.Render(another, stage_.Begin(protocol_, scenario_.time + 1));
     background_ = scenario.hasLayer ? stage_.stripes : std::vector<std::byte>(stage_.stripes.size());
     subject.host.Reset();
   }
@@ -104,15 +107,20 @@ class Walk {
     task_.tally.Expect(check, wrong.empty(), wrong);
   }
 
-  // What is wrong with a frame with this fault, and with the clean one after it.
+  // What is wrong with a frame with this fault, and with the clean one after it, which continues from its
+  // sums where they are right.
   std::string WrongAfter(const Fault& fault) {
     const Promise promise = PromiseOf({scenario_, depth_, calls_}, fault);
     minihost::Instance instance = Make();
     subject_.host.Reset();
     subject_.host.Tell(fault);
+    subject_.host.isRecording = true;
+    KeptSums sums(subject_);
     bool isLeft = false;
     subject_.host.after = [&](const CommandView& command, PF_Err err) {
       isLeft = isLeft || LeavesGeometry(command, err, promise);
+      sums.See(command, subject_.host.record);
+      subject_.host.record.clear();
     };
     const minihost::RenderResult result = instance.Render(Begin());
     const bool wasTold = subject_.host.Told() != 0;
@@ -132,8 +140,10 @@ class Walk {
     if (std::string complaints = Complaints(instance); !complaints.empty()) {
       return complaints;
     }
-    const minihost::RenderResult next = instance.Render(Begin());
-    if (next.err != PF_Err_NONE || !stage_.output.HasPixels(whole_)) {
+    const bool follows = !sums.AreOthers();
+    const minihost::RenderResult next =
+        instance.Render(follows ? stage_.Begin(protocol_, scenario_.time + 1) : Begin());
+    if (next.err != PF_Err_NONE || !stage_.output.HasPixels(follows ? following_ : whole_)) {
       return fmt::format("the next frame is not that of a fresh instance (code {})", next.err);
     }
     instance.Close();
@@ -197,6 +207,7 @@ class Walk {
   const std::array<Tally::Check, kEntryCount>& checks_;
   Stage stage_;
   std::vector<std::byte> whole_;
+  std::vector<std::byte> following_;  // the frame after it
   std::vector<std::byte> background_;
   std::vector<HostCall> calls_;
   std::array<std::uint64_t, kEntryCount> counts_{};
