@@ -58,7 +58,10 @@ Plate::Plate(const Scene& scene) {
             {"hasAlpha", traits.hasAlpha},
             {"notes", opened.notes}};
   NoteWhatIsShown(traits.depth);
-  if (const std::string damage = opened.frames->Damage(); !damage.empty()) {
+  const std::string damage = opened.frames->Damage();
+  const bool isSaid =
+      std::ranges::any_of(opened.notes, [&](const std::string& note) { return note.ends_with(damage); });
+  if (!damage.empty() && !isSaid) {
     facts_["notes"].push_back(fmt::format("'{}' {}", scene.input, damage));
   }
   if (traits.depth != Depth::kBits8) {
