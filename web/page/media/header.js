@@ -8,8 +8,8 @@ const kMostAspect = 100;
 export const kHeaderBytes = 1 << 18;
 
 /**
- * The header of a PNG or JPEG: { format, width, height, bits, pixelAspect }, pixels as they are stored; null for other
- * files. `bits` are those of a channel; `pixelAspect` is a pixel's width over its height, as the tool counts it.
+ * The header of a PNG or JPEG: { format, width, height, bits, isCmyk, pixelAspect }, pixels as they are stored; null for
+ * other files. `bits` are those of a channel; `pixelAspect` is a pixel's width over its height, as the tool counts it.
  */
 export function readHeader(bytes) {
   const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
@@ -25,6 +25,7 @@ function readPng(view) {
     width: view.getUint32(16),
     height: view.getUint32(20),
     bits: view.getUint8(24),
+    isCmyk: false,
     pixelAspect: 1,
   };
   for (let at = 8; at + 8 <= view.byteLength; at += view.getUint32(at) + 12) {
@@ -54,7 +55,8 @@ function readJpeg(view) {
     const isFrame = marker >= 0xffc0 && marker <= 0xffcf && ![0xffc4, 0xffc8, 0xffcc].includes(marker);
     if (isFrame) {
       const [height, width] = [view.getUint16(at + 5), view.getUint16(at + 7)];
-      return { format: 'JPEG', width, height, bits: view.getUint8(at + 4), pixelAspect };
+      const isCmyk = at + 10 <= view.byteLength && view.getUint8(at + 9) === 4;
+      return { format: 'JPEG', width, height, bits: view.getUint8(at + 4), isCmyk, pixelAspect };
     }
     if (marker < 0xff01 || marker === 0xffda) {
       break;

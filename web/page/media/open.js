@@ -27,8 +27,9 @@ export async function openMedia(file) {
 
 const kOfTheTool = /\.(tiff?|exr|mov|mkv|mp4|webm|avi|mxf)$/i;
 
+// Of what only a browser cannot read.
 function hint(error, { name = '' }) {
-  const canTheTool = error instanceof MediaError && kOfTheTool.test(name) && !/too large/.test(error.message);
+  const canTheTool = error instanceof MediaError && kOfTheTool.test(name) && /this browser/.test(error.message);
   throw canTheTool ? new MediaError(`${error.message}; 'vintrel panel ${name}' may open it`) : error;
 }
 

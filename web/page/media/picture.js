@@ -33,6 +33,9 @@ export async function decodePicture(blob, name = blob.name ?? 'picture') {
   if (header?.bits > 8) {
     notes.push(`${name} has ${header.bits} bits a channel; 8 are shown`);
   }
+  if (header?.isCmyk) {
+    notes.push(`${name} is in CMYK; the browser makes RGB of it, a little other than the tool does`);
+  }
   if (flaw) {
     notes.push(`${name} is not quite as in its file: ${flaw}`);
   }

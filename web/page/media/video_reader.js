@@ -15,7 +15,8 @@ export async function readerOf(blob) {
   }
   const track = await input.getPrimaryVideoTrack();
   if (!track) {
-    throw new MediaError('has no video in it that can be read; it may be cut short');
+    const hasSound = (await input.getPrimaryAudioTrack()) !== null;
+    throw new MediaError(hasSound ? 'has sound in it, and no video' : 'has no video in it that can be read; it may be cut short');
   }
   const codec = await track.getCodec();
   if (typeof VideoDecoder === 'undefined') {

@@ -10,7 +10,7 @@ const kLoad = 0.85;
 const kMeasured = 24;
 
 /**
- * `show` as in preview.js; `onRate({shown, wanted, ahead})` about twice a second.  The state says what to do:
+ * `show` as in preview.js; `onRate({shown, wanted, ready})` about twice a second.  The state says what to do:
  * view.playing, view.quality ('auto', or the reduction), time.loop.  `refresh()` is called whenever the state changed.
  */
 export function createPlayer({ store, actions, pool, library, cache, cost, show, fail, onRate }) {
@@ -116,7 +116,7 @@ export function createPlayer({ store, actions, pool, library, cache, cost, show,
     times = [...times, now].slice(-kMeasured - 1);
     if (times.length > 2 && times.length % 2 === 1) {
       const shown = ((times.length - 1) * 1000) / (times.at(-1) - times[0]);
-      onRate({ shown, wanted: 1000 / period(), ahead: cache.numbers().length });
+      onRate({ shown, wanted: 1000 / period(), ready: cache.numbers().length });
     }
   }
 

@@ -35,7 +35,7 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
   const chosen = known.find(({ available }) => available)?.id;
   formats.replaceChildren(
     ...known.map(({ id, label, available, reason, note }) => {
-      const most = `up to about ${bytesText(mostClipBytes(id, size, count))}, by how much it snows`;
+      const most = `up to about ${bytesText(mostClipBytes(id, size, count))}, less with less snow`;
       return h('label', { class: 'choice' },
         h('input', { type: 'radio', name: 'format', value: id, checked: id === chosen, disabled: !available, onchange: warn }),
         h('span', {}, label, h('span', { class: 'muted' }, reason || [most, note].filter(Boolean).join('; '))));

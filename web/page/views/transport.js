@@ -118,7 +118,7 @@ export function createTransport({ store, actions, notices }) {
       quality.selectedIndex = kQualities.findIndex(({ id }) => id === chosen);
     },
     showRate(rate) {
-      setText(readout, rate ? `${rate.shown.toFixed(1)} fps · ${rate.ahead} ahead` : '');
+      setText(readout, rate ? `${rate.shown.toFixed(1)} fps · ${rate.ready} ready` : '');
       readout.classList.toggle('is-slow', rate !== undefined && rate.shown < rate.wanted * 0.95);
     },
   };
