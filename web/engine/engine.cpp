@@ -9,7 +9,6 @@
 #include "cli/scene/parameter_text.h"
 #include "cli/scene/reader.h"
 #include "cli/scene/scene.h"
-#include "cli/scene/toml_file.h"
 #include "cli/scene/writer.h"
 #include "web/engine/pixels.h"
 #include "web/engine/plain_entry.h"
@@ -118,20 +117,6 @@ cli::Json Engine::Disabled(double frame) {
     }
   }
   return slugs;
-}
-
-cli::Json Engine::Format(std::string_view toml) const {
-  const minihost::ParameterSet parameters = ReadParameters(toml, effect_->SharedParameters());
-  const cli::ParameterNames names(effect_->Parameters());
-  const toml::table document = cli::ParseToml(toml, kNameOfParameters);
-  cli::Json texts = cli::Json::object();
-  if (const toml::table* section = document["parameters"].as_table()) {
-    for (const auto& [key, node] : cli::EntriesOf(*section)) {
-      const minihost::ParameterInfo& parameter = names.Find(key->str());
-      texts[names.SlugOf(parameter)] = cli::FormatValue(parameter, parameters.At(parameter.index, 0));
-    }
-  }
-  return texts;
 }
 
 cli::Json Engine::Parse(std::string_view slug, std::string_view text) const {

@@ -52,9 +52,6 @@ class Engine {
   /// The slugs of the parameters that the effect greys out at this frame.
   cli::Json Disabled(double frame);
 
-  /// Values in the tool's words: {slug: text} of each parameter that `toml` gives a value.
-  cli::Json Format(std::string_view toml) const;
-
   /// The value that the text stands for.
   cli::Json Parse(std::string_view slug, std::string_view text) const;
 

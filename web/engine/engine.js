@@ -5,7 +5,6 @@ import { compileModule, instantiate, plateId } from './module.js';
 import { parametersText, renderText } from './scene_text.js';
 
 export { EngineError } from './error.js';
-export { compileModule } from './module.js';
 
 // Plates that are kept beside the one in use.
 const maxPlateBytes = 256 * 1024 * 1024;
@@ -72,12 +71,6 @@ class Engine {
   disabled(parameters, frame = 0) {
     this.#setParameters(parameters);
     return this.#ask('EngineDisabled', frame);
-  }
-
-  /** The value in the tool's words. */
-  format(slug, value) {
-    this.#putTexts(parametersText({ [slug]: value }, this.#declarations));
-    return this.#ask('EngineFormat')[slug];
   }
 
   /** The value that a user typed. */

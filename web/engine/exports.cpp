@@ -122,11 +122,6 @@ VINTREL_EXPORT(EngineDisabled) const char* EngineDisabled(Opened* opened, double
   return Answer(*opened, [&] { return opened->engine.Disabled(frame); });
 }
 
-/// The text: a scene's [parameters].
-VINTREL_EXPORT(EngineFormat) const char* EngineFormat(Opened* opened) {
-  return Answer(*opened, [&] { return opened->engine.Format(opened->text); });
-}
-
 /// The texts: a parameter's slug, `size` bytes, and what was typed.
 VINTREL_EXPORT(EngineParse) const char* EngineParse(Opened* opened, std::size_t size) {
   return Answer(*opened, [&] { return opened->engine.Parse(opened->First(size), opened->Rest(size)); });

@@ -63,7 +63,7 @@ export function createPanelMode({ store, notices }) {
   return {
     begin,
     async saveScene(sceneText) {
-      const field = h('input', { class: 'field wide', value: sceneFile, 'aria-label': 'Scene file', spellcheck: 'false' });
+      const field = h('input', { class: 'field', value: sceneFile, 'aria-label': 'Scene file', spellcheck: 'false' });
       const form = h('form', { class: 'form', onsubmit: (event) => {
         event.preventDefault();
         dialog.close();
@@ -95,11 +95,11 @@ export function createPanelMode({ store, notices }) {
   };
 }
 
-function sourceOf({ name, path, width, height, pixelAspect, fps, first, last, isStill, notes, frameAt, close }) {
+function sourceOf({ name, path, width, height, pixelAspect, fps, first, last, isStill, notes, frameAt }) {
   const frames = isStill ? undefined : { first, last };
   const within = (frame) => (isStill ? first : Math.min(Math.max(frame, first), last));
   return {
-    kind: 'panel', name, path, id: 'panel', label: name, width, height, pixelAspect, fps, frames, notes, close,
+    kind: 'panel', name, path, id: 'panel', label: name, width, height, pixelAspect, fps, frames, notes,
     plateAt: (frame) => frameAt(within(frame)),
   };
 }

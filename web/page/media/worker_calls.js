@@ -9,7 +9,7 @@ export function workerAt(url) {
 }
 
 /** The calling side, on the page's thread. */
-export class WorkerCalls {
+class WorkerCalls {
   #worker;
   #waiting = new Map();
   #lastId = 0;

@@ -5,17 +5,14 @@ import { eventsOf } from './event_stream.js';
 
 const kAliveSeconds = 10;
 
-/**
- * Whether the page was opened by the tool, and is to ask it.
- */
+/** Whether the page was opened by the tool, and is to ask it. */
 export function isPanel(location) {
   return new URLSearchParams(location.search).has('panel');
 }
 
-/** Every request rejects with PanelError, with the tool's words, and with AbortError when `signal` says so. */
+/** Every request rejects with PanelError, with the tool's words. */
 export class PanelClient {
   #base;
-  #alive;
 
   /** `base` is the address of the page's folder, with the token in it. */
   constructor(base = new URL('.', document.baseURI)) {
@@ -28,8 +25,8 @@ export class PanelClient {
   }
 
   /** One frame of the input: { width, height, data }, straight RGBA of 8 bits. */
-  async frame(number, { signal } = {}) {
-    const response = await this.#ask('GET', `api/frame/${number}`, { signal });
+  async frame(number) {
+    const response = await this.#ask('GET', `api/frame/${number}`);
     const side = (name) => Number(response.headers.get(`X-Vintrel-${name}`));
     const [width, height] = [side('Width'), side('Height')];
     const data = new Uint8ClampedArray(await response.arrayBuffer());
@@ -46,17 +43,16 @@ export class PanelClient {
   }
 
   /**
-   * Starts a render of the tool: { id, events, stop() }. `scene` is a scene's text, `output` a name as after `-o`,
+   * Starts a render of the tool: { events, stop() }. `scene` is a scene's text, `output` a name as after `-o`,
    * `frames` a list as after `--frames`. `events` is an async iterable of the tool's progress, each { event, ... },
    * that ends with "end"; stop() ends the render as Ctrl-C does. PanelConflict when files would be replaced unasked.
    */
-  async startRender({ scene, output, frames, replace = false, signal }) {
+  async startRender({ scene, output, frames, replace = false }) {
     const body = JSON.stringify({ scene, output, frames, replace });
     const { id } = await (await this.#ask('POST', 'api/renders', { body, type: 'application/json' })).json();
     const path = `api/renders/${encodeURIComponent(id)}`;
     return {
-      id,
-      events: told(eventsOf(() => this.#ask('GET', `${path}/events`, { signal }))),
+      events: told(eventsOf(() => this.#ask('GET', `${path}/events`))),
       stop: async () => {
         await this.#ask('DELETE', path);
       },
@@ -66,22 +62,16 @@ export class PanelClient {
   /** Tells the tool every few seconds that the page is there; `onLost(error)` when it answers no longer. */
   keepAlive(onLost = () => {}) {
     const tell = () => this.#ask('POST', 'api/alive').catch(onLost);
-    this.stopAlive();
-    this.#alive = setInterval(tell, kAliveSeconds * 1000);
-    return tell();
+    setInterval(tell, kAliveSeconds * 1000);
+    tell();
   }
 
-  stopAlive() {
-    clearInterval(this.#alive);
-  }
-
-  async #ask(method, path, { body, type, signal } = {}) {
+  async #ask(method, path, { body, type } = {}) {
     const headers = type ? { 'Content-Type': type } : {};
     let response;
     try {
-      response = await fetch(new URL(path, this.#base), { method, body, headers, signal, cache: 'no-store' });
+      response = await fetch(new URL(path, this.#base), { method, body, headers, cache: 'no-store' });
     } catch (error) {
-      signal?.throwIfAborted();
       throw noAnswer(error);
     }
     if (response.ok) {

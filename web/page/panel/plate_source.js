@@ -7,7 +7,7 @@ const kFramesAhead = 4;
 
 /**
  * Plates of the input that PanelClient's panel() tells of: { name, path, width, height, pixelAspect, fps, first, last,
- * isStill, notes, frameAt(n), close() }. `frameAt(n)` promises the plate of a frame and begins to fetch the next ones;
+ * isStill, notes, frameAt(n) }. `frameAt(n)` promises the plate of a frame and begins to fetch the next ones;
  * a still is the same plate at any frame and has no `fps`. Which frames there are is the tool's to say: others reject
  * with its words.
  */
@@ -44,6 +44,5 @@ export function plateSourceOf(client, input) {
       plate.then(() => fetchAhead(number)).catch(() => {});
       return plate;
     },
-    close: () => plates.clear(),
   };
 }

@@ -1,6 +1,6 @@
 // Where plates come from.  A source is
 //
-//   { kind, name, id, label, width, height, pixelAspect, frames, fps, notes, plateAt(frame), close() }
+//   { kind, name, id, label, width, height, pixelAspect, frames, fps, notes, plateAt(frame) }
 //
 // `frames` is { first, last }, or undefined for a still; plateAt promises the engine's plate of a frame (for a still
 // always the same one).  A frame outside of a clip shows its nearest.
@@ -32,7 +32,7 @@ export function blankSource(name) {
 export function stillSource(plate) {
   const { id, name, width, height, pixelAspect = 1, notes } = plate;
   const promised = Promise.resolve(plate);
-  return { kind: 'picture', name, id, label: name, width, height, pixelAspect, notes, plateAt: () => promised, close() {} };
+  return { kind: 'picture', name, id, label: name, width, height, pixelAspect, notes, plateAt: () => promised };
 }
 
 /** `video` as openVideo gives it. */
@@ -43,6 +43,5 @@ export function videoSource(video, id) {
     kind: 'video', name, id, label: name, width, height, pixelAspect, fps, notes,
     frames: { first: 0, last: frames - 1 },
     plateAt: (frame) => video.frameAt(within(frame)),
-    close: () => video.close(),
   };
 }

@@ -1,4 +1,5 @@
-// Frames rendered for one look, by number, within a bound of bytes: what was shown longest ago goes first.
+// Frames rendered for one look, by number, within a bound of bytes: what was rendered longest ago goes first, shown
+// again or not, since what lies behind the playhead is wanted later than what was rendered ahead of it.
 
 /** `onChange` hears of every frame that comes or goes. */
 export function createFrameCache({ maxBytes, onChange = () => {} }) {

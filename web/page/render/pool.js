@@ -3,8 +3,6 @@
 import { compileModule, plateId } from '../engine/module.js';
 import { EngineWorker } from './engine_worker.js';
 
-export { EngineError } from '../engine/error.js';
-
 const defaultSize = () => Math.max(1, (navigator.hardwareConcurrency ?? 2) - 1);
 
 class Pool {
@@ -58,10 +56,6 @@ class Pool {
 
   disabled(parameters, frame) {
     return this.#clerk.ask('disabled', parameters, frame);
-  }
-
-  format(slug, value) {
-    return this.#clerk.ask('format', slug, value);
   }
 
   parse(slug, text) {

@@ -12,7 +12,6 @@ const tasks = {
   readScene: (text, name) => engine.readScene(text, name),
   writeScene: (scene) => engine.writeScene(scene),
   disabled: (parameters, frame) => engine.disabled(parameters, frame),
-  format: (slug, value) => engine.format(slug, value),
   parse: (slug, text) => engine.parse(slug, text),
 };
 

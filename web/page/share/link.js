@@ -14,6 +14,7 @@ import { readKeyPlace, readValue, sortedKeys, valueText } from './value_text.js'
 const kVersion = 1;
 /** A longer link is not read. */
 export const kMostCharacters = 100_000;
+// What a link leaves out: for all links that were ever made, whatever a new page begins with.
 const kUsualTime = { first: 0, last: 119, fps: '24', shutter: 180, loop: true };
 const kPlateNames = { shipped: 'plate', blank: 'blank' };
 const kMostSide = 8192;

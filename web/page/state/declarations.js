@@ -105,8 +105,8 @@ export function colorFromText(text) {
   return [1, 3, 5].map((at) => Number.parseInt(text.slice(at, at + 2), 16));
 }
 
-/** The value in words, for labels and for those who listen. */
-export function valueText(declaration, value) {
+/** The value in words, for labels and for those who listen; what is read again is written by share/value_text.js. */
+export function spokenValue(declaration, value) {
   switch (declaration.type) {
     case 'checkbox':
       return value ? 'on' : 'off';

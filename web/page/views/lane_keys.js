@@ -1,6 +1,6 @@
 // The keys on a lane: buttons that are dragged or moved with the arrow keys.
 
-import { titleOf, valueText } from '../state/declarations.js';
+import { spokenValue, titleOf } from '../state/declarations.js';
 import { spanOf } from '../state/time_span.js';
 import { heightOf } from './curve.js';
 import { followPointer, h, set, svg } from './dom.js';
@@ -103,7 +103,7 @@ export function createLaneKeys(declaration, { store, actions }) {
     button.style.left = `${shareOf(frame, span) * 100}%`;
     button.style.top = `${(extent ? heightOf(value, extent) : 0.5) * 100}%`;
     const isSelected = view.key?.slug === slug && view.key.frame === frame;
-    const text = `${titleOf(declaration)} at frame ${frame}: ${valueText(declaration, value)}, ${ease}`;
+    const text = `${titleOf(declaration)} at frame ${frame}: ${spokenValue(declaration, value)}, ${ease}`;
     set(button, {
       'aria-label': text, title: text, 'data-ease': ease,
       class: `key${isSelected ? ' is-selected' : ''}${frame === time.frame ? ' is-here' : ''}`,

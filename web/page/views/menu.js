@@ -18,7 +18,6 @@ export function menuButton({ content, label, items, className = '' }) {
     h('span', { class: 'button-text' }, ...[content].flat()),
     icon('down'),
   );
-  const openAt = () => openMenu(list, items(), button.getBoundingClientRect(), button);
   list.addEventListener('beforetoggle', (event) => {
     button.setAttribute('aria-expanded', String(event.newState === 'open'));
     if (event.newState === 'open') {
@@ -27,14 +26,13 @@ export function menuButton({ content, label, items, className = '' }) {
   });
   list.addEventListener('toggle', (event) => {
     if (event.newState === 'open') {
-      place(list, button.getBoundingClientRect());
-      list.querySelector('[role^=menuitem]:not(:disabled)')?.focus();
+      placeAt(list, button.getBoundingClientRect());
     }
   });
   button.addEventListener('keydown', (event) => {
     if (event.key === 'ArrowDown') {
       event.preventDefault();
-      openAt();
+      list.togglePopover(true);
     }
   });
   walkWithArrows(list);
@@ -54,14 +52,9 @@ export function showMenu(items, rectangle, opener, label) {
       opener.focus();
     }
   });
-  openMenu(list, items, rectangle);
-}
-
-function openMenu(list, items, rectangle) {
   fill(list, items);
   list.showPopover();
-  place(list, rectangle);
-  list.querySelector('[role^=menuitem]:not(:disabled)')?.focus();
+  placeAt(list, rectangle);
 }
 
 function fill(list, items) {
@@ -94,13 +87,15 @@ function fill(list, items) {
   );
 }
 
-function place(list, { left, right, top, bottom }) {
+// Beside the rectangle and within the window, with the focus on the first item.
+function placeAt(list, { left, right, top, bottom }) {
   const margin = 8;
   const { offsetWidth: width, offsetHeight: height } = list;
   const x = left + width + margin > innerWidth ? Math.max(margin, right - width) : left;
   const below = bottom + 4 + height + margin <= innerHeight;
   list.style.left = `${x}px`;
   list.style.top = `${below ? bottom + 4 : Math.max(margin, top - 4 - height)}px`;
+  list.querySelector('[role^=menuitem]:not(:disabled)')?.focus();
 }
 
 function walkWithArrows(list) {

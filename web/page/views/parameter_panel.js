@@ -5,7 +5,7 @@ import { h, set } from './dom.js';
 import { icon } from './icons.js';
 import { createParameterRow } from './parameter_row.js';
 
-/** Returns { element, update(state, previous, disabled), find() }; `disabled` are the slugs greyed out. */
+/** Returns { element, update(state, disabled), find() }; `disabled` are the slugs greyed out. */
 export function createParameterPanel(declarations, context) {
   const rows = [];
   const groups = [];

@@ -1,7 +1,7 @@
 // One parameter: the diamond of its keys, its name, its control, and the way back to its default.
 
 import { isKeyed, keyAt, valueAt } from '../state/course.js';
-import { titleOf, valueText } from '../state/declarations.js';
+import { spokenValue, titleOf } from '../state/declarations.js';
 import { createChoice } from './controls/choice.js';
 import { createColor } from './controls/color.js';
 import { createNumber } from './controls/number.js';
@@ -20,7 +20,7 @@ const kControls = {
   point: createPoint,
 };
 
-/** Returns { element, update(state, isDisabled) }. */
+/** Returns { element, title, update(state, isDisabled) }. */
 export function createParameterRow(declaration, { actions, store, pool }) {
   const { slug, animatable } = declaration;
   const title = titleOf(declaration);
@@ -125,7 +125,7 @@ export function createParameterRow(declaration, { actions, store, pool }) {
           'data-keys': kind,
           'aria-pressed': String(here),
           'aria-label': `Key of ${title} here`,
-          title: here ? 'Remove the key here' : `Add a key here: ${valueText(declaration, value)}`,
+          title: here ? 'Remove the key here' : `Add a key here: ${spokenValue(declaration, value)}`,
         });
       }
     },

@@ -10,8 +10,8 @@ const kNothingWritten = 'Stopped: nothing was written.';
 /** `start({ output, frames, replace })` promises { events, stop() }, as PanelClient.startRender does. */
 export function openRenderDialog({ store, start, isConflict }) {
   const { time } = store.state;
-  const output = h('input', { class: 'field wide', value: 'snow.mp4', spellcheck: 'false' });
-  const frames = h('input', { class: 'field wide', value: framesText(time), spellcheck: 'false' });
+  const output = h('input', { class: 'field', value: 'snow.mp4', spellcheck: 'false' });
+  const frames = h('input', { class: 'field', value: framesText(time), spellcheck: 'false' });
   const progress = h('progress', { value: 0, 'aria-label': 'Frames done', hidden: true });
   const words = h('p', { class: 'muted', role: 'status' }, 'A video (.mp4, .mov, .mkv), or pictures such as snow.####.png');
   const trouble = h('p', { class: 'trouble', role: 'alert' });

@@ -7,7 +7,7 @@ import { placeOf, zoomedAt } from './stage_zoom.js';
 
 const kWipeStep = 0.01;
 
-/** Returns { element, showFrame(frame), showPlate(plate), update(state), zoomBy(factor) }. */
+/** Returns { element, showFrame(frame), showPlate(plate), setSize(picture), update(state, previous), zoomBy(factor), zoomText }. */
 export function createStage(context, declarations) {
   const { store, actions } = context;
   const plateCanvas = h('canvas', { class: 'canvas' });

@@ -7,7 +7,7 @@ import { kShipped } from '../plates/sources.js';
 
 const kBlank = '1920x1080';
 
-/** Returns { element, update(state), showSource(source) }. */
+/** Returns { element, update(), showSource(source, plate) }. */
 export function createTopbar({ store, actions, commands, theme, panel }) {
   const plateName = h('span', { class: 'plate-name' });
   const plateSize = h('span', { class: 'plate-size' });
