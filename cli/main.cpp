@@ -112,7 +112,7 @@ ExitCode Run(int argc, char** argv, cli::Messages& messages) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const cli::InterruptWatch watch;
+  cli::WatchForInterrupts();
   KeepFreedMemory();
   cli::Messages messages(cli::FormOf({argv, argv + argc}));
   const ExitCode code = Run(argc, argv, messages);

@@ -30,8 +30,6 @@ constexpr std::size_t kSlots = 64;
 std::array<std::atomic<char*>, kSlots> leftovers;
 
 constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
-std::array<struct sigaction, kSignals.size()> earlier;
-struct sigaction earlierFileSize;
 
 /// In a signal handler, too.
 [[noreturn]] void EndAtOnce() {
@@ -51,26 +49,19 @@ extern "C" void NoteInterrupt(int) {
 
 }  // namespace
 
-InterruptWatch::InterruptWatch() {
+void WatchForInterrupts() {
   // So that a file that grows beyond the limit is an error of writing, after which nothing is left behind.
-  ::sigaction(SIGXFSZ, nullptr, &earlierFileSize);
   ::signal(SIGXFSZ, SIG_IGN);
   struct sigaction action {};
   action.sa_handler = &NoteInterrupt;
   // Reads and writes under way go on as if nothing had happened; not every library expects EINTR.
   action.sa_flags = SA_RESTART;
-  for (std::size_t i = 0; i < kSignals.size(); ++i) {
-    ::sigaction(kSignals[i], nullptr, &earlier[i]);
-    if (earlier[i].sa_handler != SIG_IGN) {
-      ::sigaction(kSignals[i], &action, nullptr);
+  for (const int signal : kSignals) {
+    struct sigaction earlier {};
+    ::sigaction(signal, nullptr, &earlier);
+    if (earlier.sa_handler != SIG_IGN) {
+      ::sigaction(signal, &action, nullptr);
     }
-  }
-}
-
-InterruptWatch::~InterruptWatch() {
-  ::sigaction(SIGXFSZ, &earlierFileSize, nullptr);
-  for (std::size_t i = 0; i < kSignals.size(); ++i) {
-    ::sigaction(kSignals[i], &earlier[i], nullptr);
   }
 }
 

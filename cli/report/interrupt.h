@@ -9,19 +9,12 @@
 
 namespace cli {
 
-/// While one of these lives, SIGINT, SIGTERM and SIGHUP end the process with code 130, at once and with all
-/// that a Leftover names removed.  A signal that was ignored when the process started (nohup, a shell's
-/// background job) stays ignored.
+/// From now on SIGINT, SIGTERM and SIGHUP end the process with code 130, at once and with all that a Leftover
+/// names removed.  A signal that was ignored when the process started (nohup, a shell's background job) stays
+/// ignored.
 ///
-/// One at a time, for as long as the process has anything to do.  The destructor puts back the handlers that
-/// were there.
-class InterruptWatch {
- public:
-  InterruptWatch();
-  ~InterruptWatch();
-  InterruptWatch(const InterruptWatch&) = delete;
-  InterruptWatch& operator=(const InterruptWatch&) = delete;
-};
+/// For the rest of the process: libraries take their time to end after `main`, and the code holds until then.
+void WatchForInterrupts();
 
 /// While one of these lives, the first signal is noted instead, so that frames that are done are kept; the
 /// second one ends the process.  When the run has not ended a second after the first, since what is under way
