@@ -45,7 +45,7 @@ inside vintrel check --quick /usr/lib/vintrel/Vintrel.so | tail -n 1
 inside test -f /usr/OFX/Plugins/Vintrel.ofx.bundle/Contents/Linux-x86-64/Vintrel.ofx
 chroot "$root" vintrel panel --no-browser /tmp/snow.png >"$root/tmp/address" 2>>"$root.log" &
 panel=$!
-for _ in $(seq 100); do
+for _ in $(seq 600); do
   [ ! -s "$root/tmp/address" ] || break
   sleep 0.1
 done

@@ -372,7 +372,8 @@ TEST_F(PanelTest, RendersAsTheToolDoes) {
 
 TEST_F(PanelTest, StopsRenders) {
   Open("");
-  const std::string scene = "[render]\nblank = \"64x48\"\nframes = \"0-99999\"\n";
+  // More than any machine draws before it is told to stop.
+  const std::string scene = "[render]\nblank = \"640x480\"\nframes = \"0-99999\"\n";
   const auto start = [&](const char* output) {
     const auto response = StartRender(scene, output);
     EXPECT_EQ(response.status, 201) << response.body;

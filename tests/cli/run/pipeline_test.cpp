@@ -182,7 +182,7 @@ TEST(Pipeline, HoldsAsManyPicturesAsItMayAndNoMore) {
     if (frame != 0) {
       return;
     }
-    for (int i = 0; i < 1000 && source.reads < bound; ++i) {
+    for (int i = 0; i < 6000 && source.reads < bound; ++i) {
       std::this_thread::sleep_for(10ms);
     }
     std::this_thread::sleep_for(50ms);
@@ -287,10 +287,14 @@ TEST(Pipeline, AnInterruptEndsTheRunAndKeepsWhatIsComplete) {
   FakeSource source;
   FakeSink sink;
   std::atomic<bool> interrupted = false;
-  const cli::RunSummary summary =
-      cli::RunPipeline(job, source, sink,
-                       {.interrupted = [&] { return interrupted.load(); },
-                        .report = [&](const FrameReport& report) { interrupted = report.frame == 2; }});
+  const cli::RunSummary summary = cli::RunPipeline(job, source, sink,
+                                                   {.interrupted = [&] { return interrupted.load(); },
+                                                    .report =
+                                                        [&](const FrameReport& report) {
+                                                          if (report.frame == 2) {
+                                                            interrupted = true;
+                                                          }
+                                                        }});
   EXPECT_TRUE(summary.interrupted);
   EXPECT_EQ(CodeOf(summary), ExitCode::kInterrupted);
   EXPECT_GE(summary.written, 3u);

@@ -13,8 +13,8 @@ Render -o "$work/whole.####.png"
 # A shell's background does not hear interruptions by itself.
 env --default-signal=INT "$tool" render "$plate" --jobs 2 --proxy 4 --frames 0-11 -q -o "$work/part.####.png" 2>"$work/interrupted" &
 process=$!
-while [ ! -e "$work/part.0002.png" ] && kill -0 $process; do sleep 0.05; done
-kill -INT $process
+while [ ! -e "$work/part.0002.png" ] && kill -0 $process 2>/dev/null; do sleep 0.05; done
+kill -INT $process 2>/dev/null || true
 code=0
 wait $process || code=$?
 [ "$code" -ne 66 ] || { cat "$work/interrupted"; exit 1; }
