@@ -9,6 +9,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/dict.h>
 }
 
 namespace cli {
@@ -34,6 +35,25 @@ using AvPacket = std::unique_ptr<AVPacket, FreeLibav>;
 using AvCodec = std::unique_ptr<AVCodecContext, FreeLibav>;
 using AvInput = std::unique_ptr<AVFormatContext, CloseInput>;
 using AvOutput = std::unique_ptr<AVFormatContext, FreeOutput>;
+
+/// Options of muxers and encoders by name.
+class AvOptions {
+ public:
+  AvOptions() = default;
+  ~AvOptions() { av_dict_free(&entries_); }
+  AvOptions(const AvOptions&) = delete;
+  AvOptions& operator=(const AvOptions&) = delete;
+
+  void Set(const char* name, const char* value) {
+    if (av_dict_set(&entries_, name, value, 0) < 0) {
+      throw std::bad_alloc();
+    }
+  }
+  AVDictionary** Get() { return &entries_; }
+
+ private:
+  AVDictionary* entries_ = nullptr;
+};
 
 /// What was allocated; throws std::bad_alloc for null, which is how these libraries say "no memory".
 template <class T>

@@ -3,18 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 
 #include "cli/report/error.h"
 #include "cli/video/module/carry.h"
+#include "cli/video/module/encoder.h"
 #include "cli/video/module/pixels_out.h"
-
-extern "C" {
-#include <libavutil/dict.h>
-#include <libavutil/imgutils.h>
-#include <libavutil/mastering_display_metadata.h>
-}
 
 namespace cli {
 namespace {
@@ -26,84 +20,6 @@ struct VideoFrame : EncodedFrame {
   AvFrame frame;
 };
 
-/// Options of muxers and encoders by name.
-class Options {
- public:
-  Options() = default;
-  ~Options() { av_dict_free(&entries_); }
-  Options(const Options&) = delete;
-  Options& operator=(const Options&) = delete;
-
-  void Set(const char* name, const char* value) {
-    if (av_dict_set(&entries_, name, value, 0) < 0) {
-      throw std::bad_alloc();
-    }
-  }
-  AVDictionary** Get() { return &entries_; }
-
- private:
-  AVDictionary* entries_ = nullptr;
-};
-
-bool IsSubsampled(VideoCodec codec) {
-  return codec == VideoCodec::kH264 || codec == VideoCodec::kHevc;
-}
-
-AVPixelFormat PixelFormatOf(VideoCodec codec, const VideoTraits& traits) {
-  switch (codec) {
-    case VideoCodec::kH264:
-      return AV_PIX_FMT_YUV420P;
-    case VideoCodec::kHevc:
-      return traits.depth == Depth::kBits8 ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV420P10;
-    case VideoCodec::kProres:
-      return traits.hasAlpha ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV444P10;
-    case VideoCodec::kFfv1:
-      break;
-  }
-  if (traits.depth == Depth::kBits8) {
-    return traits.hasAlpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
-  }
-  return traits.hasAlpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
-}
-
-const char* EncoderOf(VideoCodec codec) {
-  switch (codec) {
-    case VideoCodec::kH264:
-      return "libx264";
-    case VideoCodec::kHevc:
-      return "libx265";
-    case VideoCodec::kProres:
-      return "prores_ks";
-    case VideoCodec::kFfv1:
-      break;
-  }
-  return "ffv1";
-}
-
-/// For the options of x265; the units are those of its messages: 1/50000 of the chart of colours, 1/10000
-/// candela.
-std::string LightLevelOptions(const LightLevels& levels) {
-  std::string options;
-  if (levels.display.size() >= sizeof(AVMasteringDisplayMetadata)) {
-    const auto& display = *reinterpret_cast<const AVMasteringDisplayMetadata*>(levels.display.data());
-    const auto in = [](AVRational value, int unit) { return std::llround(av_q2d(value) * unit); };
-    const auto point = [&](const AVRational(&xy)[2]) {
-      return fmt::format("({},{})", in(xy[0], 50'000), in(xy[1], 50'000));
-    };
-    if (display.has_primaries && display.has_luminance) {
-      const auto& [red, green, blue] = display.display_primaries;
-      options += fmt::format(":master-display=G{}B{}R{}WP{}L({},{})", point(green), point(blue), point(red),
-                             point(display.white_point), in(display.max_luminance, 10'000),
-                             in(display.min_luminance, 10'000));
-    }
-  }
-  if (levels.content.size() >= sizeof(AVContentLightMetadata)) {
-    const auto& light = *reinterpret_cast<const AVContentLightMetadata*>(levels.content.data());
-    options += fmt::format(":max-cll={},{}", light.MaxCLL, light.MaxFALL);
-  }
-  return options;
-}
-
 void AddLightLevels(const LightLevels& levels, AVStream& stream) {
   const auto add = [&](AVPacketSideDataType type, const std::vector<std::uint8_t>& bytes) {
     if (!bytes.empty()) {
@@ -114,68 +30,6 @@ void AddLightLevels(const LightLevels& levels, AVStream& stream) {
   add(AV_PKT_DATA_CONTENT_LIGHT_LEVEL, levels.content);
 }
 
-/// Of an encoder that could not be opened.
-std::string WhyNotOpened(VideoCodec codec, const VideoTraits& traits, int error) {
-  if (error == AVERROR(ENOMEM)) {
-    return LibavMessage(error);
-  }
-  constexpr int kMostOfH264 = 16'384;
-  constexpr int kLeastOfHevc = 16;
-  std::string limit;
-  if (codec == VideoCodec::kH264 && std::max(traits.width, traits.height) > kMostOfH264) {
-    limit = fmt::format(", at most {} a side", kMostOfH264);
-  }
-  if (codec == VideoCodec::kHevc && std::min(traits.width, traits.height) < kLeastOfHevc) {
-    limit = fmt::format(", at least {} a side", kLeastOfHevc);
-  }
-  return fmt::format("{} takes no {} x {} pixels at {:.5g} frames a second{}; write .mov with codec prores",
-                     NameOfCodec(codec), traits.width, traits.height,
-                     static_cast<double>(traits.rate.timeScale) / traits.rate.timeStep, limit);
-}
-
-/// `rowsOfSlices` is FFV1's: a picture is divided into so many rows and columns of slices.
-void ChooseOptions(VideoCodec kind, const VideoTraits& traits, int rowsOfSlices, AVCodecContext& codec,
-                   Options& options) {
-  // The number of threads changes what some encoders write, so it does not follow the machine.
-  constexpr int kThreads = 2;
-  const std::optional<int>& quality = traits.encoding.quality;
-  codec.thread_count = kThreads;
-  codec.flags |= AV_CODEC_FLAG_BITEXACT;
-  switch (kind) {
-    case VideoCodec::kH264:
-      options.Set("crf", std::to_string(quality.value_or(16)).c_str());
-      options.Set("preset", "medium");
-      // The same bytes on every processor; the encoder takes the first picture's top field for the first
-      // else.
-      options.Set("x264-params", traits.fields == FieldOrder::kBottomFirst ? "cpu-independent=1:bff=1"
-                                                                           : "cpu-independent=1");
-      return;
-    case VideoCodec::kHevc:
-      options.Set("crf", std::to_string(quality.value_or(18)).c_str());
-      options.Set("preset", "medium");
-      // Neither threads nor words that follow the machine; the encoder would also talk on the terminal.
-      options.Set(
-          "x265-params",
-          ("frame-threads=2:pools=2:info=0:log-level=none" + LightLevelOptions(traits.levels)).c_str());
-      return;
-    case VideoCodec::kProres:
-      options.Set("profile", "4444");
-      options.Set("alpha_bits", traits.hasAlpha ? "16" : "0");
-      if (quality) {
-        codec.flags |= AV_CODEC_FLAG_QSCALE;
-        codec.global_quality = FF_QP2LAMBDA * *quality;
-      }
-      return;
-    case VideoCodec::kFfv1: {
-      codec.level = 3;
-      codec.gop_size = 1;  // every picture stands alone
-      codec.slices = rowsOfSlices * rowsOfSlices;
-      options.Set("slicecrc", "1");
-      return;
-    }
-  }
-}
-
 }  // namespace
 
 VideoWriter::VideoWriter(const std::filesystem::path& path, const std::filesystem::path& file,
@@ -184,6 +38,7 @@ VideoWriter::VideoWriter(const std::filesystem::path& path, const std::filesyste
       fileName_(LibavName(file)),
       format_(VideoFormatOf(path).value()),
       kind_(CodecOf(format_, traits.encoding)),
+      fields_(traits.fields),
       packet_(Allocated(av_packet_alloc())) {
   SilenceLibav();
   if (IsSubsampled(kind_) && (traits.width % 2 || traits.height % 2)) {
@@ -261,26 +116,7 @@ void VideoWriter::OpenOutput() {
 }
 
 void VideoWriter::OpenCodec(const VideoTraits& traits) {
-  const AVCodec* encoder = avcodec_find_encoder_by_name(EncoderOf(kind_));
-  if (!encoder) {
-    RefuseOutput(path_, fmt::format("the encoder {} is not there", EncoderOf(kind_)));
-  }
-  if (av_image_check_size(static_cast<unsigned>(traits.width), static_cast<unsigned>(traits.height), 0,
-                          nullptr) < 0) {
-    RefuseOutput(path_, fmt::format("{} x {} pixels are more than a video can have, some 260 million",
-                                    traits.width, traits.height));
-  }
-  // FFV1 says "not implemented" when a slice is too large for it.
-  constexpr int kMostRows = 16;
-  constexpr int kSmallestToDivide = 32;  // pixels a side
-  int rowsOfSlices = std::min(traits.width, traits.height) < kSmallestToDivide ? 1 : 2;
-  int error = TryCodec(*encoder, traits, rowsOfSlices);
-  while (error == AVERROR(ENOSYS) && rowsOfSlices < kMostRows) {
-    error = TryCodec(*encoder, traits, ++rowsOfSlices);
-  }
-  if (error < 0) {
-    RefuseOutput(path_, WhyNotOpened(kind_, traits, error));
-  }
+  codec_ = OpenEncoder(kind_, traits, *file_->oformat, path_);
   stream_ = Allocated(avformat_new_stream(file_.get(), nullptr));
   Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
   if (kind_ == VideoCodec::kHevc && format_ != VideoFormat::kMkv) {
@@ -296,44 +132,13 @@ void VideoWriter::OpenCodec(const VideoTraits& traits) {
   AddLightLevels(traits.levels, *stream_);
 }
 
-/// Returns 0 or the libraries' error.
-int VideoWriter::TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices) {
-  codec_.reset(Allocated(avcodec_alloc_context3(&encoder)));
-  const AVPixelFormat pixels = PixelFormatOf(kind_, traits);
-  const ColorTags tags = CompleteTags(traits.tags, pixels, traits.height);
-  constexpr int kFinestAspect = 10'000;
-  codec_->width = traits.width;
-  codec_->height = traits.height;
-  codec_->pix_fmt = pixels;
-  codec_->time_base = {traits.rate.timeStep, traits.rate.timeScale};
-  codec_->framerate = {traits.rate.timeScale, traits.rate.timeStep};
-  codec_->sample_aspect_ratio = av_d2q(traits.pixelAspect, kFinestAspect);
-  codec_->colorspace = MatrixOf(tags);
-  codec_->color_primaries = static_cast<AVColorPrimaries>(tags.primaries);
-  codec_->color_trc = static_cast<AVColorTransferCharacteristic>(tags.transfer);
-  codec_->color_range = IsYuv(pixels) ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
-  fields_ = traits.fields;
-  if (fields_ != FieldOrder::kProgressive) {
-    codec_->field_order = fields_ == FieldOrder::kTopFirst ? AV_FIELD_TT : AV_FIELD_BB;
-    if (kind_ == VideoCodec::kH264 || kind_ == VideoCodec::kProres) {
-      codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
-    }
-  }
-  if (file_->oformat->flags & AVFMT_GLOBALHEADER) {
-    codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  }
-  Options options;
-  ChooseOptions(kind_, traits, rowsOfSlices, *codec_, options);
-  return avcodec_open2(codec_.get(), &encoder, options.Get());
-}
-
 void VideoWriter::OpenSound(const FileRange& sound, SoundWish wish) {
   sound_.emplace(sound, *file_, wish);
   notes_.insert(notes_.end(), sound_->Notes().begin(), sound_->Notes().end());
 }
 
 void VideoWriter::WriteHeader() {
-  Options options;
+  AvOptions options;
   if (format_ != VideoFormat::kMkv) {
     options.Set("movflags", "+faststart");
   }

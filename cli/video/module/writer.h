@@ -33,7 +33,6 @@ class VideoWriter : public VideoEncoding {
   void Check(int error) const;
   void OpenOutput();
   void OpenCodec(const VideoTraits& traits);
-  int TryCodec(const AVCodec& encoder, const VideoTraits& traits, int rowsOfSlices);
   void OpenSound(const FileRange& sound, SoundWish wish);
   void WriteHeader();
   void NoteLosses(const VideoTraits& traits);
@@ -44,7 +43,7 @@ class VideoWriter : public VideoEncoding {
   std::string fileName_;  // for the libraries
   VideoFormat format_;
   VideoCodec kind_;
-  FieldOrder fields_ = FieldOrder::kProgressive;
+  FieldOrder fields_;
   AvOutput file_;
   AvCodec codec_;
   AvPacket packet_;
