@@ -53,14 +53,20 @@ export function createCommands({ store, actions, pool, library, notices, panel }
     read.notes.forEach(notices.note);
   }
 
+  let lastOpening = 0;
+
   async function openFile(file) {
     if (/\.toml$/i.test(file.name)) {
       await readScene(await file.slice(0, kMostSceneBytes).text(), file.name);
       return;
     }
+    const opening = ++lastOpening;
     const plate = await library.open(file);
     const source = await library.load(plate);
-    actions.setPlate(plate, source.frames && { ...source.frames, frame: source.frames.first, fps: source.fps });
+    // One that took long does not take the place of one that was asked for later.
+    if (opening === lastOpening) {
+      actions.setPlate(plate, source.frames && { ...source.frames, frame: source.frames.first, fps: source.fps });
+    }
   }
 
   async function copy(text, what) {

@@ -1,4 +1,4 @@
-// Workers that fail: one that does not load, and an engine that is stopped halfway.
+// Workers that fail: ones that do not load, and an engine that is stopped halfway.
 
 import assert from 'node:assert/strict';
 import test from 'node:test';
@@ -63,4 +63,18 @@ test('frames come from the workers that are left, and from a new engine after a 
   assert.match(found.oneFails[3], /RuntimeError|unreachable/);
   assert.deepEqual(found.oneFails, found.noneFails);
   assert.ok(found.isChanging, 'each frame is another');
+});
+
+test('what a worker that did not load was to do, another does when it is asked again', async (context) => {
+  const browser = await startBrowser();
+  context.after(() => browser.close());
+  const { page } = await browser.open({ path: 'package.json' });
+  const ask = async () => {
+    const { clipFormats } = await import('/media/clip.js');
+    return clipFormats({ width: 64, height: 64 }).then((formats) => formats.length, (error) => error.message);
+  };
+  await page.route('**/mediabunny.min.mjs', (route) => route.abort());
+  assert.match(String(await page.evaluate(ask)), /could not be loaded/);
+  await page.unroute('**/mediabunny.min.mjs');
+  assert.equal(await page.evaluate(ask), 2);
 });

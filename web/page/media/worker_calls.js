@@ -2,10 +2,15 @@
 
 import { MediaError } from './media_error.js';
 
-/** How to call a worker that starts when it is first called, and stays. */
+/** How to call a worker that starts when it is first called, and stays; one that could not be loaded is started anew. */
 export function workerAt(url) {
   let calls;
-  return () => (calls ??= new WorkerCalls(url));
+  return () => {
+    if (!calls || calls.isBroken) {
+      calls = new WorkerCalls(url);
+    }
+    return calls;
+  };
 }
 
 /** The calling side, on the page's thread. */
@@ -13,6 +18,8 @@ class WorkerCalls {
   #worker;
   #waiting = new Map();
   #lastId = 0;
+  #hasAnswered = false;
+  isBroken = false; // it was not loaded, and never will answer
 
   constructor(url) {
     this.#worker = new Worker(url, { type: 'module' });
@@ -31,16 +38,18 @@ class WorkerCalls {
   }
 
   #take({ id, result, error }) {
-    const { resolve, reject } = this.#waiting.get(id);
+    this.#hasAnswered = true;
+    const call = this.#waiting.get(id); // none where all were given up since
     this.#waiting.delete(id);
     if (!error) {
-      resolve(result);
+      call?.resolve(result);
     } else {
-      reject(error.isMedia ? new MediaError(error.message) : new Error(error.message));
+      call?.reject(error.isMedia ? new MediaError(error.message) : new Error(error.message));
     }
   }
 
   #fail(error) {
+    this.isBroken = !this.#hasAnswered;
     for (const { reject } of this.#waiting.values()) {
       reject(error);
     }

@@ -8,7 +8,10 @@ export function createPlateFollower({ library, stage, topbar, store, notices }) 
   const toldOf = new WeakSet();
   let shown;
   let shownSource;
+  let lastTurn = 0;
+  let shownTurn = 0;
   return async function follow(state) {
+    const turn = ++lastTurn;
     const source = await library.load(state.plate).catch(() => undefined);
     if (!source || store.state.plate !== state.plate) {
       return undefined;
@@ -25,8 +28,10 @@ export function createPlateFollower({ library, stage, topbar, store, notices }) 
     const { show, holdPlate } = store.state.view;
     if (holdPlate || show === 'plate' || show === 'wipe') {
       const plate = await source.plateAt(store.state.time.frame).catch(() => undefined);
-      if (plate && plate !== shown && source === shownSource) {
+      // Frames become ready in any order; none is shown after a later one.
+      if (plate && plate !== shown && source === shownSource && turn > shownTurn) {
         shown = plate;
+        shownTurn = turn;
         stage.showPlate(plate);
       }
     }

@@ -122,16 +122,21 @@ export function createPlayer({ store, actions, pool, library, cache, cost, show,
 
   async function start() {
     const { plate } = store.state;
+    const isWanted = () => store.state.view.playing && timer === undefined && store.state.plate === plate;
+    let loaded;
     try {
-      source = await library.load(plate);
+      loaded = await library.load(plate);
     } catch (error) {
-      actions.setView({ playing: false });
-      fail(error);
+      if (isWanted()) {
+        actions.setView({ playing: false });
+        fail(error);
+      }
       return;
     }
-    if (!store.state.view.playing || timer !== undefined) {
+    if (!isWanted()) {
       return;
     }
+    source = loaded;
     const { frame, first, last } = store.state.time;
     next = frame >= last ? first : frame;
     look = undefined;

@@ -31,7 +31,14 @@ export async function openExportDialog({ store, library, notices, renderFrame, s
   });
   progress.hidden = true;
 
-  const known = await clipFormats({ ...size, fps: time.fps });
+  const known = await clipFormats({ ...size, fps: time.fps }).catch((error) => {
+    setText(trouble, error.message);
+    return undefined;
+  });
+  if (!known) {
+    formats.replaceChildren();
+    return;
+  }
   const chosen = known.find(({ available }) => available)?.id;
   formats.replaceChildren(
     ...known.map(({ id, label, available, reason, note }) => {

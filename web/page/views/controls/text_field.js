@@ -32,23 +32,33 @@ export function createTextField({ label, shown, typed = shown, read, step, chang
     element.value = document.activeElement === element ? typed(value) : shown(value);
   }
 
+  // Promises whether the text still stands: the visitor may have typed on before the answer came.
   async function enter() {
     const text = element.value.trim();
+    const stands = () => element.value.trim() === text;
+    let next;
     try {
-      const next = await read(text);
-      value = next;
-      rest();
-      change(next, {});
+      next = await read(text);
     } catch (error) {
-      element.setAttribute('aria-invalid', 'true');
-      complain(error.message);
+      if (stands()) {
+        element.setAttribute('aria-invalid', 'true');
+        complain(error.message);
+      }
+      return stands();
     }
+    const isLast = stands();
+    value = next;
+    if (isLast) {
+      rest();
+    }
+    change(next, {});
+    return isLast;
   }
 
   function press(event) {
     if (event.key === 'Enter') {
       event.preventDefault();
-      enter().then(() => element.select());
+      enter().then((isLast) => isLast && element.select());
     } else if (event.key === 'Escape' && (isDirty || element.hasAttribute('aria-invalid'))) {
       event.stopPropagation();
       rest();
