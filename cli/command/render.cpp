@@ -81,6 +81,16 @@ void SayNotes(Messages& messages, const Scene& scene, const RenderPlan& plan, co
   }
 }
 
+/// Whether the sequence holds frames of another scene beside the run's, which is said.
+bool SayIfMixed(Messages& messages, const Scene& scene, std::optional<Resumption>& resumption) {
+  const auto frame = resumption ? resumption->OfAnotherBeside() : std::nullopt;
+  if (frame) {
+    messages.Note(fmt::format("'{}' holds frames of another scene or input beside these, such as frame {}",
+                              scene.output, *frame));
+  }
+  return frame.has_value();
+}
+
 // Takes away what an earlier run of the same output left behind when it was killed.
 void TidyUp(const std::filesystem::path& output) {
   const OutputName name(output);
@@ -176,6 +186,7 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
                     "name, or add --no-overwrite",
                     CountFrames(others), scene.output, others == 1 ? "is" : "are"));
   }
+  const bool isMixed = SayIfMixed(messages, scene, resumption);
   for (const std::int32_t frame : done) {
     messages.FrameDoneBefore(frame, pathOf(frame));
   }
@@ -203,6 +214,9 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
                            }});
   }
   const double seconds = SecondsSince(start);
+  if (!isMixed) {
+    SayIfMixed(messages, scene, resumption);  // another machine may have begun meanwhile
+  }
   SaySummary(messages, scene, plan, summary, done.size(), seconds);
   if (sink.isVideo && summary.written == 0 && !summary.interrupted) {
     Refuse(ExitCode::kFrameFailed, "there was no frame to write, so '{}' was not made", scene.output);

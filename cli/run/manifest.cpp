@@ -119,6 +119,15 @@ void Manifest::TakeLine(std::string_view line) {
   }
 }
 
+std::vector<std::int32_t> Manifest::Frames() const {
+  std::vector<std::int32_t> frames;
+  for (const auto& entry : entries_) {
+    frames.push_back(entry.first);
+  }
+  std::ranges::sort(frames);
+  return frames;
+}
+
 std::uint64_t Manifest::RecipeFor(std::string_view input) const {
   return Hash(recipe_ + std::string(input));
 }

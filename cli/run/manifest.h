@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace cli {
 
@@ -46,6 +47,12 @@ class Manifest {
   /// Whether the frame was noted, and by another scene or version or from another input.
   bool IsOfAnother(std::int32_t frame, std::string_view input) const;
 
+  /// The frames that are noted, rising.
+  std::vector<std::int32_t> Frames() const;
+
+  /// Takes in what other processes have noted meanwhile.
+  void Read();
+
   /// Notes that `file` is this frame, of this scene, version and input.  Throws ToolError(kOutput) when the
   /// file cannot be read back or the list cannot be written.
   void Note(std::int32_t frame, const std::filesystem::path& file, std::string_view input);
@@ -56,7 +63,6 @@ class Manifest {
     std::uint64_t recipe;
   };
 
-  void Read();
   std::uint64_t RecipeFor(std::string_view input) const;
   void TakeLine(std::string_view line);
 

@@ -30,11 +30,18 @@ std::string FileStamp(const std::filesystem::path& file) {
 
 Resumption::Resumption(const Scene& scene, const std::string& inputStamp, const FrameSource& source,
                        const std::vector<std::int32_t>& frames)
-    : name_(scene.output), manifest_(ManifestName(scene.output), RecipeOf(scene), VINTREL_VERSION) {
+    : name_(scene.output),
+      source_(source),
+      sharedStamp_(scene.blank ? "blank" : inputStamp),
+      manifest_(ManifestName(scene.output), RecipeOf(scene), VINTREL_VERSION) {
   for (const std::int32_t frame : frames) {
-    const std::filesystem::path file = source.FileOf(frame);
-    stamps_[frame] = scene.blank ? "blank" : file.empty() ? inputStamp : FileStamp(file);
+    stamps_[frame] = StampFor(frame);
   }
+}
+
+std::string Resumption::StampFor(std::int32_t frame) const {
+  const std::filesystem::path file = source_.FileOf(frame);
+  return file.empty() ? sharedStamp_ : FileStamp(file);
 }
 
 std::vector<std::int32_t> Resumption::TakeOut(std::vector<std::int32_t>& frames) const {
@@ -50,11 +57,24 @@ std::vector<std::int32_t> Resumption::TakeOut(std::vector<std::int32_t>& frames)
 }
 
 std::size_t Resumption::OfAnotherScene(const std::vector<std::int32_t>& frames) const {
-  return static_cast<std::size_t>(std::ranges::count_if(frames, [this](std::int32_t frame) {
-    const std::string& stamp = stamps_.at(frame);
-    std::error_code error;
-    return manifest_.IsOfAnother(frame, stamp) && std::filesystem::exists(name_.ForFrame(frame), error);
-  }));
+  return static_cast<std::size_t>(std::ranges::count_if(
+      frames, [this](std::int32_t frame) { return IsOfAnother(frame, stamps_.at(frame)); }));
+}
+
+std::optional<std::int32_t> Resumption::OfAnotherBeside() {
+  constexpr std::size_t kMostLookedAt = 100;  // each asks a file system that may be slow
+  manifest_.Read();
+  std::vector<std::int32_t> beside = manifest_.Frames();
+  std::erase_if(beside, [this](std::int32_t frame) { return stamps_.contains(frame); });
+  beside.resize(std::min(beside.size(), kMostLookedAt));
+  const auto found = std::ranges::find_if(
+      beside, [this](std::int32_t frame) { return IsOfAnother(frame, StampFor(frame)); });
+  return found == beside.end() ? std::nullopt : std::optional(*found);
+}
+
+bool Resumption::IsOfAnother(std::int32_t frame, const std::string& stamp) const {
+  std::error_code error;
+  return manifest_.IsOfAnother(frame, stamp) && std::filesystem::exists(name_.ForFrame(frame), error);
 }
 
 bool Resumption::IsDone(std::int32_t frame) const {

@@ -166,7 +166,10 @@ TEST_F(Tool, ResumesWhatIsWholeAndOfTheSameSceneAndInput) {
   EXPECT_THAT(render(""), AllOf(HasSubstr("2 frames, "), HasSubstr("1 done before")));
   const std::size_t digest = Digest("s.2.png");
   EXPECT_THAT(render(""), HasSubstr("3 done before"));
-  EXPECT_THAT(render("--seed 1"), testing::Not(HasSubstr("done before")));
+  EXPECT_THAT(render("--part 2/3"), testing::Not(HasSubstr("note: ")));
+  EXPECT_THAT(render("--part 2/3 --seed 1"),
+              AllOf(HasSubstr("1 frame of 's.%d.png' is of another scene"), HasSubstr("such as frame 1\n")));
+  EXPECT_THAT(render("--seed 1"), HasSubstr("1 done before"));
   render("");
   std::filesystem::resize_file(folder_ / "s.2.png", 100);
   EXPECT_THAT(render(""), HasSubstr("2 done before"));
