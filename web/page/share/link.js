@@ -8,6 +8,7 @@
 
 import { isKeyed } from '../state/course.js';
 import { equalValues, hasValue } from '../state/declarations.js';
+import { kMostFrames } from '../state/time_span.js';
 import { parseRate } from './rate.js';
 import { readKeyPlace, readValue, sortedKeys, valueText } from './value_text.js';
 
@@ -113,7 +114,7 @@ const readers = new Map(
     time(text, state) {
       const match = /^(-?\d+)-(-?\d+)$/.exec(text);
       const [first, last] = match ? [readFrame(match[1]), readFrame(match[2])] : [null, null];
-      if (first === null || last === null || first > last) {
+      if (first === null || last === null || first > last || last - first >= kMostFrames) {
         refuse('time', text, state);
       } else {
         Object.assign(state.time, { first, last });

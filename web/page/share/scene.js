@@ -1,6 +1,7 @@
 // Between the page's state and a scene, as the engine's readScene and writeScene know it: { render, parameters }.
 
 import { equalValues, hasValue } from '../state/declarations.js';
+import { kMostFrames } from '../state/time_span.js';
 
 // What a scene may ask of the tool and the page has no part in.
 const kOfTheToolAlone = [
@@ -14,7 +15,6 @@ const kOfTheToolAlone = [
   'depth',
   'pixelAspect',
 ];
-const kMostFrames = 1_000_000;
 
 /** The file that the tool would be given as the input for this plate. */
 export function inputOf(plate) {

@@ -3,6 +3,7 @@
 // Numbers are written in JavaScript's shortest form that reads back as the same number, so nothing is lost on the way.
 
 import { kEases } from '../state/course.js';
+import { colorText } from '../state/declarations.js';
 
 const kMostPercent = 32767;
 const kLastFrame = 2 ** 31 - 1;
@@ -17,7 +18,7 @@ export function valueText(declaration, value, separator = ',') {
     case 'popup':
       return declaration.choices[value - 1] ?? String(value);
     case 'color':
-      return '#' + value.map((channel) => Math.round(channel).toString(16).padStart(2, '0')).join('');
+      return colorText(value);
     case 'point':
       return value.map(String).join(separator);
     default:

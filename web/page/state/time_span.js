@@ -1,4 +1,7 @@
-// What part of the clip the timeline shows: { first, last } in frames, which need not be whole.  Pure.
+// How long a clip may be, and what part of it the timeline shows: { first, last } in frames, which need not be whole.  Pure.
+
+/** A clip that is longer is not taken. */
+export const kMostFrames = 1_000_000;
 
 const kLeastFrames = 8;
 // Where the playhead comes in when playback turns the page.

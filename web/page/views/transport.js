@@ -1,6 +1,7 @@
 // Time in numbers: play and step, the playhead, first and last frame, rate, shutter, and what playback reaches.
 
 import { parseRate } from '../share/rate.js';
+import { kMostFrames } from '../state/time_span.js';
 import { createFrameField } from './controls/frame_field.js';
 import { createTextField } from './controls/text_field.js';
 import { h, set, setText } from './dom.js';
@@ -8,7 +9,6 @@ import { icon } from './icons.js';
 
 const kLeastShutter = 1;
 const kMostShutter = 720;
-const kMostFrames = 1_000_000;
 const kRates = ['24000/1001', '24', '25', '30000/1001', '30', '50', '60'];
 const kQualities = [
   { id: 'auto', label: 'Auto' },
