@@ -42,9 +42,9 @@ export function createKeyBar(declarations, { store, actions, notices }) {
   return {
     element,
     update(state) {
-      const { view, parameters } = state;
-      const chosen = selectedKey(state);
-      element.hidden = view.playing || !Object.values(parameters).some(isKeyed);
+      // In playback no key stays chosen. The bar keeps its place where it has one of its own, or the page would jump.
+      const chosen = state.view.playing ? undefined : selectedKey(state);
+      element.hidden = !Object.values(state.parameters).some(isKeyed);
       element.classList.toggle('is-idle', !chosen);
       setText(name, chosen ? `${titleOf(declarations.bySlug.get(chosen.slug))} at` : 'No key chosen');
       frame.element.hidden = !chosen;
