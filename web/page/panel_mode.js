@@ -3,7 +3,7 @@
 import { PanelClient, isPanel } from './panel/panel_client.js';
 import { PanelConflict } from './panel/panel_error.js';
 import { plateSourceOf } from './panel/plate_source.js';
-import { confirmDialog, openDialog } from './views/dialog.js';
+import { confirmDialog, fileField, openDialog } from './views/dialog.js';
 import { h } from './views/dom.js';
 import { openRenderDialog } from './views/render_dialog.js';
 
@@ -63,7 +63,7 @@ export function createPanelMode({ store, notices }) {
   return {
     begin,
     async saveScene(sceneText) {
-      const field = h('input', { class: 'field', value: sceneFile, 'aria-label': 'Scene file', spellcheck: 'false' });
+      const field = fileField({ value: sceneFile, 'aria-label': 'Scene file' });
       const form = h('form', { class: 'form', onsubmit: (event) => {
         event.preventDefault();
         dialog.close();

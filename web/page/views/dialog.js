@@ -56,3 +56,8 @@ export function confirmDialog({ title, text, act }) {
     no.focus();
   });
 }
+
+/** A field for the name of a file; a form is not sent without one. */
+export function fileField(attributes) {
+  return h('input', { class: 'field', type: 'text', required: true, pattern: '.*\\S.*', title: 'The name of a file', spellcheck: 'false', ...attributes });
+}

@@ -1,7 +1,7 @@
 // A render by the tool: where it goes, which frames; its progress, and a way to stop it.
 
 import { framesText } from '../share/scene.js';
-import { confirmDialog, openDialog } from './dialog.js';
+import { confirmDialog, fileField, openDialog } from './dialog.js';
 import { h, set, setText } from './dom.js';
 
 const kStoppedCode = 130; // as shells count an interrupt
@@ -10,7 +10,7 @@ const kNothingWritten = 'Stopped: nothing was written.';
 /** `start({ output, frames, replace })` promises { events, stop() }, as PanelClient.startRender does. */
 export function openRenderDialog({ store, start, isConflict }) {
   const { time } = store.state;
-  const output = h('input', { class: 'field', value: 'snow.mp4', spellcheck: 'false' });
+  const output = fileField({ value: 'snow.mp4' });
   const frames = h('input', { class: 'field', value: framesText(time), spellcheck: 'false' });
   const progress = h('progress', { value: 0, 'aria-label': 'Frames done', hidden: true });
   const words = h('p', { class: 'muted', role: 'status' }, 'A video (.mp4, .mov, .mkv), or pictures such as snow.####.png');
