@@ -51,18 +51,25 @@ ExitCode CodeAtEnd(Messages& messages, const Scene& scene, const RenderPlan& pla
   return ExitCode::kInput;
 }
 
-void Count(FrameOutcome outcome, RunEnd& end) {
+double SecondsSince(StartTime start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void CountFrame(FrameOutcome outcome, StartTime start, RunEnd& soFar, Messages& messages) {
   switch (outcome) {
     case FrameOutcome::kWritten:
-      ++end.written;
+      ++soFar.written;
       break;
     case FrameOutcome::kSkipped:
-      ++end.missing;
+      ++soFar.missing;
       break;
     case FrameOutcome::kFailed:
-      ++end.failed;
+      ++soFar.failed;
       break;
   }
+  --soFar.left;
+  soFar.seconds = SecondsSince(start);
+  messages.FramesSoFar(soFar);
 }
 
 RunEnd EndOf(ExitCode code, const RunSummary& summary) {

@@ -1,6 +1,7 @@
 // What the commands that render say of their frames, and the code that they end with.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -30,8 +31,13 @@ void SayFailures(Messages& messages, const RunSummary& summary);
 /// is an error, and said.
 ExitCode CodeAtEnd(Messages& messages, const Scene& scene, const RenderPlan& plan, const RunSummary& summary);
 
-/// One frame more in the run for programs.
-void Count(FrameOutcome outcome, RunEnd& end);
+/// When the command began.
+using StartTime = std::chrono::steady_clock::time_point;
+
+double SecondsSince(StartTime start);
+
+/// One frame more, which the messages are to know of should the run end before it is over.
+void CountFrame(FrameOutcome outcome, StartTime start, RunEnd& soFar, Messages& messages);
 
 /// The run for programs, but for frames that were done before it and its time.
 RunEnd EndOf(ExitCode code, const RunSummary& summary);

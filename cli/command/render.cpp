@@ -128,10 +128,6 @@ void SaySummary(Messages& messages, const Scene& scene, const RenderPlan& plan, 
   messages.Say(line);
 }
 
-double SecondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 void SayHowToGoOn(Messages& messages, std::size_t left, bool canResume) {
   messages.Say(fmt::format("interrupted with {} left; {}", CountFrames(left),
                            canResume ? "the same command with --resume goes on from here"
@@ -206,10 +202,8 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
                              if (resumption && report.outcome == FrameOutcome::kWritten) {
                                resumption->Note(report.frame);
                              }
-                             soFar.left = --left;
-                             Count(report.outcome, soFar);
-                             soFar.seconds = SecondsSince(start);
-                             messages.FramesSoFar(soFar);
+                             CountFrame(report.outcome, start, soFar, messages);
+                             left = soFar.left;
                              progress.FrameDone(NewsOf(report, pathOf(report.frame)));
                            }});
   }

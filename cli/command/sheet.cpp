@@ -17,7 +17,6 @@
 #include "cli/scene/frame_range.h"
 
 namespace cli {
-
 namespace {
 
 /// The sheet's own, from the command line: what a scene file says is for what is rendered of it.
@@ -66,6 +65,8 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
     messages.Note(note);
   }
   RunSummary summary;
+  RunEnd soFar{.left = job.frames.size()};
+  messages.FramesSoFar(soFar);
   {
     const auto sayInterrupted = [&] { messages.Say("interrupted; there is no sheet"); };
     const GracefulEnd graceful([&] {
@@ -75,6 +76,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
     Progress progress(style, job.frames.size(), messages.Outlet());
     summary = RunPipeline(job, *plan.source, sheet,
                           {.interrupted = Interrupted, .report = [&](const FrameReport& report) {
+                             CountFrame(report.outcome, start, soFar, messages);
                              progress.FrameDone(NewsOf(report, scene.output));
                            }});
     if (summary.interrupted) {
@@ -91,7 +93,7 @@ ExitCode RenderSheet(const ShotOptions& options, int cells, std::shared_ptr<cons
   }
   const ExitCode code = CodeAtEnd(messages, scene, plan, summary);
   RunEnd end = EndOf(code, summary);
-  end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  end.seconds = SecondsSince(start);
   messages.End(end);
   return code;
 }

@@ -146,7 +146,9 @@ TEST_F(Tool, MakesASheetOfWhatThereIs) {
   }
   std::filesystem::resize_file(folder_ / "p.4.png", 100);
   const std::string sheet = "sheet 'p.%d.png' -o sheet.jpg --missing skip --progress json ";
-  EXPECT_EQ(Run(sheet).code, 3);
+  const Outcome stopped = Run(sheet);
+  EXPECT_EQ(stopped.code, 3);
+  EXPECT_THAT(stopped.err, HasSubstr("\"end\",\"code\":3,\"written\":2,"));
   EXPECT_FALSE(std::filesystem::exists("sheet.jpg"));
   const Outcome outcome = Run(sheet + "--keep-going");
   EXPECT_EQ(outcome.code, 1);
