@@ -178,8 +178,7 @@ ExitCode RenderShot(const ShotOptions& options, std::shared_ptr<const minihost::
   if (const std::size_t others = resumption ? resumption->OfAnotherScene(job.frames) : 0; others > 0) {
     messages.Note(
         fmt::format("{} of '{}' {} of another scene or input and will be replaced; to keep them, write to "
-                    "another folder or "
-                    "name, or add --no-overwrite",
+                    "another folder or name, or add --no-overwrite",
                     CountFrames(others), scene.output, others == 1 ? "is" : "are"));
   }
   const bool isMixed = SayIfMixed(messages, scene, resumption);

@@ -30,11 +30,10 @@ HttpReply ErrorReply(int status, std::string_view message) {
 void AddSafetyHeaders(HttpReply& reply) {
   constexpr std::pair<const char*, const char*> kHeaders[] = {
       {"Content-Security-Policy",
-       "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self' 'unsafe-inline'; img-src "
-       "'self' "
-       "blob: data:; media-src 'self' blob:; font-src 'self'; connect-src 'self' blob:; worker-src 'self' "
-       "blob:; "
-       "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+       "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self' 'unsafe-inline'; "
+       "img-src 'self' blob: data:; media-src 'self' blob:; font-src 'self'; connect-src 'self' blob:; "
+       "worker-src 'self' blob:; manifest-src 'self'; base-uri 'none'; form-action 'none'; "
+       "frame-ancestors 'none'"},
       {"X-Content-Type-Options", "nosniff"},
       {"X-Frame-Options", "DENY"},
       {"Cross-Origin-Resource-Policy", "same-origin"},

@@ -77,8 +77,7 @@ void Plate::NoteWhatIsShown(Depth depth) {
   } else if (depth == Depth::kFloat) {
     facts_["notes"].push_back(
         "shown in 8 bits, as with --depth 8: light above white is cut off, and linear light looks dark; "
-        "renders "
-        "have float, and keep all of it");
+        "renders have float, and keep all of it");
   }
 }
 

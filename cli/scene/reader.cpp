@@ -137,7 +137,7 @@ void ApplyRender(const toml::table& section, Scene& scene) {
   }
 }
 
-/// The label's text; empty when the key is missing.
+/// A key that is missing leaves its text empty.
 PresetLabel ReadLabel(const toml::table& section) {
   PresetLabel label;
   for (const auto& [key, value] : EntriesOf(section)) {
