@@ -50,16 +50,6 @@ void CopyChapters(const AVFormatContext& from, const FileRange& range, AVFormatC
   }
 }
 
-/// Written on the stream of pictures or on a track of its own.
-const char* TimecodeOf(const AVFormatContext& file, const AVStream& video) {
-  const AVDictionaryEntry* entry = av_dict_get(video.metadata, "timecode", nullptr, 0);
-  for (unsigned i = 0; !entry && i < file.nb_streams; ++i) {
-    entry = av_dict_get(file.streams[i]->metadata, "timecode", nullptr, 0);
-  }
-  entry = entry ? entry : av_dict_get(file.metadata, "timecode", nullptr, 0);
-  return entry ? entry->value : nullptr;
-}
-
 /// False when it cannot be carried: it counts at another rate than the frames.
 bool CarryTimecode(const char* text, double seconds, AVStream& video) {
   AVTimecode timecode{};
@@ -115,6 +105,15 @@ int CountTracks(const AVFormatContext& file, AVMediaType type, const AVStream* p
 }
 
 }  // namespace
+
+const char* TimecodeOf(const AVFormatContext& file, const AVStream& video) {
+  const AVDictionaryEntry* entry = av_dict_get(video.metadata, "timecode", nullptr, 0);
+  for (unsigned i = 0; !entry && i < file.nb_streams; ++i) {
+    entry = av_dict_get(file.streams[i]->metadata, "timecode", nullptr, 0);
+  }
+  entry = entry ? entry : av_dict_get(file.metadata, "timecode", nullptr, 0);
+  return entry ? entry->value : nullptr;
+}
 
 std::vector<std::string> CarryOver(const CarriedFile& source, AVFormatContext& output, AVStream& video) {
   const std::filesystem::path& path = source.range.path;

@@ -9,6 +9,10 @@
 
 namespace cli {
 
+/// The timecode of the first picture, wherever the file has it: with the pictures, on a track of its own or
+/// for the whole; on loan, null when there is none.
+const char* TimecodeOf(const AVFormatContext& file, const AVStream& video);
+
 /// Copies what belongs to the frames of `source` to `output` and to `video`, its stream of pictures, whose
 /// rate is known; the header is not yet written.  Chapters are cut to the range, and the timecode is that of
 /// its first frame; both are left out where frames are.  Returns notes on what is left out.  Throws

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "cli/video/module/carry.h"
+
 extern "C" {
 #include <libavutil/mastering_display_metadata.h>
 #include <libavutil/pixdesc.h>
@@ -80,9 +82,8 @@ Facts FactsOf(const AVFormatContext& file, const AVStream& video, const LightLev
                                                        : "");
   add("hdr", HdrOf(video, levels));
   add("fields", codec.field_order > AV_FIELD_PROGRESSIVE ? "interlaced" : "");
-  const AVDictionaryEntry* timecode = av_dict_get(video.metadata, "timecode", nullptr, 0);
   const AVDictionaryEntry* title = av_dict_get(file.metadata, "title", nullptr, 0);
-  add("timecode", timecode ? timecode->value : "");
+  add("timecode", Text(TimecodeOf(file, video)));
   add("title", title ? title->value : "");
   for (unsigned i = 0; i < file.nb_streams; ++i) {
     const AVMediaType type = file.streams[i]->codecpar->codec_type;

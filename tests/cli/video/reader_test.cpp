@@ -179,6 +179,10 @@ TEST_F(VideoRead, ShowsThePictureOfEachMoment) {
     EXPECT_EQ(std::lround(picture->image.Row<PF_Pixel>(24)[32].green * 219 / 255.0 / 9), number) << frame;
   }
   using Fact = std::pair<std::string, std::string>;
+  MakeClip(folder_ / "a.mxf",
+           "-f lavfi -i testsrc2=s=720x576:r=25:d=0.1 -c:v mpeg2video -pix_fmt yuv422p "
+           "-timecode 10:00:00:00");
+  EXPECT_THAT(VideoReader(folder_ / "a.mxf").About(), Contains(Fact("timecode", "10:00:00:00")));
   EXPECT_THAT(video.About(), AllOf(Contains(Fact("codec", "ffv1")), Contains(Fact("pixel format", "yuv420p")),
                                    Contains(Fact("title", "Street"))));
 }
