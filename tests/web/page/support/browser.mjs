@@ -11,8 +11,8 @@ const { chromium } = require('playwright-core');
 
 const kSite = resolve(process.env.VINTREL_WEB ?? 'out/web');
 const kBrowser = process.env.VINTREL_BROWSER ?? '/usr/bin/chromium';
+const kPatience = 60_000; // for machines that are slow, or have much else to do
 // Root has no sandbox; machines without a graphics card draw textures in software.
-const kPatience = 15_000;
 const kFlags = ['--no-sandbox', '--enable-unsafe-swiftshader'];
 
 /** Serves the assembled page, and a browser to see it in: { address, open(options), close() }. */
