@@ -4,15 +4,8 @@
 
 namespace cli::check {
 
-KeptSums::KeptSums(const Subject& subject) {
-  constexpr std::array kSummed = {"Speed", "Wind", "Frequency"};
-  static_assert(kSummed.size() == std::tuple_size_v<decltype(summed_)>);
-  const minihost::ParameterList& list = subject.Effect()->Parameters();
-  std::ranges::transform(kSummed, summed_.begin(), [&](const char* name) {
-    const auto* parameter = minihost::FindParameter(list, name);
-    return parameter != nullptr ? parameter->index : 0;
-  });
-}
+KeptSums::KeptSums(const Subject& subject)
+    : summed_{subject.IndexOf("Speed"), subject.IndexOf("Wind"), subject.IndexOf("Frequency")} {}
 
 void KeptSums::See(const CommandView& command, std::span<const HostCall> calls) {
   const std::optional<InstanceRecord> before = record_;

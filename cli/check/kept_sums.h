@@ -29,7 +29,7 @@ class KeptSums {
  private:
   bool WasSumRefused(std::span<const HostCall> calls) const;
 
-  std::array<std::int32_t, 3> summed_{};  // the parameters
+  std::array<std::int32_t, 3> summed_;  // the parameters
   std::optional<InstanceRecord> record_;
   bool areOthers_ = false;
 };

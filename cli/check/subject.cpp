@@ -19,6 +19,11 @@ Module OpenModule(const std::filesystem::path& file) {
   }
 }
 
+std::int32_t Subject::IndexOf(std::string_view name) const {
+  const minihost::ParameterInfo* const found = minihost::FindParameter(effect_->Parameters(), name);
+  return found != nullptr ? found->index : 0;
+}
+
 minihost::ParameterSet Subject::Parameters(const Numbers& numbers) const {
   minihost::ParameterSet set(effect_->SharedParameters());
   for (const auto& [name, number] : numbers) {

@@ -1,6 +1,7 @@
 // The effect under examination, behind a host that can lie.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -31,6 +32,9 @@ class Subject {
   explicit Subject(const Module& module) : host(module.entry), effect_(minihost::Effect::Linked(&host.Run)) {}
 
   const std::shared_ptr<const minihost::Effect>& Effect() const { return effect_; }
+
+  /// Of the parameter with this name; 0, the input layer's, where there is none.
+  std::int32_t IndexOf(std::string_view name) const;
 
   /// The defaults but for these, by the names that users see.
   using Numbers = std::vector<std::pair<std::string_view, double>>;

@@ -97,8 +97,8 @@ void AboutText(const LevelTask& task, Subject& subject) {
 // Nothing lies behind a layer that is not there.
 void Interface(const LevelTask& task, Subject& subject) {
   const Tally::Check check = task.tally.Begin("Embed Depth % is grey without the original", "updates");
-  const auto* depth = minihost::FindParameter(subject.Effect()->Parameters(), "Embed Depth %");
-  if (!task.tally.Expect(check, depth != nullptr, "there is none")) {
+  const std::int32_t depth = subject.IndexOf("Embed Depth %");
+  if (!task.tally.Expect(check, depth != 0, "there is none")) {
     return;
   }
   for (const auto event : {minihost::UiEvent::kUpdate, minihost::UiEvent::kUserChangedParameter}) {
@@ -108,7 +108,7 @@ void Interface(const LevelTask& task, Subject& subject) {
       instance.SetParameters(subject.Parameters({{"Composite With Original", original}}));
       const PF_Err err = instance.UpdateParamsUi(event).err;
       task.tally.Expect(check, err == PF_Err_NONE, fmt::format("returned {}", err));
-      task.tally.Expect(check, instance.IsDisabled(depth->index) == (original == 0), "it is the other way");
+      task.tally.Expect(check, instance.IsDisabled(depth) == (original == 0), "it is the other way");
       const std::string complaints = Complaints(instance);
       task.tally.Expect(check, complaints.empty(), complaints);
     }

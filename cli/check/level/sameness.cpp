@@ -24,10 +24,7 @@ enum class Looks { kValid, kWild };
 class Gallery {
  public:
   Gallery(const Module& module, std::uint64_t seed, Looks looks, LyingHost::Root root)
-      : subject_(module), seed_(seed), looks_(looks), root_(root) {
-    const auto* flakes = minihost::FindParameter(subject_.Effect()->Parameters(), "Flakes");
-    flakes_ = flakes != nullptr ? flakes->index : 0;
-  }
+      : subject_(module), seed_(seed), looks_(looks), root_(root), flakes_(subject_.IndexOf("Flakes")) {}
 
   Picture At(std::uint64_t number) {
     Random random(seed_ * 1'000'003 + number);
@@ -61,7 +58,7 @@ class Gallery {
   std::uint64_t seed_;
   Looks looks_;
   LyingHost::Root root_;
-  std::int32_t flakes_ = 0;
+  std::int32_t flakes_;
 };
 
 std::string DifferenceOf(const Picture& a, const Picture& b) {

@@ -23,12 +23,11 @@ constexpr std::uint32_t kWildScales[] = {0, 1, 30, 30'000, INT_MAX, 0x80000000u,
 
 class Values {
  public:
-  Values(const LevelTask& task, Subject& subject) : task_(task), subject_(subject) {
+  Values(const LevelTask& task, Subject& subject)
+      : task_(task), subject_(subject), flakes_(subject.IndexOf("Flakes")) {
     for (const minihost::Depth depth : kDepths) {
       stages_.push_back(std::make_unique<Stage>(Layout{12, 9, depth, 1}));
     }
-    const auto* flakes = minihost::FindParameter(subject.Effect()->Parameters(), "Flakes");
-    flakes_ = flakes != nullptr ? flakes->index : 0;
   }
 
   void Valid(Tally::Check check) {
@@ -179,8 +178,8 @@ class Values {
 
   const LevelTask& task_;
   Subject& subject_;
+  std::int32_t flakes_;
   std::vector<std::unique_ptr<Stage>> stages_;
-  std::int32_t flakes_ = 0;
 };
 
 }  // namespace
