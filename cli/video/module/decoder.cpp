@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "cli/file/extension.h"
 #include "cli/report/error.h"
@@ -74,6 +75,10 @@ void VideoDecoder::Open() {
   const int error = OpenInput(path_, file_);
   if (error < 0) {
     RefuseInput(path_, WhyNotOpened(error, path_));
+  }
+  // FFmpeg plays any text as the screen of a terminal.
+  if (file_->iformat->name == std::string_view("tty")) {
+    RefuseInput(path_, "it is a text, neither picture nor video");
   }
   stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream_ < 0) {

@@ -161,6 +161,8 @@ TEST_F(VideoRead, TellsWhichFrameIsDamaged) {
   MakeClip(folder_ / "sound.wav", "-f lavfi -i sine=d=0.1");
   ExpectError(ExitCode::kInput, "there is neither picture nor video in it",
               [&] { VideoReader(folder_ / "sound.wav"); });
+  std::ofstream(folder_ / "notes.txt") << std::string(5000, '.') << '\n';
+  ExpectError(ExitCode::kInput, "it is a text", [&] { VideoReader(folder_ / "notes.txt"); });
 }
 
 // Ten pictures a second for a second, then five: retimed, each stays as long as it is shown.
