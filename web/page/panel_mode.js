@@ -4,7 +4,7 @@ import { PanelClient, isPanel } from './panel/panel_client.js';
 import { PanelConflict } from './panel/panel_error.js';
 import { plateSourceOf } from './panel/plate_source.js';
 import { confirmDialog, fileField, openDialog } from './views/dialog.js';
-import { h } from './views/dom.js';
+import { h, setText } from './views/dom.js';
 import { openRenderDialog } from './views/render_dialog.js';
 
 /**
@@ -64,23 +64,37 @@ export function createPanelMode({ store, notices }) {
     begin,
     async saveScene(sceneText) {
       const field = fileField({ value: sceneFile, 'aria-label': 'Scene file' });
+      const trouble = h('p', { class: 'trouble', role: 'alert' });
       const form = h('form', { class: 'form', onsubmit: (event) => {
         event.preventDefault();
-        dialog.close();
         saveAs(field.value.trim());
       } },
         h('label', {}, h('span', {}, 'File'), field),
+        trouble,
         h('div', { class: 'dialog-buttons' }, h('button', { class: 'button primary', type: 'submit' }, 'Save')));
+      let isSaving = false;
+      // The dialog stays until the scene is saved, so that a name which is refused can be mended.
       const saveAs = async (file) => {
+        if (isSaving) {
+          return;
+        }
+        isSaving = true;
+        setText(trouble, '');
         try {
           const path = await write(await textOf(sceneText), file, false);
           if (path) {
             sceneFile = file;
+            dialog.close();
             notices.note(`the scene is in ${path}`);
           }
         } catch (error) {
-          notices.fail(error);
+          if (dialog.open) {
+            setText(trouble, error.message);
+          } else {
+            notices.fail(error);
+          }
         }
+        isSaving = false;
       };
       const dialog = openDialog({ title: 'Save the scene', className: 'small', content: form });
       field.select();
