@@ -106,7 +106,7 @@ void AddShot(CLI::App& command, ShotOptions& options, const char* outputs) {
   command.add_flag("--keep-going", options.keepGoing, "Go on after a frame that fails");
   CLI::Option* const keep =
       command.add_flag("--no-overwrite", options.noOverwrite, "Refuse to replace files");
-  command.add_flag("-y,--overwrite", options.overwrite, "Replace files, as without it")->excludes(keep);
+  command.add_flag("-y,--overwrite", options.overwrite, "Replace files (the default)")->excludes(keep);
   command.add_option("--progress", options.progress, "text (default) or json")->type_name("HOW");
   command.add_flag("-q,--quiet", options.quiet, "No progress, no closing line");
 }
@@ -128,7 +128,7 @@ void AddRender(CLI::App& app, ShotOptions& options) {
       "  vintrel render street.png -o snow.png --set Flakes=20000 --set Size=4\n"
       "  vintrel render street.jpg -o frames/snow.####.png --frames 0-47 --fps 25\n"
       "  vintrel render shot.mov -o snow.mp4 --preset heavy-snow --key \"Wind@0=0:smooth,48=60\"\n"
-      "  vintrel render --blank 1920x1080 -o snow.mov --frames 0-239 --only-snow\n"
+      "  vintrel render --blank 640x360 -o snow.mov --frames 0-47 --only-snow --set Transfer-Mode=Composite\n"
       "  vintrel render --scene shot.toml --part 3/10 --resume");
 }
 
