@@ -212,9 +212,8 @@ VINTREL_INLINE void BlendMany(const CoverageList<T>& list, std::size_t begin, st
     case BlendMode::kComposite:
       return BlendBlocks<T, BlendMode::kComposite>(list, begin, end, colors, pixels);
     case BlendMode::kCompositeUnder:
-      break;
+      return BlendBlocks<T, BlendMode::kCompositeUnder>(list, begin, end, colors, pixels);
   }
-  BlendBlocks<T, BlendMode::kCompositeUnder>(list, begin, end, colors, pixels);
 }
 
 }  // namespace
