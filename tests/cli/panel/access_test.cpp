@@ -75,7 +75,7 @@ TEST_F(PanelTest, RefusesOtherUsers) {
       address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
       const bool hasAsked = ::setuid(user) == 0;
       const int connection = ::socket(AF_INET, SOCK_STREAM, 0);
-      ::connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+      (void)::connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
       ::send(connection, request.data(), request.size(), 0);
       ::recv(connection, reply.data(), reply.size() - 1, MSG_WAITALL);
       ::_exit(hasAsked ? std::atoi(&reply[9]) - 200 : 255);
