@@ -52,7 +52,7 @@ export class PanelClient {
     const { id } = await (await this.#ask('POST', 'api/renders', { body, type: 'application/json' })).json();
     const path = `api/renders/${encodeURIComponent(id)}`;
     return {
-      events: told(eventsOf(() => this.#ask('GET', `${path}/events`))),
+      events: withPanelErrors(eventsOf(() => this.#ask('GET', `${path}/events`))),
       stop: async () => {
         await this.#ask('DELETE', path);
       },
@@ -83,8 +83,8 @@ export class PanelClient {
   }
 }
 
-// A tool that ends in the middle of its answer.
-async function* told(events) {
+// The events, with PanelError also where the tool ends in the middle of its answer.
+async function* withPanelErrors(events) {
   try {
     yield* events;
   } catch (error) {
