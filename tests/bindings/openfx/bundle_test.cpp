@@ -2,10 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <limits>
 #include <thread>
 
 #include "cli/picture/reader.h"
@@ -13,6 +10,7 @@
 #include "hostapi/commands.h"
 #include "minihost/instance.h"
 #include "tests/bindings/openfx/host.h"
+#include "tests/bindings/openfx/host_pictures.h"
 #include "tests/support/cli/temporary_folder.h"
 
 namespace {
@@ -20,14 +18,17 @@ namespace {
 using minihost::Depth;
 using minihost::Image;
 using minihost::ParameterSet;
+using ofxhost::DepthOf;
 using ofxhost::Effect;
+using ofxhost::HostPicture;
+using ofxhost::kPremultiplied;
 using ofxhost::Layout;
 using ofxhost::PixelAt;
+using ofxhost::Plate;
 
 constexpr char kFilter[] = "OfxImageEffectContextFilter";
 constexpr char kGeneral[] = "OfxImageEffectContextGeneral";
 constexpr char kGenerator[] = "OfxImageEffectContextGenerator";
-constexpr char kPremultiplied[] = "OfxImageAlphaPremultiplied";
 
 const ofxhost::Plugin& Plugin() {
   static const ofxhost::Plugin plugin(VINTREL_OPENFX_MODULE);
@@ -37,102 +38,6 @@ const ofxhost::Plugin& Plugin() {
 const std::shared_ptr<const minihost::Effect>& TheEffect() {
   static const auto effect = minihost::Effect::Linked(&MainEntry);
   return effect;
-}
-
-Depth DepthOf(const Layout& layout) {
-  return layout.depth == "OfxBitDepthByte"    ? Depth::kBits8
-         : layout.depth == "OfxBitDepthShort" ? Depth::kBits16
-                                              : Depth::kFloat;
-}
-
-/// Pixels of the effect, any, at the left margin opaque and at the right transparent.
-Image Plate(const Layout& layout) {
-  Image plate(layout.width, layout.height, DepthOf(layout));
-  minihost::WithPixel(plate.PixelDepth(), [&](auto pixel) {
-    using Pixel = decltype(pixel);
-    constexpr double kWhite = sizeof pixel == 4 ? 255 : sizeof pixel == 8 ? 32768 : 1;
-    for (int row = 0; row < plate.Height(); ++row) {
-      int column = 0;
-      for (Pixel& to : plate.Row<Pixel>(row)) {
-        const auto channel = [&](int factor) {
-          return static_cast<decltype(to.red)>(kWhite * ((column * factor + row * 7) % 64) / 63);
-        };
-        const double alpha = column < 9 ? 1 : column > plate.Width() - 5 ? 0 : (column + row) % 33 / 32.0;
-        to = {static_cast<decltype(to.red)>(kWhite * alpha), channel(3), channel(5), channel(11)};
-        ++column;
-      }
-    }
-  });
-  return plate;
-}
-
-/// A channel as the host counts it, from one of the effect's; straight from the definitions.
-template <class Pixel>
-double HostCount(double value) {
-  return sizeof(Pixel) == 8 ? std::floor(value * 65535 / 32768 + 0.5) : value;
-}
-
-/// Calls `task` with each pixel as the host has it.
-template <class Task>
-void ForEachPixel(ofxhost::Picture& picture, const Layout& layout, Task&& task) {
-  for (int y = 0; y < layout.height; ++y) {
-    for (int x = 0; x < layout.width; ++x) {
-      task(x, layout.height - 1 - y, PixelAt(picture, x, y));
-    }
-  }
-}
-
-/// The image's pixels in a picture of the host's.
-std::unique_ptr<ofxhost::Picture> HostPicture(const Image& image, const Layout& layout) {
-  auto picture = MakePicture(layout);
-  const bool isPremultiplied = layout.alpha == kPremultiplied;
-  minihost::WithPixel(image.PixelDepth(), [&](auto none) {
-    using Pixel = decltype(none);
-    constexpr double kWhite = sizeof none == 4 ? 255 : sizeof none == 8 ? 65535 : 1;
-    ForEachPixel(*picture, layout, [&](int column, int row, std::byte* to) {
-      const Pixel& pixel = image.Row<Pixel>(row)[static_cast<std::size_t>(column)];
-      const double alpha = HostCount<Pixel>(pixel.alpha);
-      const auto channel = [&](double color) -> decltype(pixel.red) {
-        color = HostCount<Pixel>(color);
-        if (isPremultiplied && (alpha != 0 || sizeof none != 16)) {
-          const double product = color * alpha / kWhite;
-          return static_cast<decltype(pixel.red)>(sizeof none == 16 ? product : std::floor(product + 0.5));
-        }
-        return static_cast<decltype(pixel.red)>(color);
-      };
-      const decltype(pixel.red) host[] = {channel(pixel.red), channel(pixel.green), channel(pixel.blue),
-                                          static_cast<decltype(pixel.red)>(alpha)};
-      std::memcpy(to, host, sizeof host);
-    });
-  });
-  return picture;
-}
-
-/// What the effect gets to see of a host's picture.
-Image Seen(ofxhost::Picture& picture, const Layout& layout) {
-  Image image(layout.width, layout.height, DepthOf(layout));
-  minihost::WithPixel(image.PixelDepth(), [&](auto none) {
-    using Pixel = decltype(none);
-    using Sample = decltype(none.red);
-    constexpr double kHostWhite = sizeof none == 4 ? 255 : sizeof none == 8 ? 65535 : 1;
-    ForEachPixel(picture, layout, [&](int column, int row, const std::byte* from) {
-      Sample host[4];
-      std::memcpy(host, from, sizeof host);
-      const auto channel = [&](int i) -> Sample {
-        double value = host[i];
-        if (i < 3 && layout.alpha == kPremultiplied && host[3] != 0) {
-          if constexpr (sizeof none == 16) {
-            return host[i] / host[3];
-          }
-          value = std::min(std::floor(value * kHostWhite / host[3] + 0.5), kHostWhite);
-        }
-        return static_cast<Sample>(sizeof none == 8 ? std::floor(value * 32768 / 65535 + 0.5) : value);
-      };
-      image.Row<Pixel>(row)[static_cast<std::size_t>(column)] = {channel(3), channel(0), channel(1),
-                                                                 channel(2)};
-    });
-  });
-  return image;
 }
 
 struct Scene {
@@ -154,7 +59,7 @@ std::unique_ptr<ofxhost::Picture> Expected(const Scene& scene, ofxhost::Picture*
   Image input(scene.layout.width, scene.layout.height, DepthOf(scene.layout));
   minihost::Frame frame;
   if (source != nullptr) {
-    input = Seen(*source, scene.layout);
+    input = ofxhost::Seen(*source, scene.layout);
   }
   frame.input = &input;
   frame.time = scene.frame;
